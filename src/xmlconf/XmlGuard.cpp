@@ -1,0 +1,308 @@
+#include "XmlGuard.h"
+#include "RegularFile.h"
+
+#include <algorithm>
+#include <cctype>
+#include <limits>
+
+namespace dolq::xmlconf {
+
+namespace {
+
+/// `ParserStops`: TinyXML itself refuses the text here, so nothing of what follows reaches it.
+enum class Verdict { GoOn, ParserStops, Unsafe };
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+bool isBlank(char byte) { return std::isspace(static_cast<unsigned char>(byte)) != 0; }
+
+bool isQuote(char byte) { return byte == '"' || byte == '\''; }
+
+bool endsUnquotedValue(char byte) {
+    return isBlank(byte) || isQuote(byte) || byte == '/' || byte == '>';
+}
+
+bool isNameStart(char byte) {
+    const auto code = static_cast<unsigned char>(byte);
+    return code >= 127 || std::isalpha(code) != 0 || byte == '_';
+}
+
+bool isNamePart(char byte) {
+    return isNameStart(byte) || std::isdigit(static_cast<unsigned char>(byte)) != 0 ||
+           byte == '-' || byte == '.' || byte == ':';
+}
+
+/// Length of the UTF-8 character that `byte` begins; 1 for a byte that begins none.
+std::size_t utf8Length(char byte) {
+    const auto code = static_cast<unsigned char>(byte);
+    if (code < 0xC2 || code > 0xF4) {
+        return 1;
+    }
+    return code < 0xE0 ? 2 : code < 0xF0 ? 3 : 4;
+}
+
+/// Walks over a text in the tokens that TinyXML makes of it, without recursion and without storing
+/// anything. It has to agree with TinyXML, oddities included, on where each token ends: a quote
+/// or a closing tag that only one of the two sees would hide a depth.
+class Scanner {
+public:
+    explicit Scanner(std::string_view text)
+        : m_rest(text.substr(0, text.find('\0'))), // TinyXML stops there
+          m_utf8(startsWith(kByteOrderMark)), m_encodingKnown(m_utf8) {}
+
+    bool isSafe() {
+        if (m_rest.size() >= 2 && m_rest.substr(m_rest.size() - 2).find('\xEF') != m_rest.npos) {
+            return false; // some releases count lines for ever at half a byte order mark
+        }
+        Verdict verdict = Verdict::GoOn;
+        while (verdict == Verdict::GoOn) {
+            verdict = next();
+        }
+        return verdict == Verdict::ParserStops;
+    }
+
+private:
+    bool startsWith(std::string_view prefix) const {
+        return m_rest.substr(0, prefix.size()) == prefix;
+    }
+
+    /// `prefix` in lower case.
+    bool startsWithAnyCase(std::string_view prefix) const {
+        if (m_rest.size() < prefix.size()) {
+            return false;
+        }
+        for (std::size_t i = 0; i < prefix.size(); ++i) {
+            if (std::tolower(static_cast<unsigned char>(m_rest[i])) != prefix[i]) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    void skipBlanks() {
+        while (!m_rest.empty()) {
+            if (m_utf8 && (startsWith(kByteOrderMark) || startsWith("\xEF\xBF\xBE") ||
+                           startsWith("\xEF\xBF\xBF"))) {
+                m_rest.remove_prefix(3);
+            } else if (isBlank(m_rest.front())) {
+                m_rest.remove_prefix(1);
+            } else {
+                return;
+            }
+        }
+    }
+
+    Verdict skipPast(std::string_view end, std::size_t from) {
+        const std::size_t found = m_rest.find(end, from);
+        if (found == m_rest.npos) {
+            return Verdict::ParserStops;
+        }
+        m_rest.remove_prefix(found + end.size());
+        return Verdict::GoOn;
+    }
+
+    Verdict next() {
+        skipBlanks();
+        if (m_rest.empty()) {
+            return Verdict::ParserStops;
+        }
+        if (m_rest.front() == '<') {
+            return markup();
+        }
+        return m_depth == 0 ? Verdict::ParserStops : skipCharactersTo('<');
+    }
+
+    Verdict markup() {
+        if (m_depth > 0 && startsWith("</")) {
+            --m_depth; // a name that differs from the opening one ends the parse
+            return skipPast(">", 2);
+        }
+        if (startsWithAnyCase("<?xml")) {
+            return declaration();
+        }
+        if (startsWith("<!--")) {
+            return skipPast("-->", 4);
+        }
+        if (startsWith("<![CDATA[")) {
+            return skipPast("]]>", 9);
+        }
+        if (m_rest.size() > 1 && isNameStart(m_rest[1])) {
+            return element();
+        }
+        return skipPast(">", 1);
+    }
+
+    Verdict declaration() {
+        std::string_view encoding;
+        m_rest.remove_prefix(5);
+        while (!m_rest.empty() && m_rest.front() != '>') {
+            skipBlanks();
+            std::string_view value;
+            const bool namesEncoding = startsWithAnyCase("encoding");
+            if (namesEncoding || startsWithAnyCase("version") || startsWithAnyCase("standalone")) {
+                const Verdict verdict = attribute(value);
+                if (verdict != Verdict::GoOn) {
+                    return verdict;
+                }
+                encoding = namesEncoding ? value : encoding;
+            } else {
+                while (!m_rest.empty() && m_rest.front() != '>' && !isBlank(m_rest.front())) {
+                    m_rest.remove_prefix(1);
+                }
+            }
+        }
+        if (m_rest.empty()) {
+            return Verdict::Unsafe; // some releases fail an assertion here
+        }
+        m_rest.remove_prefix(1);
+        return m_depth == 0 && !m_encodingKnown ? useEncoding(encoding) : Verdict::GoOn;
+    }
+
+    Verdict useEncoding(std::string_view name) {
+        if (name.find('&') != name.npos) {
+            return Verdict::Unsafe; // not decoded here
+        }
+        std::string lower;
+        for (const char byte : name.substr(0, 5)) {
+            lower += static_cast<char>(std::tolower(static_cast<unsigned char>(byte)));
+        }
+        m_utf8 = lower.empty() || lower == "utf-8" || lower.substr(0, 4) == "utf8";
+        m_encodingKnown = true;
+        return Verdict::GoOn;
+    }
+
+    Verdict element() {
+        if (m_depth == kMaxElementDepth) {
+            return Verdict::Unsafe;
+        }
+        m_rest.remove_prefix(1);
+        skipBlanks();
+        if (!skipName()) {
+            return Verdict::ParserStops;
+        }
+        for (std::size_t attributes = 0;; ++attributes) {
+            skipBlanks();
+            if (m_rest.empty()) {
+                return Verdict::ParserStops;
+            }
+            if (m_rest.front() == '>') {
+                ++m_depth;
+                m_rest.remove_prefix(1);
+                return Verdict::GoOn;
+            }
+            if (m_rest.front() == '/') {
+                m_rest.remove_prefix(startsWith("/>") ? 2 : m_rest.size());
+                return Verdict::GoOn;
+            }
+            std::string_view value;
+            const Verdict verdict =
+                attributes == kMaxAttributes ? Verdict::Unsafe : attribute(value);
+            if (verdict != Verdict::GoOn) {
+                return verdict;
+            }
+        }
+    }
+
+    bool skipName() {
+        if (m_rest.empty() || !isNameStart(m_rest.front())) {
+            return false;
+        }
+        while (!m_rest.empty() && isNamePart(m_rest.front())) {
+            m_rest.remove_prefix(1);
+        }
+        return true;
+    }
+
+    Verdict attribute(std::string_view& value) {
+        skipBlanks();
+        if (!skipName()) {
+            return Verdict::ParserStops;
+        }
+        skipBlanks();
+        if (!startsWith("=")) {
+            return Verdict::ParserStops;
+        }
+        m_rest.remove_prefix(1);
+        skipBlanks();
+        const std::string_view begin = m_rest;
+        if (!begin.empty() && isQuote(begin.front())) {
+            m_rest.remove_prefix(1);
+            const Verdict verdict = skipCharactersTo(begin.front());
+            if (verdict == Verdict::GoOn) {
+                value = begin.substr(1, begin.size() - m_rest.size() - 1);
+                m_rest.remove_prefix(1);
+            }
+            return verdict;
+        }
+        const auto stop = std::find_if(begin.begin(), begin.end(), endsUnquotedValue);
+        if (stop == begin.end() || isQuote(*stop)) {
+            return Verdict::ParserStops;
+        }
+        const auto length = static_cast<std::size_t>(stop - begin.begin());
+        value = begin.substr(0, length);
+        m_rest.remove_prefix(length);
+        return Verdict::GoOn;
+    }
+
+    /// Stops in front of `end`, which an entity or a UTF-8 character can swallow.
+    Verdict skipCharactersTo(char end) {
+        std::size_t at = 0;
+        while (at < m_rest.size() && m_rest[at] != end) {
+            const std::size_t length = m_rest[at] == '&' ? entityLength(m_rest.substr(at))
+                                       : m_utf8          ? utf8Length(m_rest[at])
+                                                         : 1;
+            if (length == 0) {
+                return Verdict::ParserStops;
+            }
+            // TinyXML steps over a whole character, also over the end of its buffer, and turns
+            // CR LF into one byte beforehand.
+            if (length > m_rest.size() - at ||
+                (m_rest[at] != '&' &&
+                 m_rest.substr(at + 1, length - 1).find('\r') != m_rest.npos)) {
+                return Verdict::Unsafe;
+            }
+            at += length;
+        }
+        m_rest.remove_prefix(at);
+        return m_rest.empty() ? Verdict::ParserStops : Verdict::GoOn;
+    }
+
+    /// How much of `text` TinyXML takes for one character; 0 where it gives up. A numeric reference
+    /// reaches to the next semicolon, wherever that is, if only its last digits are digits.
+    static std::size_t entityLength(std::string_view text) {
+        if (text.size() < 3 || text[1] != '#') {
+            return 1;
+        }
+        const bool isHex = text[2] == 'x';
+        const std::size_t semicolon = text.find(';', 2);
+        if (semicolon == text.npos) {
+            return 0;
+        }
+        std::size_t digit = semicolon - 1;
+        while (text[digit] != (isHex ? 'x' : '#')) {
+            const auto code = static_cast<unsigned char>(text[digit]);
+            if (isHex ? std::isxdigit(code) == 0 : std::isdigit(code) == 0) {
+                return 0;
+            }
+            --digit;
+        }
+        return semicolon + 1;
+    }
+
+    std::string_view m_rest;
+    bool m_utf8;
+    bool m_encodingKnown;
+    std::size_t m_depth = 0;
+};
+
+} // namespace
+
+bool isSafeText(std::string_view text) { return Scanner(text).isSafe(); }
+
+bool isSafeToParse(const std::string& path) {
+    std::string content;
+    return readRegularFile(path, std::numeric_limits<std::size_t>::max(), content) == 0 &&
+           isSafeText(content);
+}
+
+} // namespace dolq::xmlconf
