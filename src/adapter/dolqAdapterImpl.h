@@ -1,0 +1,167 @@
+#pragma once
+
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <saNtf.h>
+
+#include "adapter/MappingI.h"
+#include "adapter/NtfSessionI.h"
+#include "ruxa/fm/fmi/v1/FaultManagementI.h"
+#include "trace/TraceObject.h"
+
+namespace dolq {
+
+/// Turns each reported fault into one alarm and hands it to the session. It keeps nothing from one
+/// call to the next.
+class AdapterImpl final : public ruxa::fm::fmi::v1::FaultManagementI {
+public:
+    /// `mapping` is borrowed and must outlive the adapter.
+    AdapterImpl(const std::shared_ptr<NtfSessionI>& session, MappingI* mapping);
+    ~AdapterImpl() override = default;
+
+    AdapterImpl(const AdapterImpl&) = delete;
+    AdapterImpl& operator=(const AdapterImpl&) = delete;
+
+    void raiseAlarm(const std::string& notificationObject, std::uint32_t faultId,
+                    const std::string& faultIdName, const std::string& additionalText,
+                    const std::vector<std::string>& additionalInfo, std::uint32_t perceivedSeverity,
+                    std::uint32_t eventId,
+                    const std::vector<std::uint32_t>& correlatedEvents) override;
+    void ceaseAlarm(const std::string& notificationObject, std::uint32_t faultId,
+                    const std::string& faultIdName) override;
+    void raisePrimaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
+                           const std::string& faultIdName, const std::string& additionalText,
+                           const std::vector<std::string>& additionalInfo,
+                           std::uint32_t perceivedSeverity, std::uint32_t eventId,
+                           const std::string& systemUUID, const std::string& computeName) override;
+    void raisePrimaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
+                           const std::string& faultIdName, const std::string& additionalText,
+                           const std::vector<std::string>& additionalInfo,
+                           std::uint32_t perceivedSeverity, std::uint32_t eventId,
+                           const std::string& systemUUID, const std::string& computeName,
+                           std::uint32_t programGroup) override;
+    void raisePrimaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
+                           const std::string& faultIdName, const std::string& additionalText,
+                           const std::vector<std::string>& additionalInfo,
+                           std::uint32_t perceivedSeverity,
+                           const std::string& correlatedEvent128Bit, const std::string& systemUUID,
+                           const std::string& computeName) override;
+    void raisePrimaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
+                           const std::string& faultIdName, const std::string& additionalText,
+                           const std::vector<std::string>& additionalInfo,
+                           std::uint32_t perceivedSeverity,
+                           const std::string& correlatedEvent128Bit, const std::string& systemUUID,
+                           const std::string& computeName, std::uint32_t programGroup) override;
+    void raiseSecondaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
+                             const std::string& faultIdName, const std::string& additionalText,
+                             const std::vector<std::string>& additionalInfo,
+                             std::uint32_t perceivedSeverity, const std::string& systemUUID,
+                             const std::string& computeName,
+                             const std::vector<std::uint32_t>& correlatedEvents32Bit) override;
+    void raiseSecondaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
+                             const std::string& faultIdName, const std::string& additionalText,
+                             const std::vector<std::string>& additionalInfo,
+                             std::uint32_t perceivedSeverity, const std::string& systemUUID,
+                             const std::string& computeName,
+                             const std::vector<std::uint32_t>& correlatedEvents32Bit,
+                             std::uint32_t programGroup) override;
+    void raiseSecondaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
+                             const std::string& faultIdName, const std::string& additionalText,
+                             const std::vector<std::string>& additionalInfo,
+                             std::uint32_t perceivedSeverity, const std::string& systemUUID,
+                             const std::string& computeName,
+                             const std::vector<std::string>& correlatedEvents128Bit) override;
+    void raiseAlarm(const std::string& notificationObject, std::uint32_t faultId,
+                    const std::string& faultIdName, const std::string& additionalText,
+                    const std::vector<std::string>& additionalInfo, std::uint32_t perceivedSeverity,
+                    std::uint32_t eventId, const std::vector<std::uint32_t>& correlatedEvents,
+                    std::uint32_t programGroup) override;
+    void raiseSecondaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
+                             const std::string& faultIdName, const std::string& additionalText,
+                             const std::vector<std::string>& additionalInfo,
+                             std::uint32_t perceivedSeverity, const std::string& systemUUID,
+                             const std::string& computeName,
+                             const std::vector<std::string>& correlatedEvents128Bit,
+                             std::uint32_t programGroup) override;
+
+private:
+    /// The combined raise: `correlatedEvents` decides whether the alarm is primary or secondary.
+    void raiseAlarmImpl(const std::string& notificationObject, std::uint32_t faultId,
+                        const std::string& faultIdName, const std::string& additionalText,
+                        const std::vector<std::string>& additionalInfo,
+                        std::uint32_t perceivedSeverity, std::uint32_t eventId,
+                        const std::vector<std::uint32_t>& correlatedEvents,
+                        const std::string& programGroupName);
+
+    /// Derives the correlation UUID of `eventId`, then raises the primary alarm.
+    void raisePrimaryAlarmForEventId(const std::string& notificationObject, std::uint32_t faultId,
+                                     const std::string& faultIdName,
+                                     const std::string& additionalText,
+                                     const std::vector<std::string>& additionalInfo,
+                                     std::uint32_t perceivedSeverity, std::uint32_t eventId,
+                                     const std::string& systemUUID, const std::string& computeName,
+                                     const std::string& programGroupName);
+    void raisePrimaryAlarmImpl(const std::string& notificationObject, std::uint32_t faultId,
+                               const std::string& faultIdName, const std::string& additionalText,
+                               const std::vector<std::string>& additionalInfo,
+                               std::uint32_t perceivedSeverity, const std::string& correlationUUID,
+                               const std::string& systemUUID, const std::string& computeName,
+                               const std::string& programGroupName);
+
+    /// Derives the correlation UUIDs of the events, then raises the secondary alarm.
+    void raiseSecondaryAlarmForEvents32Bit(const std::string& notificationObject,
+                                           std::uint32_t faultId, const std::string& faultIdName,
+                                           const std::string& additionalText,
+                                           const std::vector<std::string>& additionalInfo,
+                                           std::uint32_t perceivedSeverity,
+                                           const std::string& systemUUID,
+                                           const std::string& computeName,
+                                           const std::vector<std::uint32_t>& correlatedEvents32Bit,
+                                           const std::string& programGroupName);
+    void raiseSecondaryAlarmImpl(const std::string& notificationObject, std::uint32_t faultId,
+                                 const std::string& faultIdName, const std::string& additionalText,
+                                 const std::vector<std::string>& additionalInfo,
+                                 std::uint32_t perceivedSeverity, const std::string& systemUUID,
+                                 const std::string& computeName,
+                                 const std::vector<std::string>& correlationUUIDs,
+                                 const std::string& programGroupName);
+
+    /// Where primary and secondary alarms meet: settles the system identity, puts
+    /// `makeCorrelationInfo(systemUUID, computeName)` in front of the client's entries and sends.
+    template <typename MakeCorrelationInfo>
+    void raiseCorrelatedAlarm(const std::string& notificationObject, std::uint32_t faultId,
+                              const std::string& additionalText,
+                              const std::vector<std::string>& additionalInfo,
+                              std::uint32_t perceivedSeverity, const std::string& systemUUID,
+                              const std::string& computeName, const std::string& programGroupName,
+                              MakeCorrelationInfo makeCorrelationInfo);
+
+    /// The common send path of every raise. `additionalInfo` is consumed.
+    void sendNotification(const std::string& notificationObject, const std::string& additionalText,
+                          std::vector<std::string>& additionalInfo, std::uint32_t perceivedSeverity,
+                          std::uint32_t faultId, const std::string& programGroupName);
+
+    std::string programGroupName(std::uint32_t programGroup) const;
+    SaNtfSeverityT mapPerceivedSeverity(std::uint32_t perceivedSeverity) const;
+
+    /// The attribute of the last relative name, white space removed; empty when there is none.
+    std::string parseMoClass(const std::string& notificationObject) const;
+
+    /// The environment's value, or empty (with a trace when the variable is not set).
+    std::string getSystemUUID() const;
+    std::string getComputeName() const;
+
+    /// Write a list as one line for a trace: "a, <empty string>, b", "7, 42", "Empty".
+    static void writeList(const std::vector<std::string>& list, std::stringstream& out);
+    static void writeList(const std::vector<std::uint32_t>& list, std::stringstream& out);
+    template <typename T> static std::string listText(const std::vector<T>& list);
+
+    std::shared_ptr<NtfSessionI> m_session;
+    MappingI* m_map; // borrowed: the factory that made this adapter owns it and outlives it
+    TraceObject m_traceObject{"DolqTraceLU"};
+};
+
+} // namespace dolq

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "mapping/ConfigurationParserI.h"
+
+namespace dolq {
+
+/// Chooses the parser of a configuration file. One per thread, made on first use and kept.
+class ConfigurationParserFactory {
+public:
+    ConfigurationParserFactory() = default;
+    virtual ~ConfigurationParserFactory() = default;
+
+    ConfigurationParserFactory(const ConfigurationParserFactory&) = delete;
+    ConfigurationParserFactory& operator=(const ConfigurationParserFactory&) = delete;
+
+    /// The installed parser if there is one, else an XML parser; null for an empty name.
+    std::shared_ptr<ConfigurationParserI> createParser(const std::string& fileName) const;
+
+    /// Installs a parser to be handed out for every name, in place of the one before.
+    void setParser(std::shared_ptr<ConfigurationParserI> parser);
+    void clearParser();
+
+private:
+    std::shared_ptr<ConfigurationParserI> m_parser;
+};
+
+} // namespace dolq

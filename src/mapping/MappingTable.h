@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace dolq {
+
+/// The fault-to-alarm table: an ordered map from (fault id, managed object class) to minor type.
+/// Ordered by fault id, then by class byte for byte. The empty class is a class like any other.
+///
+/// A lookup walks the table from its first entry, so the entries lie side by side in sorted blocks
+/// of limited size: a walk reads memory in sequence, and setting a mapping moves few entries.
+class MappingTable {
+public:
+    struct Entry {
+        std::uint32_t faultId;
+        std::uint32_t minorType;
+        std::string moClass;
+    };
+    using Block = std::vector<Entry>;
+
+    /// Inserts the mapping, or gives the key it has already the new minor type. On memory
+    /// exhaustion throws and leaves the table as it was.
+    void set(std::uint32_t faultId, std::uint32_t minorType, const std::string& moClass);
+
+    /// The entries in key order: block after block, none of them empty.
+    const std::vector<Block>& blocks() const { return m_blocks; }
+
+private:
+    void splitBlock(std::size_t index);
+
+    std::vector<Block> m_blocks;
+};
+
+} // namespace dolq

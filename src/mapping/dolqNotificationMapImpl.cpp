@@ -1,0 +1,119 @@
+#include "mapping/dolqNotificationMapImpl.h"
+
+#include <cstdlib>
+
+#include <unistd.h>
+
+#include "mapping/ConfigurationParserFactory.h"
+#include "threadSpecificSingleton"
+#include "trace/Trace.h"
+
+namespace dolq {
+
+namespace {
+
+constexpr char kTraceUnit[] = "dolqNotificationMapImpl";
+
+enum class Lookup { Match, OtherClass, NoEntry };
+
+/// The lookup both generations share: walks the table from its first entry to the exact match or to
+/// its end. Only a match writes `minorType`.
+Lookup findMinorType(const MappingTable& mapping, const TraceObject& traceObject,
+                     std::uint32_t faultId, std::uint32_t& minorType, const std::string& moClass) {
+    DOLQ_TRACE(traceObject, kFlow, "Calling getMinorType in thread: %d.", getpid());
+    const MappingTable::Entry* single = nullptr; // the one entry of the fault, as long as it is one
+    bool anyEntry = false;
+    for (const MappingTable::Block& block : mapping.blocks()) {
+        for (const MappingTable::Entry& entry : block) {
+            if (entry.faultId != faultId) {
+                continue;
+            }
+            if (entry.moClass == moClass) {
+                minorType = entry.minorType;
+                return Lookup::Match;
+            }
+            if (anyEntry) {
+                DOLQ_TRACE(
+                    traceObject, kDetail,
+                    "dolq::NotificationMap::getMinorType, found multiple matches for faultId: %d in thread: %d.",
+                    faultId, getpid());
+                single = nullptr;
+            } else {
+                single = &entry;
+            }
+            anyEntry = true;
+        }
+    }
+    if (single != nullptr) {
+        DOLQ_TRACE(
+            traceObject, kDetail,
+            " Got no full match of faultId and moClass, but found a single faultId. faultId: %d, moClass: \"%s\", foundMinorType: %d.",
+            faultId, single->moClass.c_str(), single->minorType);
+        DOLQ_TRACE(
+            traceObject, kFailure,
+            "Found no matching alarm for faultId: %d and moClass: \"%s\", check the alarm mapping configuration.",
+            faultId, single->moClass.c_str());
+    }
+    return anyEntry ? Lookup::OtherClass : Lookup::NoEntry;
+}
+
+const char* environmentText(const char* name) {
+    const char* const value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+void traceNoMatch(const TraceObject& traceObject, std::uint32_t faultId) {
+    DOLQ_TRACE(traceObject, kDetail,
+               "Found no match for faultId: %d in Load Module: %s, Rev:%s, ThreadId: %d", faultId,
+               environmentText("ZBN_NUM"), environmentText("ZBN_REV"), getpid());
+}
+
+} // namespace
+
+// The generations differ in when a failed lookup leaves the closing trace: v1 always, v2 only when
+// the table has no entry of the fault at all.
+
+bool NotificationMap::getMinorType(std::uint32_t faultId, std::uint32_t& minorType,
+                                   const std::string& moClass) {
+    const Lookup lookup = findMinorType(m_mapping, m_traceObject, faultId, minorType, moClass);
+    if (lookup != Lookup::Match) {
+        traceNoMatch(m_traceObject, faultId);
+    }
+    return lookup == Lookup::Match;
+}
+
+bool NotificationMapV2::getMinorType(std::uint32_t faultId, std::uint32_t& minorType,
+                                     const std::string& moClass) {
+    const Lookup lookup = findMinorType(m_mapping, m_traceObject, faultId, minorType, moClass);
+    if (lookup == Lookup::NoEntry) {
+        traceNoMatch(m_traceObject, faultId);
+    }
+    return lookup == Lookup::Match;
+}
+
+NotificationMapV2::NotificationMapV2(const MappingTable& mapping) { m_mapping = mapping; }
+
+void NotificationMap::setMapping(std::uint32_t faultId, std::uint32_t minorType) {
+    DOLQ_TRACE(m_traceObject, kDetail, "Setmapping: faultId:%u, minorType:%u", faultId, minorType);
+    DOLQ_TRACE(
+        m_traceObject, kFailure,
+        "This method is deprecated and replaced by setMapping(faultId, minorType, ManagedObjectClass).");
+    m_mapping.set(faultId, minorType, "");
+}
+
+void NotificationMap::setMapping(std::uint32_t faultId, std::uint32_t minorType,
+                                 const std::string& moClass) {
+    m_mapping.set(faultId, minorType, moClass);
+}
+
+void NotificationMap::configurationFile(const std::string& fileName) {
+    using Slot = cxxutils::threadspecific::v1::ThreadSpecificSingleton<ConfigurationParserFactory>;
+    DOLQ_TRACE(m_traceObject, kDetail, "ConfigurationFile: fileName:%s", fileName.c_str());
+    const std::shared_ptr<ConfigurationParserI> parser =
+        Slot::getInstance()->createParser(fileName);
+    if (parser != nullptr) { // without one the table stays as it is
+        parser->parse(*this);
+    }
+}
+
+} // namespace dolq

@@ -1,0 +1,52 @@
+#include "ntf/FieldLimits.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace dolq {
+
+namespace {
+
+constexpr std::size_t kLargestCount = std::numeric_limits<std::uint16_t>::max();
+constexpr std::size_t kLongestText = kLargestCount - 1; // its NUL is counted
+constexpr std::size_t kLongestName = SA_MAX_NAME_LENGTH - 1;
+constexpr std::size_t kLongestUtf8Tail = 3; // bytes that can follow a character's first byte
+
+bool continuesCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
+
+} // namespace
+
+std::uint16_t sentLength(const std::string& text) {
+    if (text.size() <= kLongestText) {
+        return static_cast<std::uint16_t>(text.size());
+    }
+    std::size_t length = kLongestText;
+    while (length > kLongestText - kLongestUtf8Tail && continuesCharacter(text[length])) {
+        --length;
+    }
+    // Not UTF-8 if the first byte of a character is not found in reach: then cut anywhere.
+    return static_cast<std::uint16_t>(continuesCharacter(text[length]) ? kLongestText : length);
+}
+
+std::uint16_t sentCount(const std::vector<std::string>& list) {
+    return static_cast<std::uint16_t>(std::min(list.size(), kLargestCount));
+}
+
+std::uint16_t sentNameLength(const std::string& name) {
+    return static_cast<std::uint16_t>(std::min(name.size(), kLongestName));
+}
+
+void copyText(const std::string& text, char* destination) {
+    const std::size_t length = sentLength(text);
+    std::memcpy(destination, text.data(), length);
+    destination[length] = '\0';
+}
+
+void copyName(const std::string& text, SaNameT& name) {
+    name.length = sentNameLength(text);
+    std::memcpy(name.value, text.data(), name.length);
+    std::memset(name.value + name.length, 0, sizeof(name.value) - name.length);
+}
+
+} // namespace dolq

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <saNtf.h>
+
+namespace dolq {
+
+// How much of each field a notification carries. The sizes handed to the service and the copies all
+// come from here, so that they agree whatever the client gave.
+
+/// What is sent of a text: all of it, or as many whole UTF-8 characters as a 16-bit size with the
+/// terminating NUL can express.
+std::uint16_t sentLength(const std::string& text);
+
+/// How many entries of a list are sent.
+std::uint16_t sentCount(const std::vector<std::string>& list);
+
+/// How many bytes of a distinguished name are sent.
+std::uint16_t sentNameLength(const std::string& name);
+
+/// Copies what is sent of `text`, and a NUL, into `sentLength(text) + 1` bytes.
+void copyText(const std::string& text, char* destination);
+
+/// Copies what is sent of `text` and fills the rest of the name with NUL bytes.
+void copyName(const std::string& text, SaNameT& name);
+
+} // namespace dolq

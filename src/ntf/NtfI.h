@@ -1,0 +1,28 @@
+#pragma once
+
+#include <saNtf.h>
+
+namespace dolq {
+
+/// The functions of the NTF client library that the session calls, one operation each. Results are
+/// the service's own; repeating a call is the session's business.
+class NtfI {
+public:
+    virtual ~NtfI() = default;
+
+    virtual SaAisErrorT initialize(SaNtfHandleT* ntfHandle, const SaNtfCallbacksT* callbacks,
+                                   SaVersionT* version) = 0;
+    virtual SaAisErrorT
+    alarmNotificationAllocate(SaNtfHandleT ntfHandle, SaNtfAlarmNotificationT* notification,
+                              SaUint16T numCorrelatedNotifications, SaUint16T lengthAdditionalText,
+                              SaUint16T numAdditionalInfo, SaUint16T numSpecificProblems,
+                              SaUint16T numMonitoredAttributes, SaUint16T numProposedRepairActions,
+                              SaInt16T variableDataSize) = 0;
+    virtual SaAisErrorT ptrValAllocate(SaNtfNotificationHandleT notificationHandle,
+                                       SaUint16T dataSize, void** dataPtr, SaNtfValueT* value) = 0;
+    virtual SaAisErrorT notificationSend(SaNtfNotificationHandleT notificationHandle) = 0;
+    virtual SaAisErrorT notificationFree(SaNtfNotificationHandleT notificationHandle) = 0;
+    virtual SaAisErrorT finalize(SaNtfHandleT ntfHandle) = 0;
+};
+
+} // namespace dolq

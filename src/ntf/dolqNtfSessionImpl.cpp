@@ -1,0 +1,253 @@
+#include "ntf/dolqNtfSessionImpl.h"
+
+#include <utility>
+
+#include <unistd.h>
+
+#include "ntf/FieldLimits.h"
+#include "trace/Trace.h"
+
+#ifndef RUXA_DOLQ_VENDOR_ID
+#error "RUXA_DOLQ_VENDOR_ID comes from the build"
+#endif
+
+namespace dolq {
+
+namespace {
+
+constexpr char kTraceUnit[] = "dolqNtfSessionImpl";
+
+constexpr SaUint32T kVendorId = RUXA_DOLQ_VENDOR_ID;
+constexpr SaNtfElementIdT kThresholdId = 255;
+constexpr useconds_t kRetryDelayUs = 100000;
+
+/// Repeats `call` while the service is busy, sleeping kRetryDelayUs (microseconds) in between.
+/// No limit.
+template <typename Call> SaAisErrorT retryWhileBusy(Call call) {
+    SaAisErrorT result = call();
+    while (result == SA_AIS_ERR_TRY_AGAIN) {
+        usleep(kRetryDelayUs);
+        result = call();
+    }
+    return result;
+}
+
+/// The entries joined by ", ", or "Empty".
+std::string joined(const std::vector<std::string>& list) {
+    if (list.empty()) {
+        return "Empty";
+    }
+    std::size_t length = 0;
+    for (const std::string& entry : list) {
+        length += entry.size() + 2;
+    }
+    std::string text;
+    text.reserve(length);
+    text += list.front();
+    for (auto entry = list.begin() + 1; entry != list.end(); ++entry) {
+        text.append(", ").append(*entry);
+    }
+    return text;
+}
+
+bool hasProgramGroup(const NotificationData& data) { return data.programGroup != kNoProgramGroup; }
+
+} // namespace
+
+/// An allocated notification: freed on every way out, exceptions included.
+class NtfSessionImpl::AllocatedAlarm {
+public:
+    AllocatedAlarm(NtfSessionImpl& session, SaNtfNotificationHandleT handle)
+        : m_session(session), m_handle(handle) {}
+    ~AllocatedAlarm() {
+        if (m_allocated) {
+            static_cast<void>(free());
+        }
+    }
+    AllocatedAlarm(const AllocatedAlarm&) = delete;
+    AllocatedAlarm& operator=(const AllocatedAlarm&) = delete;
+
+    SaAisErrorT free() {
+        m_allocated = false;
+        return m_session.freeAlarm(m_handle);
+    }
+
+private:
+    NtfSessionImpl& m_session;
+    SaNtfNotificationHandleT m_handle;
+    bool m_allocated = true;
+};
+
+NtfSessionImpl::NtfSessionImpl(std::shared_ptr<NtfI> ntf) : m_ntf(std::move(ntf)) {
+    SaVersionT version{'A', 1, 1};
+    const SaAisErrorT result = initializeSession(&m_ntfHandle, &version);
+    if (result != SA_AIS_OK) {
+        m_ntfHandle = 0;
+        DOLQ_TRACE(m_traceObject, kFailure, "Initialize Session: errorCode:%x", result);
+    }
+}
+
+NtfSessionImpl::~NtfSessionImpl() {
+    try {
+        const SaAisErrorT result = finalizeSession(m_ntfHandle);
+        if (result != SA_AIS_OK) {
+            DOLQ_TRACE(m_traceObject, kFailure, "Finalize Session: errorCode:%x", result);
+        }
+    } catch (...) { // the session is closed: only its trace is lost
+    }
+}
+
+void NtfSessionImpl::sendNotification(const NotificationData& data) {
+    const std::string additionalInfo = joined(data.additionalInfo);
+    DOLQ_TRACE(
+        m_traceObject, kFlow,
+        "SendNotification: notificationObject:%s, perceivedSeverity:%u, additionalText:%s, additionalInfo:%s, majorId:%u, minorId:%u, programGroup:%s",
+        data.notificationObject.c_str(), data.perceivedSeverity, data.additionalText.c_str(),
+        additionalInfo.c_str(), data.majorId, data.minorId, data.programGroup.c_str());
+    if (m_ntfHandle == 0) {
+        DOLQ_TRACE(m_traceObject, kFlow, "m_ntfHandle: !m_ntfHandle:%llu", m_ntfHandle);
+        return;
+    }
+    traceCuts(data);
+
+    SaNtfAlarmNotificationT notification{};
+    SaAisErrorT result = allocateAlarm(
+        m_ntfHandle, &notification, static_cast<std::uint16_t>(sentLength(data.additionalText) + 1),
+        sentCount(data.additionalInfo), hasProgramGroup(data) ? 1 : 0);
+    if (result != SA_AIS_OK) {
+        DOLQ_TRACE(m_traceObject, kFailure, "Allocate Alarm:  errorCode:%x", result);
+        return;
+    }
+    AllocatedAlarm alarm(*this, notification.notificationHandle);
+    result = populateAlarm(notification, data);
+    if (result != SA_AIS_OK) {
+        static_cast<void>(alarm.free());
+        DOLQ_TRACE(m_traceObject, kFailure, "Populate Alarm:  errorCode:%x", result);
+        return;
+    }
+    result = sendAlarm(notification.notificationHandle);
+    if (result != SA_AIS_OK) {
+        static_cast<void>(alarm.free());
+        DOLQ_TRACE(m_traceObject, kFailure, "Send Alarm:  errorCode:%x", result);
+        return;
+    }
+    result = alarm.free();
+    if (result != SA_AIS_OK) {
+        DOLQ_TRACE(m_traceObject, kFailure, "Free Alarm:  errorCode:%x", result);
+    }
+}
+
+SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
+                                          const NotificationData& data) {
+    const SaNtfNotificationHandleT handle = notification.notificationHandle;
+    if (handle == 0) {
+        return SA_AIS_ERR_BAD_HANDLE;
+    }
+    *notification.perceivedSeverity = static_cast<SaNtfSeverityT>(data.perceivedSeverity);
+    *notification.probableCause = SA_NTF_UNSPECIFIED_REASON;
+    *notification.trend = SA_NTF_TREND_NO_CHANGE;
+
+    SaAisErrorT result = SA_AIS_OK;
+    if (hasProgramGroup(data)) {
+        SaNtfProposedRepairActionT& action = notification.proposedRepairActions[0];
+        action.actionId = 0;
+        action.actionValueType = SA_NTF_VALUE_STRING;
+        // A failure counts only when no additional information follows: the alarm matters more.
+        result = fillValue(handle, data.programGroup, action.actionValue);
+    }
+    notification.thresholdInformation->thresholdId = kThresholdId;
+
+    SaNtfNotificationHeaderT& header = notification.notificationHeader;
+    *header.eventType = SA_NTF_ALARM_NOTIFICATIONS_START;
+    copyName(data.notificationObject, *header.notificationObject);
+    copyName(data.notificationObject, *header.notifyingObject);
+    header.notificationClassId->vendorId = kVendorId;
+    header.notificationClassId->majorId = static_cast<SaUint16T>(data.majorId);
+    header.notificationClassId->minorId = static_cast<SaUint16T>(data.minorId);
+    header.numCorrelatedNotifications = 0;
+    header.lengthAdditionalText = static_cast<SaUint16T>(sentLength(data.additionalText) + 1);
+    header.numAdditionalInfo = sentCount(data.additionalInfo);
+    copyText(data.additionalText, header.additionalText);
+
+    for (SaUint16T i = 0; i < header.numAdditionalInfo; ++i) {
+        SaNtfAdditionalInfoT& info = header.additionalInfo[i];
+        info.infoType = SA_NTF_VALUE_STRING;
+        result = fillValue(handle, data.additionalInfo[i], info.infoValue);
+        if (result != SA_AIS_OK) {
+            return result;
+        }
+    }
+    return result;
+}
+
+SaAisErrorT NtfSessionImpl::fillValue(SaNtfNotificationHandleT handle, const std::string& text,
+                                      SaNtfValueT& value) {
+    const auto size = static_cast<SaUint16T>(sentLength(text) + 1);
+    void* block = nullptr; // the service owns it, with the notification
+    const SaAisErrorT result =
+        retryWhileBusy([&] { return m_ntf->ptrValAllocate(handle, size, &block, &value); });
+    if (result == SA_AIS_OK) {
+        copyText(text, static_cast<char*>(block));
+    }
+    return result;
+}
+
+SaAisErrorT NtfSessionImpl::initializeSession(SaNtfHandleT* handle, SaVersionT* version) {
+    return retryWhileBusy([&] { return m_ntf->initialize(handle, nullptr, version); });
+}
+
+SaAisErrorT NtfSessionImpl::finalizeSession(SaNtfHandleT handle) {
+    if (handle == 0) {
+        return SA_AIS_ERR_BAD_HANDLE;
+    }
+    return retryWhileBusy([&] { return m_ntf->finalize(handle); });
+}
+
+SaAisErrorT NtfSessionImpl::allocateAlarm(SaNtfHandleT handle,
+                                          SaNtfAlarmNotificationT* notification,
+                                          std::uint16_t lengthAdditionalText,
+                                          std::uint16_t numAdditionalInfo,
+                                          std::uint16_t numProposedRepairActions) {
+    if (handle == 0) {
+        return SA_AIS_ERR_BAD_HANDLE;
+    }
+    return retryWhileBusy([&] {
+        return m_ntf->alarmNotificationAllocate(handle, notification, 0, lengthAdditionalText,
+                                                numAdditionalInfo, 0, 0, numProposedRepairActions,
+                                                SA_NTF_ALLOC_SYSTEM_LIMIT);
+    });
+}
+
+SaAisErrorT NtfSessionImpl::sendAlarm(SaNtfNotificationHandleT handle) {
+    if (handle == 0) {
+        return SA_AIS_ERR_BAD_HANDLE;
+    }
+    return retryWhileBusy([&] { return m_ntf->notificationSend(handle); });
+}
+
+SaAisErrorT NtfSessionImpl::freeAlarm(SaNtfNotificationHandleT handle) {
+    if (handle == 0) {
+        return SA_AIS_ERR_BAD_HANDLE;
+    }
+    return retryWhileBusy([&] { return m_ntf->notificationFree(handle); });
+}
+
+void NtfSessionImpl::traceCuts(const NotificationData& data) const {
+    traceCut("notificationObject", data.notificationObject.size(),
+             sentNameLength(data.notificationObject));
+    traceCut("additionalText", data.additionalText.size(), sentLength(data.additionalText));
+    traceCut("additionalInfo", data.additionalInfo.size(), sentCount(data.additionalInfo));
+    for (std::size_t i = 0; i < sentCount(data.additionalInfo); ++i) {
+        const std::string& entry = data.additionalInfo[i];
+        traceCut("additionalInfo entry", entry.size(), sentLength(entry));
+    }
+}
+
+void NtfSessionImpl::traceCut(const char* field, std::size_t length, std::size_t sent) const {
+    if (sent != length) {
+        DOLQ_TRACE(m_traceObject, kFailure, "Alarm field cut: field:%s, length:%zu, sent:%zu",
+                   field, length, sent);
+    }
+}
+
+} // namespace dolq

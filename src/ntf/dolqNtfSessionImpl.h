@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "adapter/NtfSessionI.h"
+#include "ntf/NtfI.h"
+#include "trace/TraceObject.h"
+
+namespace dolq {
+
+/// One session with the NTF service, open from construction to destruction; when the service
+/// refuses it, it stays closed and drops every alarm. Every service call is repeated, 100 ms apart,
+/// for as long as the service answers SA_AIS_ERR_TRY_AGAIN. Takes no lock.
+class NtfSessionImpl final : public NtfSessionI {
+public:
+    explicit NtfSessionImpl(std::shared_ptr<NtfI> ntf);
+    ~NtfSessionImpl() override;
+
+    NtfSessionImpl(const NtfSessionImpl&) = delete;
+    NtfSessionImpl& operator=(const NtfSessionImpl&) = delete;
+
+    void sendNotification(const NotificationData& data) override;
+
+private:
+    class AllocatedAlarm;
+
+    // The service calls. Those that are given handle 0 answer SA_AIS_ERR_BAD_HANDLE by themselves.
+    SaAisErrorT initializeSession(SaNtfHandleT* handle, SaVersionT* version);
+    SaAisErrorT finalizeSession(SaNtfHandleT handle);
+    SaAisErrorT allocateAlarm(SaNtfHandleT handle, SaNtfAlarmNotificationT* notification,
+                              std::uint16_t lengthAdditionalText, std::uint16_t numAdditionalInfo,
+                              std::uint16_t numProposedRepairActions);
+    SaAisErrorT sendAlarm(SaNtfNotificationHandleT handle);
+    SaAisErrorT freeAlarm(SaNtfNotificationHandleT handle);
+
+    /// Fills an allocated notification through the pointers that the allocation set up.
+    SaAisErrorT populateAlarm(SaNtfAlarmNotificationT& notification, const NotificationData& data);
+    /// Allocates a string value of the notification and copies `text` into it.
+    SaAisErrorT fillValue(SaNtfNotificationHandleT handle, const std::string& text,
+                          SaNtfValueT& value);
+
+    /// Traces each field that is longer than a notification can carry.
+    void traceCuts(const NotificationData& data) const;
+    void traceCut(const char* field, std::size_t length, std::size_t sent) const;
+
+    std::shared_ptr<NtfI> m_ntf;
+    SaNtfHandleT m_ntfHandle = 0; // 0: no session
+    TraceObject m_traceObject{"DolqTraceLU"};
+};
+
+} // namespace dolq

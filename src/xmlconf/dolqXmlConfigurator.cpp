@@ -1,0 +1,216 @@
+#include "xmlconf/dolqXmlConfigurator.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+
+#include <Velk.h>
+#include <tinyxml.h>
+#include <unistd.h>
+
+#include "ruxa/fm/dolq/v1/FmiFactory.h"
+#include "trace/Trace.h"
+#include "xmlconf/XmlGuard.h"
+
+namespace dolq::xmlconf {
+
+namespace {
+
+constexpr char kTraceUnit[] = "dolqXmlConfigurator";
+
+constexpr const char* kCategories[] = {"central", "local", "dynamic"};
+constexpr char kMappingFileTag[] = "alarm_mapping";
+
+constexpr char kMapping[] = "mapping";
+constexpr char kFaultId[] = "faultid";
+constexpr char kMinorType[] = "minor_type_id";
+constexpr char kMoClass[] = "managed_object_class";
+
+std::string textOf(const char* text) { return text != nullptr ? text : ""; }
+
+/// What one successful query of the load-module handler allocated.
+class LoadModules {
+public:
+    explicit LoadModules(Velk_lm_list& list) : m_list(list) {}
+    ~LoadModules() { Velk_free_buffers(&m_list); }
+    LoadModules(const LoadModules&) = delete;
+    LoadModules& operator=(const LoadModules&) = delete;
+
+    const Velk_lm* begin() const { return m_list.lms; }
+    const Velk_lm* end() const { return m_list.lms + m_list.count; }
+
+private:
+    Velk_lm_list& m_list;
+};
+
+// Where the reader stores what it finds: the one thing in which the generations differ.
+
+struct StoreIntoConfiguration {
+    ruxa::fm::dolq::v1::ConfigurationI* configuration;
+    void operator()(int faultId, int minorType) const {
+        configuration->setMapping(static_cast<std::uint32_t>(faultId),
+                                  static_cast<std::uint32_t>(minorType));
+    }
+    void operator()(int faultId, int minorType, const std::string& moClass) const {
+        configuration->setMapping(static_cast<std::uint32_t>(faultId),
+                                  static_cast<std::uint32_t>(minorType), moClass);
+    }
+};
+
+struct StoreIntoTable {
+    MappingTable& mapping;
+    void operator()(int faultId, int minorType, const std::string& moClass = {}) const {
+        mapping.set(static_cast<std::uint32_t>(faultId), static_cast<std::uint32_t>(minorType),
+                    moClass);
+    }
+};
+
+/// Calls `onClass` for each class of a comma-separated list, blanks removed: "A, ,B" holds "A", ""
+/// and "B"; nothing follows a final comma; a list of blanks alone holds none.
+template <typename OnClass> void forEachClass(const std::string& attribute, OnClass onClass) {
+    std::string classes = attribute;
+    classes.erase(std::remove(classes.begin(), classes.end(), ' '), classes.end());
+    for (std::size_t begin = 0; begin < classes.size();) {
+        const std::size_t end = std::min(classes.find(',', begin), classes.size());
+        onClass(classes.substr(begin, end - begin));
+        begin = end + 1;
+    }
+}
+
+} // namespace
+
+void MappingXmlConfigurator::configure() {
+    configureFrom([this](const std::string& path) {
+        readMappingFile(path, ruxa::fm::dolq::v1::getFmiFactory()->getConfiguration());
+    });
+}
+
+void MappingXmlConfigurator::configure(MappingTable& mapping) {
+    configureFrom([&](const std::string& path) { readMappingFile(path, mapping); });
+}
+
+template <typename ReadFile> void MappingXmlConfigurator::configureFrom(ReadFile readFile) {
+    const std::vector<std::string> paths = findAllMappingFiles(getProductNumber(), getRevision());
+    if (paths.empty()) {
+        DOLQ_TRACE(m_traceObject, kDetail,
+                   "No alarm mapping file found in Load Module: %s, Rev: %s, ThreadId = %d",
+                   getProductNumber().c_str(), getRevision().c_str(), getpid());
+    }
+    for (const std::string& path : paths) {
+        readFile(path);
+    }
+}
+
+std::string MappingXmlConfigurator::getProductNumber() const {
+    return textOf(std::getenv("ZBN_NO"));
+}
+
+std::string MappingXmlConfigurator::getRevision() const { return textOf(std::getenv("ZBN_REV")); }
+
+std::vector<std::string>
+MappingXmlConfigurator::findAllMappingFiles(const std::string& productNumber,
+                                            const std::string& revision) {
+    std::vector<std::string> all;
+    for (const char* const category : kCategories) {
+        std::vector<std::string> paths = findMappingFiles(category, productNumber, revision);
+        all.insert(all.end(), std::make_move_iterator(paths.begin()),
+                   std::make_move_iterator(paths.end()));
+    }
+    return all;
+}
+
+std::vector<std::string> MappingXmlConfigurator::findMappingFiles(const std::string& category,
+                                                                  const std::string& productNumber,
+                                                                  const std::string& revision) {
+    std::vector<std::string> paths;
+    char writableCategory[128] = {};
+    category.copy(writableCategory, sizeof(writableCategory) - 1);
+    Velk_lm_list list{};
+    const int result = Velk_get_lms(nullptr, writableCategory, &list);
+    if (result != 0) {
+        DOLQ_TRACE(m_traceObject, kFailure, "Got error code %d from VELK, continuing anyway",
+                   result);
+        return paths;
+    }
+    for (const Velk_lm& loadModule : LoadModules(list)) {
+        if (productNumber != textOf(loadModule.productNumber) ||
+            revision != textOf(loadModule.revision)) {
+            continue;
+        }
+        for (std::size_t i = 0; i < loadModule.fileCount; ++i) {
+            const Velk_lm_file& file = loadModule.files[i];
+            if (textOf(file.tag) != kMappingFileTag) {
+                continue;
+            }
+            std::string path = textOf(file.path);
+            DOLQ_TRACE(
+                m_traceObject, kDetail,
+                "Found fault id to minor type mapping file '%s' in Load Module: %s, Rev:%s, ThreadId: %d",
+                path.c_str(), productNumber.c_str(), revision.c_str(), getpid());
+            paths.push_back(std::move(path));
+        }
+    }
+    return paths;
+}
+
+bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
+                                             ruxa::fm::dolq::v1::ConfigurationI* configuration) {
+    const StoreIntoConfiguration store{configuration};
+    return readMappings(fileName, store);
+}
+
+bool MappingXmlConfigurator::readMappingFile(const std::string& fileName, MappingTable& mapping) {
+    const StoreIntoTable store{mapping};
+    return readMappings(fileName, store);
+}
+
+template <typename Store>
+bool MappingXmlConfigurator::readMappings(const std::string& fileName, Store& store) {
+    TiXmlDocument document(fileName);
+    if (!isSafeToParse(fileName) || !document.LoadFile(TIXML_ENCODING_UNKNOWN)) {
+        DOLQ_TRACE(m_traceObject, kFlow, "Could not load XML file '%s'", fileName.c_str());
+        return false;
+    }
+    const TiXmlElement* const root = document.FirstChildElement();
+    if (root == nullptr) {
+        DOLQ_TRACE(m_traceObject, kFlow, "XML data corrupt, no root element in file '%s'",
+                   fileName.c_str());
+        return false;
+    }
+    for (const TiXmlElement* element = root->FirstChildElement(kMapping); element != nullptr;
+         element = element->NextSiblingElement(kMapping)) {
+        int faultId = 0;
+        int minorType = 0;
+        if (element->QueryIntAttribute(kFaultId, &faultId) != TIXML_SUCCESS ||
+            element->QueryIntAttribute(kMinorType, &minorType) != TIXML_SUCCESS) {
+            DOLQ_TRACE(
+                m_traceObject, kFlow,
+                "When parsing XML file '%s', a '%s' element that did not have all '%s' ,'%s' and '%s' integer attributes was encountered",
+                fileName.c_str(), kMapping, kFaultId, kMinorType, kMoClass);
+            continue;
+        }
+        const char* const moClasses = element->Attribute(kMoClass);
+        if (moClasses == nullptr) {
+            DOLQ_TRACE(m_traceObject, kFailure,
+                       "Alarm mapping entry is missing managed object class for fault '%d'.",
+                       faultId);
+            DOLQ_TRACE(m_traceObject, kDetail, "Call DOLQ with %s=%d and %s=%d", kFaultId, faultId,
+                       kMinorType, minorType);
+            store(faultId, minorType);
+        } else {
+            DOLQ_TRACE(m_traceObject, kDetail, "Call DOLQ with %s=%d,  %s=%d and %s=%s ", kFaultId,
+                       faultId, kMinorType, minorType, kMoClass, moClasses);
+            forEachClass(moClasses,
+                         [&](const std::string& moClass) { store(faultId, minorType, moClass); });
+        }
+    }
+    return true;
+}
+
+void runMappingConfiguratorV1() { MappingXmlConfigurator().configure(); }
+
+void runMappingConfiguratorV2(MappingTable& mapping) {
+    MappingXmlConfigurator().configure(mapping);
+}
+
+} // namespace dolq::xmlconf
