@@ -1,0 +1,114 @@
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "FakePlatform.h"
+#include "ruxa/fm/dolq/v1/FmiFactory.h"
+#include "ruxa/fm/dolq/v2/FmiFactory.h"
+
+using ruxa::fm::fmi::v1::FaultManagementI;
+using Texts = std::vector<std::string>;
+using Events = std::vector<std::uint32_t>;
+namespace v1 = ruxa::fm::dolq::v1;
+namespace v2 = ruxa::fm::dolq::v2;
+
+/// Sets (or, with null, unsets) a variable until the end of the scope.
+class ScopedEnvironment {
+public:
+    ScopedEnvironment(const char* name, const char* value) : m_name(name) {
+        if (const char* const before = std::getenv(name)) {
+            m_before = before;
+        }
+        set(value);
+    }
+    ~ScopedEnvironment() { set(m_before ? m_before->c_str() : nullptr); }
+    ScopedEnvironment(const ScopedEnvironment&) = delete;
+    ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
+
+private:
+    void set(const char* value) {
+        value != nullptr ? setenv(m_name, value, 1) : unsetenv(m_name);
+    }
+    const char* m_name;
+    std::optional<std::string> m_before;
+};
+
+class TemporaryFile {
+public:
+    explicit TemporaryFile(const std::string& content) {
+        char path[] = "/tmp/dolq-unit-XXXXXX";
+        close(mkstemp(path));
+        m_path = path;
+        std::ofstream(m_path, std::ios::binary) << content;
+    }
+    ~TemporaryFile() { std::remove(m_path.c_str()); }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    const std::string& path() const { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+/// A client of the library on the fake platform. In the end everything the library took must have
+/// been given back.
+class LibraryTest : public testing::Test {
+protected:
+    static constexpr char kObject[] = "Top=1,Unit=7"; // class "Unit"
+    static constexpr char kSystem[] = "system-uuid";
+    static constexpr char kCompute[] = "compute-1";
+
+    void SetUp() override {
+        resetPlatform();
+    }
+
+    void TearDown() override {
+        v1::freeFmiFactory();
+        v2::freeFmiFactory();
+        EXPECT_TRUE(platform().holdsNothing());
+    }
+
+    using Mappings = std::vector<std::tuple<std::uint32_t, std::string, std::uint32_t>>;
+
+    /// An adapter of this thread's v1 factory, to which `mappings` (fault id, class, minor type) are
+    /// added. Forgets what happened so far.
+    std::unique_ptr<FaultManagementI> adapter(const Mappings& mappings = {{7, "Unit", 0x10002}}) {
+        for (const auto& [faultId, moClass, minorType] : mappings) {
+            v1::getFmiFactory()->getConfiguration()->setMapping(faultId, minorType, moClass);
+        }
+        std::unique_ptr<FaultManagementI> made(v1::getFmiFactory()->createFaultManagement());
+        platform().events.clear();
+        return made;
+    }
+
+    /// Raises the plainest alarm that can be sent.
+    static void raise(FaultManagementI& adapter, const std::string& object = kObject,
+                      const std::string& text = "text", const Texts& info = {}) {
+        adapter.raisePrimaryAlarm(object, 7, "fault", text, info, 0, std::string("uuid"), kSystem,
+                                  kCompute);
+    }
+
+    static const FakePlatform::Alarm& sentAlarm() {
+        static const FakePlatform::Alarm kNone;
+        EXPECT_EQ(platform().sent.size(), 1U);
+        return platform().sent.empty() ? kNone : platform().sent.back();
+    }
+
+    static std::string pid() { return std::to_string(getpid()); }
+
+    ScopedEnvironment m_systemUUID{"SYSTEM_UUID", kSystem};
+    ScopedEnvironment m_computeName{"COMPUTE_NAME", kCompute};
+    ScopedEnvironment m_productNumber{"ZBN_NO", nullptr};
+    ScopedEnvironment m_tracedProductNumber{"ZBN_NUM", nullptr};
+    ScopedEnvironment m_revision{"ZBN_REV", nullptr};
+};

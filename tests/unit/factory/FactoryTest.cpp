@@ -1,0 +1,131 @@
+#include <stdexcept>
+#include <thread>
+
+#include "LibraryTest.h"
+
+namespace {
+
+/// A node on which the program's load module brings one mapping of fault 7.
+class FactoryTest : public LibraryTest {
+protected:
+    void SetUp() override {
+        LibraryTest::SetUp();
+        platform().loadModules["local"] = {{"CXC1", "R1A", {{"alarm_mapping", m_file.path()}}}};
+    }
+
+    std::size_t runs() const {
+        const Texts calls = platform().calls();
+        return static_cast<std::size_t>(
+            std::count(calls.begin(), calls.end(), "Velk_get_lms central"));
+    }
+
+    TemporaryFile m_file{
+        R"(<m><mapping faultid="7" minor_type_id="65538" managed_object_class="Unit"/></m>)"};
+    ScopedEnvironment m_number{"ZBN_NO", "CXC1"};
+    ScopedEnvironment m_rev{"ZBN_REV", "R1A"};
+};
+
+TEST_F(FactoryTest, EachGenerationIsConfiguredOnceAndByItself) {
+    v1::FmiFactory* const first = v1::getFmiFactory();
+    EXPECT_EQ(v1::getFmiFactory(), first);
+    EXPECT_EQ(runs(), 1U);
+    v2::FmiFactory* const second = v2::getFmiFactory();
+    EXPECT_EQ(v2::getFmiFactory(), second);
+    EXPECT_EQ(runs(), 2U);
+
+    first->getConfiguration()->setMapping(8, 1, "Unit"); // of v1 alone
+    const std::unique_ptr<FaultManagementI> adapter(first->createFaultManagement());
+    const std::shared_ptr<FaultManagementI> adapterV2 = second->createFaultManagement();
+    adapter->ceaseAlarm(kObject, 7, "");
+    adapterV2->ceaseAlarm(kObject, 7, "");
+    adapter->ceaseAlarm(kObject, 8, "");
+    adapterV2->ceaseAlarm(kObject, 8, "");
+    EXPECT_EQ(platform().sent.size(), 3U);
+    EXPECT_EQ(platform().traces(0),
+              Texts{"dolqAdapterImpl|Minor type not found. notificationObject:Top=1,Unit=7, faultId:8"});
+}
+
+TEST_F(FactoryTest, AFreedFactoryTakesTheClientsMappingsWithIt) {
+    v1::freeFmiFactory(); // none yet
+    v2::freeFmiFactory();
+    EXPECT_EQ(platform().events, Texts{});
+    v1::ConfigurationI* const configuration = v1::getFmiFactory()->getConfiguration();
+    EXPECT_EQ(v1::getFmiFactory()->getConfiguration(), configuration);
+    configuration->setMapping(8, 1, "Unit");
+    v1::freeFmiFactory();
+    const auto client = adapter({});
+    client->ceaseAlarm(kObject, 8, "");
+    EXPECT_TRUE(platform().sent.empty());
+    client->ceaseAlarm(kObject, 7, "");
+    EXPECT_EQ(platform().sent.size(), 1U);
+}
+
+TEST_F(FactoryTest, ThreadsHaveFactoriesOfTheirOwn) {
+    v1::FmiFactory* const mine = v1::getFmiFactory();
+    v2::FmiFactory* const mineV2 = v2::getFmiFactory();
+    mine->getConfiguration()->setMapping(8, 1, "Unit");
+    std::thread([&] {
+        EXPECT_NE(v1::getFmiFactory(), mine);
+        EXPECT_NE(v2::getFmiFactory(), mineV2);
+        const std::unique_ptr<FaultManagementI> client(v1::getFmiFactory()->createFaultManagement());
+        client->ceaseAlarm(kObject, 8, "");
+        client->ceaseAlarm(kObject, 7, "");
+        v1::freeFmiFactory();
+        v2::freeFmiFactory();
+    }).join();
+    EXPECT_EQ(platform().sent.size(), 1U);
+    EXPECT_EQ(runs(), 4U);
+    EXPECT_EQ(v1::getFmiFactory(), mine);
+}
+
+TEST_F(FactoryTest, AnAdapterNeedsNoMappingFileAndNoService) {
+    platform().loadModules.clear();
+    platform().results["initialize"] = {SA_AIS_ERR_LIBRARY};
+    const auto client = v2::getFmiFactory()->createFaultManagement();
+    client->ceaseAlarm(kObject, 7, "");
+    EXPECT_EQ(platform().traces(8).back(),
+              "dolqNotificationMapImpl|Found no match for faultId: 7 in Load Module: , Rev:R1A, ThreadId: " + pid());
+}
+
+TEST_F(FactoryTest, AConfigurationThatThrowsLeavesAV1FactoryAndNoV2Factory) {
+    int formatted = 0;
+    platform().onCall["formatStr"] = [&] {
+        if (++formatted == 2) { // the mapping of the file, after the file was found
+            throw std::runtime_error("no trace");
+        }
+    };
+    EXPECT_THROW(v1::getFmiFactory(), std::runtime_error);
+    EXPECT_EQ(platform().openLoadModuleLists, 0);
+    const auto events = platform().events.size();
+    EXPECT_NE(v1::getFmiFactory(), nullptr);
+    EXPECT_EQ(platform().events.size(), events); // stored, and not configured again
+
+    formatted = 0;
+    EXPECT_THROW(v2::getFmiFactory(), std::runtime_error);
+    EXPECT_EQ(runs(), 2U);
+    EXPECT_NE(v2::getFmiFactory(), nullptr);
+    EXPECT_EQ(runs(), 3U);
+}
+
+TEST_F(FactoryTest, AThrowingLoadModuleTraceStillFreesTheHandlersBuffers) {
+    platform().onCall["formatStr"] = [] { throw std::bad_alloc(); };
+    EXPECT_THROW(v2::getFmiFactory(), std::bad_alloc);
+    EXPECT_EQ(platform().openLoadModuleLists, 0);
+}
+
+TEST_F(FactoryTest, WhenCreationFailsWhatWasMadeIsReleased) {
+    v1::getFmiFactory();
+    v2::getFmiFactory();
+    int registered = 0;
+    platform().onCall["registerTraceObject"] = [&] {
+        if (++registered % 2 == 0) { // the adapter's, when the session is open
+            throw std::bad_alloc();
+        }
+    };
+    EXPECT_THROW(v1::getFmiFactory()->createFaultManagement(), std::bad_alloc);
+    EXPECT_THROW(v2::getFmiFactory()->createFaultManagement(), std::bad_alloc);
+    EXPECT_TRUE(platform().sessions.empty());
+    EXPECT_EQ(platform().traceObjects.size(), 2U); // the two maps
+}
+
+} // namespace
