@@ -12,7 +12,8 @@ public:
     virtual ~CorrelationApi() = default;
 
     /// Writes the correlation UUID of event `eventId` as text into `correlationUUID` and returns
-    /// true. On failure returns false and leaves `correlationUUID` as it was.
+    /// true: one and the same in every process of a system. On failure, and for id 0, which means
+    /// no event, returns false and leaves `correlationUUID` as it was.
     virtual bool getDerivedCorrelationUUID(std::uint32_t eventId, std::string& correlationUUID) = 0;
 };
 

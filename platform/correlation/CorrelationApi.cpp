@@ -1,0 +1,52 @@
+#include <ruxa/zum2/v1/CorrelationApi.h>
+
+#include <cstdlib>
+#include <new>
+#include <uuid/uuid.h>
+
+namespace ruxa::zum2::v1 {
+namespace {
+
+constexpr char kSystemVariable[] = "SYSTEM_UUID";
+
+/// The namespace of systems that have no UUID of their own. It must never change: the processes of
+/// such a system agree on an event's UUID only as long as they share it.
+constexpr char kCommonNamespace[] = "3d62c8cf-a42b-431b-aa61-e0a12f7393d0";
+
+void readNamespace(uuid_t& systemNamespace) {
+    const char* const system = std::getenv(kSystemVariable);
+    if (system == nullptr || uuid_parse(system, systemNamespace) != 0) {
+        uuid_parse(kCommonNamespace, systemNamespace);
+    }
+}
+
+/// "event:4711"
+std::string eventName(std::uint32_t eventId) { return "event:" + std::to_string(eventId); }
+
+class DerivedUuids final : public CorrelationApi {
+public:
+    bool getDerivedCorrelationUUID(std::uint32_t eventId, std::string& correlationUUID) override {
+        if (eventId == 0) {
+            return false;
+        }
+        uuid_t systemNamespace;
+        readNamespace(systemNamespace);
+        const std::string name = eventName(eventId);
+        uuid_t derived;
+        uuid_generate_sha1(derived, systemNamespace, name.data(), name.size());
+        char text[UUID_STR_LEN];
+        uuid_unparse_lower(derived, text);
+        correlationUUID = text;
+        return true;
+    }
+};
+
+/// Never destroyed: other libraries raise alarms from their static destructors.
+alignas(DerivedUuids) unsigned char storage[sizeof(DerivedUuids)];
+CorrelationApi* const kApi = new (storage) DerivedUuids;
+
+} // namespace
+
+CorrelationApi* getAPI() { return kApi; }
+
+} // namespace ruxa::zum2::v1

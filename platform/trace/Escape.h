@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace ruxa::trace::v2 {
+
+/// `text` as it may stand at the end of a trace line: whatever a client put into it, it can neither
+/// end the line nor change how a terminal shows it. Control characters, bytes that are not UTF-8
+/// and the backslash itself become `\n`, `\t`, `\\` or `\xNN` a byte, so that the text can be
+/// recovered.
+std::string escapedText(std::string_view text);
+
+/// `word` as it may stand between two blanks of a trace line: blanks are escaped as well, and an
+/// empty word is written "-".
+std::string escapedWord(std::string_view word);
+
+} // namespace ruxa::trace::v2
