@@ -1,0 +1,44 @@
+#include "HandleTable.h"
+
+#include <iterator>
+#include <utility>
+
+namespace ruxa::ntf {
+
+SaNtfHandleT HandleTable::open(std::shared_ptr<NotificationLog> log) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_logs.emplace(m_lastHandle + 1, std::move(log));
+    return ++m_lastHandle;
+}
+
+bool HandleTable::close(SaNtfHandleT handle) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_logs.erase(handle) == 0)
+        return false;
+    for (auto entry = m_notifications.begin(); entry != m_notifications.end();)
+        entry = entry->second.owner == handle ? m_notifications.erase(entry) : std::next(entry);
+    return true;
+}
+
+SaNtfNotificationHandleT HandleTable::add(SaNtfHandleT owner,
+                                          std::shared_ptr<AlarmNotification> notification) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto log = m_logs.find(owner);
+    if (log == m_logs.end())
+        return 0;
+    m_notifications.emplace(m_lastHandle + 1, Entry{owner, log->second, std::move(notification)});
+    return ++m_lastHandle;
+}
+
+HandleTable::Entry HandleTable::find(SaNtfNotificationHandleT handle) const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto entry = m_notifications.find(handle);
+    return entry == m_notifications.end() ? Entry{} : entry->second;
+}
+
+bool HandleTable::remove(SaNtfNotificationHandleT handle) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_notifications.erase(handle) != 0;
+}
+
+} // namespace ruxa::ntf

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "AlarmNotification.h"
+#include "log/NotificationLog.h"
+#include "saNtf.h"
+
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
+namespace ruxa::ntf {
+
+/// The process's open NTF handles and their notifications. No number is handed out twice, as
+/// neither kind of handle, so that one kept too long or mistaken for the other is always unknown.
+/// Thread safe; what a call found stays alive until that call lets go of it.
+class HandleTable {
+public:
+    /// What a notification handle leads to; both empty when it is unknown.
+    struct Entry {
+        SaNtfHandleT owner = 0;
+        std::shared_ptr<NotificationLog> log;
+        std::shared_ptr<AlarmNotification> notification;
+    };
+
+    SaNtfHandleT open(std::shared_ptr<NotificationLog> log);
+
+    /// Closes the handle and releases its notifications. False when it is unknown.
+    bool close(SaNtfHandleT handle);
+
+    /// 0 when `owner` is unknown.
+    SaNtfNotificationHandleT add(SaNtfHandleT owner,
+                                 std::shared_ptr<AlarmNotification> notification);
+
+    Entry find(SaNtfNotificationHandleT handle) const;
+
+    /// False when it is unknown.
+    bool remove(SaNtfNotificationHandleT handle);
+
+private:
+    mutable std::mutex m_mutex;
+    SaUint64T m_lastHandle = 0;
+    std::unordered_map<SaNtfHandleT, std::shared_ptr<NotificationLog>> m_logs;
+    std::unordered_map<SaNtfNotificationHandleT, Entry> m_notifications;
+};
+
+} // namespace ruxa::ntf

@@ -1,0 +1,146 @@
+// The calls of the NTF client interface: check the arguments, find the handle, pass on.
+
+#include "saNtf.h"
+
+#include "AlarmNotification.h"
+#include "HandleTable.h"
+#include "log/AlarmRecord.h"
+#include "log/NotificationLog.h"
+
+#include <cerrno>
+#include <limits>
+#include <memory>
+#include <new>
+
+namespace {
+
+using namespace ruxa::ntf;
+
+constexpr SaVersionT kSupportedVersion = {'A', 1, 1};
+
+// Constructed when the library is loaded, so that it outlives every object of a client that uses
+// it.
+HandleTable handles;
+
+/// Every call enters here: no exception reaches a C caller.
+template <typename Call> SaAisErrorT enter(Call call) noexcept {
+    try {
+        return call();
+    } catch (const std::bad_alloc&) {
+        return SA_AIS_ERR_NO_MEMORY;
+    } catch (...) {
+        return SA_AIS_ERR_LIBRARY;
+    }
+}
+
+SaAisErrorT resultOfAppend(int error) {
+    switch (error) {
+    case 0:
+        return SA_AIS_OK;
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+        return SA_AIS_ERR_NO_RESOURCES;
+    default:
+        return SA_AIS_ERR_LIBRARY;
+    }
+}
+
+} // namespace
+
+SaAisErrorT saNtfInitialize(SaNtfHandleT* ntfHandle, const SaNtfCallbacksT* /*callbacks*/,
+                            SaVersionT* version) {
+    return enter([&] {
+        if (ntfHandle == nullptr || version == nullptr)
+            return SA_AIS_ERR_INVALID_PARAM;
+        const SaVersionT asked = *version;
+        *version = kSupportedVersion;
+        if (asked.releaseCode != kSupportedVersion.releaseCode ||
+            asked.majorVersion != kSupportedVersion.majorVersion)
+            return SA_AIS_ERR_VERSION;
+        *ntfHandle = handles.open(std::make_shared<NotificationLog>(notificationLogPath()));
+        return SA_AIS_OK;
+    });
+}
+
+SaAisErrorT saNtfFinalize(SaNtfHandleT ntfHandle) {
+    return enter([&] { return handles.close(ntfHandle) ? SA_AIS_OK : SA_AIS_ERR_BAD_HANDLE; });
+}
+
+SaAisErrorT
+saNtfAlarmNotificationAllocate(SaNtfHandleT ntfHandle, SaNtfAlarmNotificationT* notification,
+                               SaUint16T numCorrelatedNotifications, SaUint16T lengthAdditionalText,
+                               SaUint16T numAdditionalInfo, SaUint16T numSpecificProblems,
+                               SaUint16T numMonitoredAttributes, SaUint16T numProposedRepairActions,
+                               SaInt16T variableDataSize) {
+    return enter([&] {
+        if (notification == nullptr)
+            return SA_AIS_ERR_INVALID_PARAM;
+        if (variableDataSize < SA_NTF_ALLOC_SYSTEM_LIMIT)
+            return SA_AIS_ERR_TOO_BIG;
+        const SaInt16T valueLimit = variableDataSize == SA_NTF_ALLOC_SYSTEM_LIMIT
+                                        ? std::numeric_limits<SaInt16T>::max()
+                                        : variableDataSize;
+        const AlarmCounts counts = {numCorrelatedNotifications, lengthAdditionalText,
+                                    numAdditionalInfo,          numSpecificProblems,
+                                    numMonitoredAttributes,     numProposedRepairActions};
+        const auto allocated =
+            std::make_shared<AlarmNotification>(counts, static_cast<std::size_t>(valueLimit));
+        const SaNtfNotificationHandleT handle = handles.add(ntfHandle, allocated);
+        if (handle == 0)
+            return SA_AIS_ERR_BAD_HANDLE;
+        notification->notificationHandle = handle;
+        allocated->describe(*notification);
+        return SA_AIS_OK;
+    });
+}
+
+SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT notificationHandle, SaUint16T dataSize,
+                                void** dataPtr, SaNtfValueT* value) {
+    return enter([&] {
+        if (dataSize == 0 || dataPtr == nullptr || value == nullptr)
+            return SA_AIS_ERR_INVALID_PARAM;
+        const auto entry = handles.find(notificationHandle);
+        if (!entry.notification)
+            return SA_AIS_ERR_BAD_HANDLE;
+        void* const data = entry.notification->allocateValue(dataSize, *value);
+        if (data == nullptr)
+            return SA_AIS_ERR_NO_SPACE;
+        *dataPtr = data;
+        return SA_AIS_OK;
+    });
+}
+
+SaAisErrorT saNtfPtrValGet(SaNtfNotificationHandleT notificationHandle, const SaNtfValueT* value,
+                           void** dataPtr, SaUint16T* dataSize) {
+    return enter([&] {
+        if (value == nullptr || dataPtr == nullptr || dataSize == nullptr)
+            return SA_AIS_ERR_INVALID_PARAM;
+        const auto entry = handles.find(notificationHandle);
+        if (!entry.notification)
+            return SA_AIS_ERR_BAD_HANDLE;
+        void* const data = entry.notification->findValue(*value);
+        if (data == nullptr)
+            return SA_AIS_ERR_INVALID_PARAM;
+        *dataPtr = data;
+        *dataSize = value->ptrVal.dataSize;
+        return SA_AIS_OK;
+    });
+}
+
+SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT notificationHandle) {
+    return enter([&] {
+        const auto entry = handles.find(notificationHandle);
+        if (!entry.notification)
+            return SA_AIS_ERR_BAD_HANDLE;
+        AlarmRecord record;
+        if (!entry.notification->compose(record))
+            return SA_AIS_ERR_INVALID_PARAM;
+        return resultOfAppend(entry.log->append(toLine(record)));
+    });
+}
+
+SaAisErrorT saNtfNotificationFree(SaNtfNotificationHandleT notificationHandle) {
+    return enter(
+        [&] { return handles.remove(notificationHandle) ? SA_AIS_OK : SA_AIS_ERR_BAD_HANDLE; });
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "saNtf.h"
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace ruxa::ntf {
+
+/// The values of one notification that lie outside its arrays: each a block of its own, which stays
+/// in place. A value knows its block by an offset, as if the blocks lay end to end.
+class ValueBlocks {
+public:
+    /// `limit`: of the bytes of all blocks together.
+    explicit ValueBlocks(std::size_t limit);
+
+    /// Makes `value` point to a new zeroed block, which is returned; null beyond the limit.
+    void* allocate(SaUint16T size, SaNtfValueT& value);
+
+    /// The block of which `value` names all or the first bytes; null when there is none.
+    void* find(const SaNtfValueT& value) const;
+
+private:
+    struct Block {
+        std::size_t offset;
+        std::size_t size;
+        std::unique_ptr<std::byte[]> bytes;
+    };
+
+    const std::size_t m_limit;
+    std::size_t m_used = 0;
+    std::vector<Block> m_blocks; ///< by offset
+};
+
+} // namespace ruxa::ntf

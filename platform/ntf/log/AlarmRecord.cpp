@@ -1,0 +1,216 @@
+#include "AlarmRecord.h"
+
+#include <nlohmann/json.hpp>
+
+#include <ctime>
+#include <iterator>
+#include <limits>
+#include <stdexcept>
+#include <type_traits>
+
+namespace ruxa::ntf {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr char kNotificationType[] = "alarm";
+constexpr const char* kSeverityNames[] = {"cleared", "indeterminate", "warning",
+                                          "minor",   "major",         "critical"};
+constexpr std::uint32_t kFirstEventType = 0x4000;
+constexpr const char* kEventTypeNames[] = {"alarm",           "communications", "qualityOfService",
+                                           "processingError", "equipment",      "environmental"};
+// Follows the key of a text that is not UTF-8, which JSON cannot hold.
+constexpr char kBytesSuffix[] = "Hex";
+
+bool isUtf8(const std::string& text) {
+    try {
+        static_cast<void>(Json(text).dump());
+        return true;
+    } catch (const Json::type_error&) {
+        return false;
+    }
+}
+
+std::string toHex(std::string_view bytes) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string hex;
+    hex.reserve(2 * bytes.size());
+    for (const char byte : bytes) {
+        hex += kDigits[static_cast<unsigned char>(byte) >> 4];
+        hex += kDigits[static_cast<unsigned char>(byte) & 0xf];
+    }
+    return hex;
+}
+
+std::string fromHex(const std::string& hex) {
+    std::string bytes;
+    for (std::size_t at = 0; at + 1 < hex.size(); at += 2)
+        bytes += static_cast<char>(std::stoi(hex.substr(at, 2), nullptr, 16));
+    return bytes;
+}
+
+void putText(Json& json, const std::string& key, const std::string& text) {
+    json[key] = text;
+    if (!isUtf8(text))
+        json[key + kBytesSuffix] = toHex(text);
+}
+
+std::string getText(const Json& json, const std::string& key) {
+    const auto bytes = json.find(key + kBytesSuffix);
+    return bytes != json.end() ? fromHex(bytes->get<std::string>())
+                               : json.at(key).get<std::string>();
+}
+
+template <typename Number> Number getNumber(const Json& json, const char* key) {
+    const Json& value = json.at(key);
+    const bool fits =
+        value.is_number_unsigned()
+            ? value.get<std::uint64_t>() <= std::uint64_t{std::numeric_limits<Number>::max()}
+            : value.is_number_integer() &&
+                  value.get<std::int64_t>() >= std::numeric_limits<Number>::min();
+    if (!fits)
+        throw std::out_of_range(std::string(key) + " is no number in range");
+    return value.get<Number>();
+}
+
+struct ElementKeys {
+    const char* id;
+    const char* type;
+};
+constexpr ElementKeys kInfoKeys = {"infoId", "infoType"};
+constexpr ElementKeys kActionKeys = {"actionId", "actionValueType"};
+
+Json toJson(const std::vector<Element>& elements, const ElementKeys& keys) {
+    Json list = Json::array();
+    for (const Element& element : elements) {
+        Json json = {{keys.id, element.id}, {keys.type, element.type}, {"value", nullptr}};
+        std::visit(
+            [&json](const auto& value) {
+                using Value = std::decay_t<decltype(value)>;
+                if constexpr (std::is_same_v<Value, std::string>)
+                    putText(json, "value", value);
+                else if constexpr (std::is_arithmetic_v<Value>)
+                    json["value"] = value;
+            },
+            element.value);
+        list.push_back(std::move(json));
+    }
+    return list;
+}
+
+std::vector<Element> toElements(const Json& list, const ElementKeys& keys) {
+    std::vector<Element> elements;
+    for (const Json& json : list) {
+        Element element{
+            getNumber<std::uint16_t>(json, keys.id), getNumber<std::uint32_t>(json, keys.type), {}};
+        const Json& value = json.at("value");
+        if (value.is_number_unsigned())
+            element.value = value.get<std::uint64_t>();
+        else if (value.is_number_integer())
+            element.value = value.get<std::int64_t>();
+        else if (value.is_number_float())
+            element.value = value.get<double>();
+        else if (!value.is_null())
+            element.value = getText(json, "value");
+        elements.push_back(std::move(element));
+    }
+    return elements;
+}
+
+AlarmRecord toRecord(const Json& json) {
+    if (json.at("notificationType").get<std::string>() != kNotificationType)
+        throw std::invalid_argument("notificationType is not alarm");
+    const Json& classId = json.at("classId");
+    AlarmRecord record;
+    record.notificationId = std::stoull(json.at("notificationId").get<std::string>());
+    record.eventTimeNs = getNumber<std::int64_t>(json, "eventTimeNs");
+    record.eventType = getNumber<std::uint32_t>(json, "eventTypeCode");
+    record.notificationObject = getText(json, "notificationObject");
+    record.notifyingObject = getText(json, "notifyingObject");
+    record.vendorId = getNumber<std::uint32_t>(classId, "vendorId");
+    record.majorId = getNumber<std::uint16_t>(classId, "majorId");
+    record.minorId = getNumber<std::uint16_t>(classId, "minorId");
+    record.perceivedSeverity = getNumber<std::uint32_t>(json, "perceivedSeverityCode");
+    record.probableCause = getNumber<std::uint32_t>(json, "probableCause");
+    record.trend = getNumber<std::uint32_t>(json, "trend");
+    record.thresholdId = getNumber<std::uint16_t>(json, "thresholdId");
+    record.additionalText = getText(json, "additionalText");
+    record.additionalInfo = toElements(json.at("additionalInfo"), kInfoKeys);
+    record.proposedRepairActions = toElements(json.at("proposedRepairActions"), kActionKeys);
+    record.processId = getNumber<std::int32_t>(json, "processId");
+    record.threadId = getNumber<std::int32_t>(json, "threadId");
+    return record;
+}
+
+} // namespace
+
+const char* severityName(std::uint32_t perceivedSeverity) {
+    return perceivedSeverity < std::size(kSeverityNames) ? kSeverityNames[perceivedSeverity]
+                                                         : "unknown";
+}
+
+const char* eventTypeName(std::uint32_t eventType) {
+    const std::uint32_t index = eventType - kFirstEventType; // wraps for smaller codes
+    return index < std::size(kEventTypeNames) ? kEventTypeNames[index] : "unknown";
+}
+
+std::string formatTime(std::int64_t timeNs) {
+    constexpr std::int64_t kNsPerSecond = 1'000'000'000;
+    std::int64_t seconds = timeNs / kNsPerSecond;
+    std::int64_t rest = timeNs % kNsPerSecond;
+    if (rest < 0) { // before 1970: count up from the full second before
+        --seconds;
+        rest += kNsPerSecond;
+    }
+    const std::time_t time = seconds;
+    std::tm utc{};
+    gmtime_r(&time, &utc);
+    char text[sizeof "2024-02-29T12:34:56"] = "";
+    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &utc);
+    const std::string microseconds = std::to_string(rest / 1000);
+    return text + ("." + std::string(6 - microseconds.size(), '0')) + microseconds + "Z";
+}
+
+std::string toLine(const AlarmRecord& record) {
+    Json json;
+    // Text: many JSON readers keep only 53 bits of a number.
+    json["notificationId"] = std::to_string(record.notificationId);
+    json["eventTime"] = formatTime(record.eventTimeNs);
+    json["eventTimeNs"] = record.eventTimeNs;
+    json["notificationType"] = kNotificationType;
+    json["eventType"] = eventTypeName(record.eventType);
+    json["eventTypeCode"] = record.eventType;
+    putText(json, "notificationObject", record.notificationObject);
+    putText(json, "notifyingObject", record.notifyingObject);
+    json["classId"] = {
+        {"vendorId", record.vendorId}, {"majorId", record.majorId}, {"minorId", record.minorId}};
+    json["perceivedSeverity"] = severityName(record.perceivedSeverity);
+    json["perceivedSeverityCode"] = record.perceivedSeverity;
+    json["probableCause"] = record.probableCause;
+    json["trend"] = record.trend;
+    json["thresholdId"] = record.thresholdId;
+    putText(json, "additionalText", record.additionalText);
+    json["additionalInfo"] = toJson(record.additionalInfo, kInfoKeys);
+    json["proposedRepairActions"] = toJson(record.proposedRepairActions, kActionKeys);
+    json["processId"] = record.processId;
+    json["threadId"] = record.threadId;
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+ParsedLine parseLine(std::string_view line) {
+    ParsedLine parsed;
+    try {
+        parsed.record = toRecord(Json::parse(line));
+        parsed.kind = ParsedLine::Kind::Notification;
+    } catch (const Json::parse_error& error) {
+        parsed.reason = error.what();
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        parsed.kind = ParsedLine::Kind::Foreign;
+        parsed.reason = error.what();
+    }
+    return parsed;
+}
+
+} // namespace ruxa::ntf

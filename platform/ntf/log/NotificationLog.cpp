@@ -1,0 +1,102 @@
+#include "NotificationLog.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace ruxa::ntf {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+/// Creates `folder` and its missing parents, for their owner alone. What fails shows at the open.
+void createFolders(const fs::path& folder) {
+    if (::mkdir(folder.c_str(), 0700) == 0 || errno != ENOENT || !folder.has_relative_path())
+        return;
+    createFolders(folder.parent_path());
+    ::mkdir(folder.c_str(), 0700);
+}
+
+} // namespace
+
+fs::path notificationLogPath() {
+    fs::path path = environment("RUXA_NTF_LOG");
+    if (path.empty()) {
+        const fs::path stateHome = environment("XDG_STATE_HOME");
+        const fs::path home = environment("HOME");
+        if (stateHome.is_absolute())
+            path = stateHome / "ruxa";
+        else if (home.is_absolute())
+            path = home / ".local/state/ruxa";
+        path /= "notifications.jsonl";
+    }
+    std::error_code noCurrentFolder;
+    const fs::path absolute = fs::absolute(path, noCurrentFolder);
+    return noCurrentFolder ? path : absolute;
+}
+
+NotificationLog::NotificationLog(fs::path path) : m_path(std::move(path)) {}
+
+NotificationLog::~NotificationLog() { close(); }
+
+int NotificationLog::append(const std::string& line) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!isCurrentFileOpen()) {
+        if (const int error = openCurrentFile(); error != 0)
+            return error;
+    }
+    // A writer that was cut off may have left half a line, and this one would continue it: then it
+    // is written again. No look before the write can tell, since others write at the same time.
+    do {
+        ssize_t written = -1;
+        do {
+            written = ::write(m_file, line.data(), line.size());
+        } while (written < 0 && errno == EINTR);
+        if (written < 0)
+            return errno;
+        if (static_cast<std::size_t>(written) != line.size())
+            return ENOSPC;
+    } while (!followsWholeLine(line.size()));
+    return 0;
+}
+
+int NotificationLog::openCurrentFile() {
+    close();
+    createFolders(m_path.parent_path());
+    m_file = ::open(m_path.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0640);
+    if (m_file < 0 || ::fstat(m_file, &m_identity) != 0)
+        return errno;
+    m_openedBy = ::getpid();
+    return 0;
+}
+
+/// A log that was renamed or deleted is begun anew, and a forked child needs a file position of its
+/// own.
+bool NotificationLog::isCurrentFileOpen() const {
+    struct stat current {};
+    return m_file >= 0 && m_openedBy == ::getpid() && ::stat(m_path.c_str(), &current) == 0 &&
+           current.st_dev == m_identity.st_dev && current.st_ino == m_identity.st_ino;
+}
+
+void NotificationLog::close() {
+    if (m_file >= 0)
+        ::close(m_file);
+    m_file = -1;
+}
+
+bool NotificationLog::followsWholeLine(std::size_t lineSize) const {
+    const off_t begin = ::lseek(m_file, 0, SEEK_CUR) - static_cast<off_t>(lineSize);
+    char before = '\n';
+    // Nothing lies before the first line, and nothing can be read back from a device.
+    return begin <= 0 || ::pread(m_file, &before, 1, begin - 1) != 1 || before == '\n';
+}
+
+} // namespace ruxa::ntf
