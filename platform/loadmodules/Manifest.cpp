@@ -13,7 +13,7 @@ namespace platform::loadmodules {
 namespace {
 
 /// Far beyond the manifest of any node; a larger file is something else.
-constexpr std::size_t kMaxManifestSize = 16U * 1024 * 1024;
+constexpr std::size_t kMaxManifestSize = std::size_t{16} * 1024 * 1024;
 
 bool isNamed(const TiXmlElement& element, const char* name) {
     return std::strcmp(element.Value(), name) == 0;
