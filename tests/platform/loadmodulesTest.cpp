@@ -1,0 +1,171 @@
+#include "Velk.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A manifest directory of its own for each test.
+class LoadModules : public testing::Test {
+protected:
+    void SetUp() override {
+        std::string name = testing::TempDir() + "velkXXXXXX";
+        ASSERT_NE(mkdtemp(name.data()), nullptr);
+        m_directory = name;
+        setenv("VELK_MANIFEST_DIR", name.c_str(), 1);
+    }
+    void TearDown() override {
+        unsetenv("VELK_MANIFEST_DIR");
+        fs::remove_all(m_directory);
+    }
+
+    void write(const std::string& file, const std::string& content) const {
+        std::ofstream(m_directory / file) << content;
+    }
+
+    static int query(std::string category, Velk_lm_list& list) {
+        return Velk_get_lms(nullptr, category.data(), &list);
+    }
+
+    /// The list as one text: "name|product|revision|tag=path,..;" for each module.
+    static std::string contentOf(const std::string& category) {
+        Velk_lm_list list{};
+        const int result = query(category, list);
+        std::string text = result == VELK_OK ? "" : "error " + std::to_string(result);
+        for (unsigned long i = 0; i < list.count; ++i) {
+            const Velk_lm& module = list.lms[i];
+            text += std::string(module.name) + "|" + module.productNumber + "|" + module.revision;
+            for (unsigned long j = 0; j < module.fileCount; ++j) {
+                text += std::string("|") + module.files[j].tag + "=" + module.files[j].path;
+            }
+            text += ";";
+        }
+        Velk_free_buffers(&list);
+        EXPECT_EQ(list.count, 0U);
+        EXPECT_EQ(list.lms, nullptr);
+        return text;
+    }
+
+    fs::path m_directory;
+};
+
+TEST_F(LoadModules, EachCategoryIsReadAnewFromItsManifest) {
+    write("central.xml",
+          "<?xml version=\"1.0\"?><!-- c --><loadModules>"
+          "<loadModule name='App' productNumber='CXC1' revision='R1A'>"
+          "<file tag='alarm_mapping' path='maps/a.xml'/><file tag='other' path='/etc/b.xml'/>"
+          "</loadModule><loadModule productNumber='' revision=''/></loadModules>");
+    write("dynamic.xml", "<loadModules/>");
+    EXPECT_EQ(contentOf("central"), "App|CXC1|R1A|alarm_mapping=" + m_directory.string() +
+                                        "/maps/a.xml|other=/etc/b.xml;||;");
+    EXPECT_EQ(contentOf("local"), "");
+    EXPECT_EQ(contentOf("dynamic"), "");
+    write("dynamic.xml",
+          "<loadModules><loadModule productNumber='P&amp;Q' revision='2'/></loadModules>");
+    EXPECT_EQ(contentOf("dynamic"), "|P&Q|2;");
+}
+
+TEST_F(LoadModules, AbsentDirectoryIsEmpty) {
+    setenv("VELK_MANIFEST_DIR", (m_directory / "absent").c_str(), 1);
+    EXPECT_EQ(contentOf("central"), "");
+}
+
+TEST_F(LoadModules, WhatIsNoReadableFileIsUnreadable) {
+    fs::create_directory(m_directory / "central.xml");
+    fs::create_symlink("local.xml", m_directory / "local.xml");
+    write("dynamic.xml", "");
+    EXPECT_EQ(contentOf("central"), "error " + std::to_string(VELK_UNREADABLE_MANIFEST));
+    EXPECT_EQ(contentOf("local"), "error " + std::to_string(VELK_UNREADABLE_MANIFEST));
+    setenv("VELK_MANIFEST_DIR", (m_directory / "dynamic.xml").c_str(), 1);
+    EXPECT_EQ(contentOf("dynamic"), "error " + std::to_string(VELK_UNREADABLE_MANIFEST));
+}
+
+TEST_F(LoadModules, WrongArgumentsLeaveAnEmptyList) {
+    Velk_lm_list list{7, reinterpret_cast<const Velk_lm*>(&list)};
+    EXPECT_EQ(Velk_get_lms(nullptr, nullptr, &list), VELK_BAD_ARGUMENT);
+    EXPECT_EQ(list.lms, nullptr);
+    for (const char* category : {"", "Central", "central ", "central.xml", "../central"}) {
+        EXPECT_EQ(query(category, list), VELK_UNKNOWN_CATEGORY) << category;
+    }
+    char central[] = "central";
+    EXPECT_EQ(Velk_get_lms(nullptr, central, nullptr), VELK_BAD_ARGUMENT);
+    Velk_free_buffers(&list);
+    Velk_free_buffers(nullptr);
+}
+
+TEST_F(LoadModules, ThreadsQueryIndependently) {
+    write("local.xml", "<loadModules><loadModule productNumber='a' revision='b'>"
+                       "<file tag='t' path='/p'/></loadModule></loadModules>");
+    std::vector<std::string> contents(4);
+    std::vector<std::thread> threads;
+    for (std::string& content : contents) {
+        threads.emplace_back([&content] { content = contentOf("local"); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(contents, std::vector<std::string>(4, "|a|b|t=/p;"));
+}
+
+struct MalformedCase {
+    const char* name;
+    std::string manifest;
+};
+
+class MalformedManifest : public LoadModules, public testing::WithParamInterface<MalformedCase> {};
+
+TEST_P(MalformedManifest, HasItsOwnCodeAndLeavesNothing) {
+    write("local.xml", GetParam().manifest);
+    Velk_lm_list list{};
+    EXPECT_EQ(query("local", list), VELK_MALFORMED_MANIFEST);
+    EXPECT_EQ(list.count, 0U);
+    EXPECT_EQ(list.lms, nullptr);
+}
+
+std::string module(const std::string& content) {
+    return "<loadModules><loadModule productNumber='a' revision='b'>" + content +
+           "</loadModule></loadModules>";
+}
+
+const MalformedCase kMalformedCases[] = {
+    {"Empty", ""},
+    {"NoElement", "<?xml version='1.0'?><!-- nothing -->"},
+    {"NotXml", "loadModules: []"},
+    {"Binary", std::string("\x7F"
+                           "ELF\x02\x01\x00\x00<loadModules/>",
+                           22)},
+    {"Truncated", "<loadModules><loadModule productNumber='a' revis"},
+    {"NotClosed", "<loadModules>"},
+    {"WrongRoot", "<loadmodules/>"},
+    {"TwoRoots", "<loadModules/><loadModules/>"},
+    {"TextBehindRoot", "<loadModules/>text"},
+    {"UnknownElement", "<loadModules><module productNumber='a' revision='b'/></loadModules>"},
+    {"NoProductNumber", "<loadModules><loadModule revision='b'/></loadModules>"},
+    {"NoRevision", "<loadModules><loadModule productNumber='a'/></loadModules>"},
+    {"UnknownFileElement", module("<mapping tag='t' path='p'/>")},
+    {"FileWithoutTag", module("<file tag='t' path='p'/><file path='p'/>")},
+    {"FileWithoutPath", module("<file tag='t'/>")},
+    {"FileWithEmptyPath", module("<file tag='t' path=''/>")},
+    {"NestedTooDeep",
+     [] {
+         std::string text;
+         for (int i = 0; i < 1000000; ++i) {
+             text += "<a>";
+         }
+         return text;
+     }()},
+};
+
+std::string rowName(const testing::TestParamInfo<MalformedCase>& row) { return row.param.name; }
+
+INSTANTIATE_TEST_SUITE_P(, MalformedManifest, testing::ValuesIn(kMalformedCases), rowName);
+
+} // namespace
