@@ -11,8 +11,8 @@
 
 #include <saNtf.h>
 
-/// The whole platform as the library sees it, replaced at link time. Answers are scripted here before
-/// a call, and everything that leaves the library is recorded here, in order.
+/// The whole platform as the library sees it, replaced at link time. Answers are scripted here
+/// before a call, and everything that leaves the library is recorded here, in order.
 struct FakePlatform {
     struct LoadModule {
         std::string productNumber;

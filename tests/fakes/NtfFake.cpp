@@ -123,11 +123,12 @@ SaAisErrorT saNtfFinalize(SaNtfHandleT handle) {
     return result;
 }
 
-SaAisErrorT saNtfAlarmNotificationAllocate(
-    SaNtfHandleT, SaNtfAlarmNotificationT* alarm, SaUint16T numCorrelatedNotifications,
-    SaUint16T lengthAdditionalText, SaUint16T numAdditionalInfo, SaUint16T numSpecificProblems,
-    SaUint16T numMonitoredAttributes, SaUint16T numProposedRepairActions,
-    SaInt16T variableDataSize) {
+SaAisErrorT
+saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT* alarm,
+                               SaUint16T numCorrelatedNotifications, SaUint16T lengthAdditionalText,
+                               SaUint16T numAdditionalInfo, SaUint16T numSpecificProblems,
+                               SaUint16T numMonitoredAttributes, SaUint16T numProposedRepairActions,
+                               SaInt16T variableDataSize) {
     recordCall("allocate", numCorrelatedNotifications, lengthAdditionalText, numAdditionalInfo,
                numSpecificProblems, numMonitoredAttributes, numProposedRepairActions,
                variableDataSize);

@@ -36,9 +36,7 @@ public:
     ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
 
 private:
-    void set(const char* value) {
-        value != nullptr ? setenv(m_name, value, 1) : unsetenv(m_name);
-    }
+    void set(const char* value) { value != nullptr ? setenv(m_name, value, 1) : unsetenv(m_name); }
     const char* m_name;
     std::optional<std::string> m_before;
 };
@@ -68,9 +66,7 @@ protected:
     static constexpr char kSystem[] = "system-uuid";
     static constexpr char kCompute[] = "compute-1";
 
-    void SetUp() override {
-        resetPlatform();
-    }
+    void SetUp() override { resetPlatform(); }
 
     void TearDown() override {
         v1::freeFmiFactory();
@@ -80,8 +76,8 @@ protected:
 
     using Mappings = std::vector<std::tuple<std::uint32_t, std::string, std::uint32_t>>;
 
-    /// An adapter of this thread's v1 factory, to which `mappings` (fault id, class, minor type) are
-    /// added. Forgets what happened so far.
+    /// An adapter of this thread's v1 factory, to which `mappings` (fault id, class, minor type)
+    /// are added. Forgets what happened so far.
     std::unique_ptr<FaultManagementI> adapter(const Mappings& mappings = {{7, "Unit", 0x10002}}) {
         for (const auto& [faultId, moClass, minorType] : mappings) {
             v1::getFmiFactory()->getConfiguration()->setMapping(faultId, minorType, moClass);

@@ -5,7 +5,8 @@ namespace {
 using AdapterTest = LibraryTest;
 
 /// The arguments that every row below gives.
-constexpr char kCommon[] = "notificationObject:Top=1,Unit=7, faultId:7, faultIdName:fault, additionalText:text, additionalInfo:a, <empty string>, b, perceivedSeverity:3, ";
+constexpr char kCommon[] =
+    "notificationObject:Top=1,Unit=7, faultId:7, faultIdName:fault, additionalText:text, additionalInfo:a, <empty string>, b, perceivedSeverity:3, ";
 const Texts kInfo{"a", "", "b"};
 #define COMMON "Top=1,Unit=7", 7, "fault", "text", kInfo, 3
 
@@ -24,7 +25,9 @@ const std::string kGiven = R"(CI={"C": [{"I": "sys","n": "comp"}],)";
 
 const Operation kOperations[] = {
     {"Combined",
-     [](FaultManagementI& a) { a.raiseAlarm(COMMON, 9, Events{5, 0, 6}); },
+     [](FaultManagementI& a) {
+         a.raiseAlarm(COMMON, 9, Events{5, 0, 6});
+     },
      {std::string("dolqAdapterImpl| Raise Alarm initiated: ") + kCommon +
       "eventId:9, correlatedEvents:5, 0, 6, programGroup:nonePgGrp"},
      kIdentity + R"("S": ["uuid-5","uuid-6"]})",
@@ -68,20 +71,26 @@ const Operation kOperations[] = {
      kGiven + R"("S": ["uuid-7"]})",
      ""},
     {"Secondary32Group",
-     [](FaultManagementI& a) { a.raiseSecondaryAlarm(COMMON, "", "", Events{7, 42}, 2U); },
+     [](FaultManagementI& a) {
+         a.raiseSecondaryAlarm(COMMON, "", "", Events{7, 42}, 2U);
+     },
      {"dolqAdapterImpl| Alarm program group: lratPgGrp",
       std::string("dolqAdapterImpl|Raise Secondary Alarm Initiated: ") + kCommon +
           "systemUUID:, computeName:, correlatedEvents32Bit:7, 42, programGroup:lratPgGrp"},
      kIdentity + R"("S": ["uuid-7","uuid-42"]})",
      "lratPgGrp"},
     {"Secondary128",
-     [](FaultManagementI& a) { a.raiseSecondaryAlarm(COMMON, "sys", "comp", Texts{"u1", ""}); },
+     [](FaultManagementI& a) {
+         a.raiseSecondaryAlarm(COMMON, "sys", "comp", Texts{"u1", ""});
+     },
      {std::string("dolqAdapterImpl|Raise Secondary Alarm Initiated: ") + kCommon +
       "systemUUID:sys, computeName:comp, correlatedEvents128Bit:u1, <empty string>"},
      kGiven + R"("S": ["u1",""]})",
      ""},
     {"CombinedGroup",
-     [](FaultManagementI& a) { a.raiseAlarm(COMMON, 9, Events{0, 5}, 3U); },
+     [](FaultManagementI& a) {
+         a.raiseAlarm(COMMON, 9, Events{0, 5}, 3U);
+     },
      {"dolqAdapterImpl| Alarm program group: nrPgGrp",
       std::string("dolqAdapterImpl| Raise Alarm initiated: ") + kCommon +
           "eventId:9, correlatedEvents:0, 5, programGroup:nrPgGrp"},
@@ -104,12 +113,13 @@ TEST_P(OperationTest, TracesItsArgumentsAndSendsOneAlarm) {
     const std::string info = row.correlationInfo + ", a, b";
     const std::string group = row.programGroup.empty() ? "nonePgGrp" : row.programGroup;
     Texts flow = row.entryTraces;
-    flow.insert(flow.end(),
-                {"dolqNotificationMapImpl|Calling getMinorType in thread: " + pid() + '.',
-                 "dolqAdapterImpl|SendNotification: notificationObject:Top=1,Unit=7, newSeverity:5, additionalText:text, newAdditionalInfoStr:" +
-                     info + ", majorId:1, minorId:2, mappedPgGrp:" + group,
-                 "dolqNtfSessionImpl|SendNotification: notificationObject:Top=1,Unit=7, perceivedSeverity:5, additionalText:text, additionalInfo:" +
-                     info + ", majorId:1, minorId:2, programGroup:" + group});
+    flow.insert(
+        flow.end(),
+        {"dolqNotificationMapImpl|Calling getMinorType in thread: " + pid() + '.',
+         "dolqAdapterImpl|SendNotification: notificationObject:Top=1,Unit=7, newSeverity:5, additionalText:text, newAdditionalInfoStr:" +
+             info + ", majorId:1, minorId:2, mappedPgGrp:" + group,
+         "dolqNtfSessionImpl|SendNotification: notificationObject:Top=1,Unit=7, perceivedSeverity:5, additionalText:text, additionalInfo:" +
+             info + ", majorId:1, minorId:2, programGroup:" + group});
     EXPECT_EQ(platform().traces(4), flow);
 
     const FakePlatform::Alarm& alarm = sentAlarm();
@@ -132,8 +142,9 @@ INSTANTIATE_TEST_SUITE_P(All, OperationTest, testing::ValuesIn(kOperations),
 TEST_F(AdapterTest, ACeaseCarriesNothingButTheAlarm) {
     const auto client = adapter({{7, "Unit", 0x0000FFFF}});
     client->ceaseAlarm(kObject, 7, "fault");
-    EXPECT_EQ(platform().traces(4).front(),
-              "dolqAdapterImpl| Cease Alarm initiated: notificationObject:Top=1,Unit=7, faultId:7, faultIdName:fault");
+    EXPECT_EQ(
+        platform().traces(4).front(),
+        "dolqAdapterImpl| Cease Alarm initiated: notificationObject:Top=1,Unit=7, faultId:7, faultIdName:fault");
     const FakePlatform::Alarm& alarm = sentAlarm();
     EXPECT_EQ(alarm.severity, 0U);
     EXPECT_EQ(alarm.majorId, 0U);
@@ -153,10 +164,12 @@ TEST_F(AdapterTest, TranslatesEverySeverityCodeAndTracesUnknownOnesFirst) {
     }
     platform().events.clear();
     client->raisePrimaryAlarm(kObject, 8, "", "", {}, 9, std::string("u"), "s", "c"); // not mapped
-    EXPECT_EQ(platform().traces(4)[1],
-              "dolqAdapterImpl|Raise Alarm called with unknown perceived severity: perceivedSeverity:9");
-    EXPECT_EQ(platform().traces(0),
-              Texts{"dolqAdapterImpl| Minor type not found. notificationObject:Top=1,Unit=7, faultId:8"});
+    EXPECT_EQ(
+        platform().traces(4)[1],
+        "dolqAdapterImpl|Raise Alarm called with unknown perceived severity: perceivedSeverity:9");
+    EXPECT_EQ(
+        platform().traces(0),
+        Texts{"dolqAdapterImpl| Minor type not found. notificationObject:Top=1,Unit=7, faultId:8"});
 }
 
 struct MoClass {
@@ -177,10 +190,14 @@ TEST_P(MoClassTest, IsTheAttributeOfTheLastRelativeName) {
     const std::string shown = row.object.c_str(); // up to a NUL
     Texts expected;
     if (row.noComma) {
-        expected.push_back("dolqAdapterImpl|ObjClassParser- NotificationObj has no Comma Delimiter: notificationObject:" + shown);
+        expected.push_back(
+            "dolqAdapterImpl|ObjClassParser- NotificationObj has no Comma Delimiter: notificationObject:" +
+            shown);
     }
     if (row.noEqual) {
-        expected.push_back("dolqAdapterImpl| ObjClassParser- NotificationObj has no Equal Delimiter: notificationObject:" + shown);
+        expected.push_back(
+            "dolqAdapterImpl| ObjClassParser- NotificationObj has no Equal Delimiter: notificationObject:" +
+            shown);
     }
     EXPECT_EQ(platform().traces(8), expected);
 }
@@ -219,13 +236,20 @@ struct Refusal {
 class CorrelationTest : public LibraryTest, public testing::WithParamInterface<Refusal> {};
 
 #define PLAIN "Top=1,Unit=7", 7, "", "", Texts{}, 0
-const char kZeroEvent[] = "dolqAdapterImpl|Alarm correlation info incomplete due to eventId is zero. Object:Top=1,Unit=7, Fault Id: 7";
-const char kNoPrimary[] = "dolqAdapterImpl|Alarm correlation info incomplete due to correlatedEvent128Bit is empty. Object:Top=1,Unit=7, Fault Id: 7";
-const char kNoSecondary[] = "dolqAdapterImpl|Alarm not raised due to correlatedEvents128Bit is empty. Object:Top=1,Unit=7, Fault Id: 7";
-const char kNoIdentity[] = "dolqAdapterImpl|Alarm not raised due to either systemUUID or computeName is empty. Object:Top=1,Unit=7, Fault Id: 7";
-const char kNoSystemUUID[] = "dolqAdapterImpl|Environment variable systemUUID could not be retreived!";
-const char kNoComputeName[] = "dolqAdapterImpl|Environment variable computeName could not be retreived!";
-const char kSkipped[] = "dolqAdapterImpl|No mapping of zero-valued correlatedEvent32Bit to correlationUUID occured.";
+const char kZeroEvent[] =
+    "dolqAdapterImpl|Alarm correlation info incomplete due to eventId is zero. Object:Top=1,Unit=7, Fault Id: 7";
+const char kNoPrimary[] =
+    "dolqAdapterImpl|Alarm correlation info incomplete due to correlatedEvent128Bit is empty. Object:Top=1,Unit=7, Fault Id: 7";
+const char kNoSecondary[] =
+    "dolqAdapterImpl|Alarm not raised due to correlatedEvents128Bit is empty. Object:Top=1,Unit=7, Fault Id: 7";
+const char kNoIdentity[] =
+    "dolqAdapterImpl|Alarm not raised due to either systemUUID or computeName is empty. Object:Top=1,Unit=7, Fault Id: 7";
+const char kNoSystemUUID[] =
+    "dolqAdapterImpl|Environment variable systemUUID could not be retreived!";
+const char kNoComputeName[] =
+    "dolqAdapterImpl|Environment variable computeName could not be retreived!";
+const char kSkipped[] =
+    "dolqAdapterImpl|No mapping of zero-valued correlatedEvent32Bit to correlationUUID occured.";
 
 TEST_P(CorrelationTest, TracesWhatIsMissing) {
     const Refusal& row = GetParam();
@@ -251,42 +275,91 @@ TEST_P(CorrelationTest, TracesWhatIsMissing) {
 INSTANTIATE_TEST_SUITE_P(
     Table, CorrelationTest,
     testing::ValuesIn(std::vector<Refusal>{
-        {"ZeroEvent", "s", "c", [](FaultManagementI& a) { a.raisePrimaryAlarm(PLAIN, 0, "", ""); },
-         {kZeroEvent, kNoPrimary}, R"(CI={"C": [{"I": "s","n": "c"}],"P": ""})", {}},
-        {"CombinedWithNothing", "s", "c",
+        {"ZeroEvent",
+         "s",
+         "c",
+         [](FaultManagementI& a) { a.raisePrimaryAlarm(PLAIN, 0, "", ""); },
+         {kZeroEvent, kNoPrimary},
+         R"(CI={"C": [{"I": "s","n": "c"}],"P": ""})",
+         {}},
+        {"CombinedWithNothing",
+         "s",
+         "c",
          [](FaultManagementI& a) { a.raiseAlarm(PLAIN, 0, Events{}); },
-         {kZeroEvent, kNoPrimary}, R"(CI={"C": [{"I": "s","n": "c"}],"P": ""})", {}},
-        {"UnderivableEvent", "s", "c",
+         {kZeroEvent, kNoPrimary},
+         R"(CI={"C": [{"I": "s","n": "c"}],"P": ""})",
+         {}},
+        {"UnderivableEvent",
+         "s",
+         "c",
          [](FaultManagementI& a) { a.raisePrimaryAlarm(PLAIN, 13, "", ""); },
          {"dolqAdapterImpl|getDerivedCorrelationUUID failed for eventId: 13", kNoPrimary},
          R"(CI={"C": [{"I": "s","n": "c"}],"P": ""})",
          {"getAPI", "getDerivedCorrelationUUID 13"}},
-        {"NoPrimaryUUID", "s", "c",
+        {"NoPrimaryUUID",
+         "s",
+         "c",
          [](FaultManagementI& a) { a.raisePrimaryAlarm(PLAIN, std::string(), "", ""); },
-         {kNoPrimary}, R"(CI={"C": [{"I": "s","n": "c"}],"P": ""})", {}},
-        {"NothingInTheEnvironment", nullptr, nullptr,
+         {kNoPrimary},
+         R"(CI={"C": [{"I": "s","n": "c"}],"P": ""})",
+         {}},
+        {"NothingInTheEnvironment",
+         nullptr,
+         nullptr,
          [](FaultManagementI& a) { a.raisePrimaryAlarm(PLAIN, std::string("u"), "", ""); },
-         {kNoSystemUUID, kNoComputeName, kNoIdentity}, nullptr, {}},
-        {"EmptyVariable", "", "c",
+         {kNoSystemUUID, kNoComputeName, kNoIdentity},
+         nullptr,
+         {}},
+        {"EmptyVariable",
+         "",
+         "c",
          [](FaultManagementI& a) { a.raiseSecondaryAlarm(PLAIN, "", "", Texts{"u"}); },
-         {kNoIdentity}, nullptr, {}},
-        {"HalfAnIdentityGiven", "s", "c",
+         {kNoIdentity},
+         nullptr,
+         {}},
+        {"HalfAnIdentityGiven",
+         "s",
+         "c",
          [](FaultManagementI& a) { a.raisePrimaryAlarm(PLAIN, std::string("u"), "given", ""); },
-         {kNoIdentity}, nullptr, {}},
-        {"OtherHalfGiven", "s", "c",
+         {kNoIdentity},
+         nullptr,
+         {}},
+        {"OtherHalfGiven",
+         "s",
+         "c",
          [](FaultManagementI& a) { a.raiseSecondaryAlarm(PLAIN, "", "given", Texts{"u"}); },
-         {kNoIdentity}, nullptr, {}},
-        {"NoEvents32", "s", "c",
+         {kNoIdentity},
+         nullptr,
+         {}},
+        {"NoEvents32",
+         "s",
+         "c",
          [](FaultManagementI& a) { a.raiseSecondaryAlarm(PLAIN, "", "", Events{}); },
-         {kNoSecondary}, nullptr, {}},
-        {"NoEvents128", nullptr, nullptr,
+         {kNoSecondary},
+         nullptr,
+         {}},
+        {"NoEvents128",
+         nullptr,
+         nullptr,
          [](FaultManagementI& a) { a.raiseSecondaryAlarm(PLAIN, "", "", Texts{}); },
-         {kNoSecondary}, nullptr, {}},
-        {"OnlyZeros", "s", "c",
-         [](FaultManagementI& a) { a.raiseSecondaryAlarm(PLAIN, "", "", Events{0, 0}); },
-         {kSkipped, kSkipped, kNoSecondary}, nullptr, {"getAPI"}},
-        {"SomeUnderivable", "s", "c",
-         [](FaultManagementI& a) { a.raiseSecondaryAlarm(PLAIN, "", "", Events{13, 0, 5}); },
+         {kNoSecondary},
+         nullptr,
+         {}},
+        {"OnlyZeros",
+         "s",
+         "c",
+         [](FaultManagementI& a) {
+             a.raiseSecondaryAlarm(PLAIN, "", "", Events{0, 0});
+         },
+         {kSkipped, kSkipped, kNoSecondary},
+         nullptr,
+         {"getAPI"}},
+        {"SomeUnderivable",
+         "s",
+         "c",
+         [](FaultManagementI& a) {
+             a.raiseSecondaryAlarm(PLAIN, "", "", Events{13, 0, 5});
+         },
          {"dolqAdapterImpl|getDerivedCorrelationUUID failed for correlatedEvent32Bit: 13",
           kSkipped},
          R"(CI={"C": [{"I": "s","n": "c"}],"S": ["uuid-5"]})",
@@ -299,9 +372,10 @@ TEST_F(AdapterTest, WithoutACorrelationServiceNoDerivedAlarmIsRaised) {
     platform().correlationService = false;
     client->raisePrimaryAlarm(PLAIN, 5, "s", "c");
     client->raiseSecondaryAlarm(PLAIN, "s", "c", Events{5});
-    EXPECT_EQ(platform().traces(0),
-              (Texts{"dolqAdapterImpl|ZumCs getAPI returns a null pointer. Alarm not raised.",
-                     "dolqAdapterImpl|ZumCs getAPI call returns a null pointer. Alarm not raised."}));
+    EXPECT_EQ(
+        platform().traces(0),
+        (Texts{"dolqAdapterImpl|ZumCs getAPI returns a null pointer. Alarm not raised.",
+               "dolqAdapterImpl|ZumCs getAPI call returns a null pointer. Alarm not raised."}));
     EXPECT_TRUE(platform().sent.empty());
 }
 
@@ -329,7 +403,8 @@ TEST_F(AdapterTest, ReadsTheEnvironmentAnewAtEachAlarm) {
 TEST_F(AdapterTest, HostileTextsAreSentAsTheyAre) {
     const auto client = adapter();
     const std::string hostile = "%s%n%d \xFF\xC3 \"}]";
-    client->raisePrimaryAlarm(kObject, 7, hostile, hostile, {hostile}, 0, hostile, hostile, hostile);
+    client->raisePrimaryAlarm(kObject, 7, hostile, hostile, {hostile}, 0, hostile, hostile,
+                              hostile);
     EXPECT_EQ(sentAlarm().additionalText, hostile);
     EXPECT_EQ(sentAlarm().additionalInfo.back(), hostile);
 }
@@ -347,10 +422,10 @@ TEST_F(AdapterTest, DestroyingOneAdapterLeavesTheOtherWorking) {
     auto first = adapter();
     const auto second = adapter();
     first.reset();
-    EXPECT_EQ(platform().calls(),
-              (Texts{"deregisterTraceObject prefix.DolqTraceLU", "getDefaultTraceObject",
-                     "finalize", "deregisterTraceObject prefix.DolqTraceLU",
-                     "getDefaultTraceObject"}));
+    EXPECT_EQ(
+        platform().calls(),
+        (Texts{"deregisterTraceObject prefix.DolqTraceLU", "getDefaultTraceObject", "finalize",
+               "deregisterTraceObject prefix.DolqTraceLU", "getDefaultTraceObject"}));
     second->ceaseAlarm(kObject, 7, "");
     EXPECT_EQ(platform().sent.size(), 1U);
     EXPECT_NE(platform().traces(4).front().find("Cease Alarm initiated"), std::string::npos);

@@ -41,8 +41,9 @@ TEST_F(FactoryTest, EachGenerationIsConfiguredOnceAndByItself) {
     adapter->ceaseAlarm(kObject, 8, "");
     adapterV2->ceaseAlarm(kObject, 8, "");
     EXPECT_EQ(platform().sent.size(), 3U);
-    EXPECT_EQ(platform().traces(0),
-              Texts{"dolqAdapterImpl|Minor type not found. notificationObject:Top=1,Unit=7, faultId:8"});
+    EXPECT_EQ(
+        platform().traces(0),
+        Texts{"dolqAdapterImpl|Minor type not found. notificationObject:Top=1,Unit=7, faultId:8"});
 }
 
 TEST_F(FactoryTest, AFreedFactoryTakesTheClientsMappingsWithIt) {
@@ -67,7 +68,8 @@ TEST_F(FactoryTest, ThreadsHaveFactoriesOfTheirOwn) {
     std::thread([&] {
         EXPECT_NE(v1::getFmiFactory(), mine);
         EXPECT_NE(v2::getFmiFactory(), mineV2);
-        const std::unique_ptr<FaultManagementI> client(v1::getFmiFactory()->createFaultManagement());
+        const std::unique_ptr<FaultManagementI> client(
+            v1::getFmiFactory()->createFaultManagement());
         client->ceaseAlarm(kObject, 8, "");
         client->ceaseAlarm(kObject, 7, "");
         v1::freeFmiFactory();
@@ -83,8 +85,10 @@ TEST_F(FactoryTest, AnAdapterNeedsNoMappingFileAndNoService) {
     platform().results["initialize"] = {SA_AIS_ERR_LIBRARY};
     const auto client = v2::getFmiFactory()->createFaultManagement();
     client->ceaseAlarm(kObject, 7, "");
-    EXPECT_EQ(platform().traces(8).back(),
-              "dolqNotificationMapImpl|Found no match for faultId: 7 in Load Module: , Rev:R1A, ThreadId: " + pid());
+    EXPECT_EQ(
+        platform().traces(8).back(),
+        "dolqNotificationMapImpl|Found no match for faultId: 7 in Load Module: , Rev:R1A, ThreadId: " +
+            pid());
 }
 
 TEST_F(FactoryTest, AConfigurationThatThrowsLeavesAV1FactoryAndNoV2Factory) {

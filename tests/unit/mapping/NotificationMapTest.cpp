@@ -32,16 +32,24 @@ protected:
 
         const std::string unit = "dolqNotificationMapImpl|";
         Texts expected{"4 " + unit + "Calling getMinorType in thread: " + pid() + '.'};
-        expected.insert(expected.end(), GetParam().multipleMatches,
-                        "8 " + unit + "dolq::NotificationMap::getMinorType, found multiple matches for faultId: 7 in thread: " + pid() + '.');
+        expected.insert(
+            expected.end(), GetParam().multipleMatches,
+            "8 " + unit +
+                "dolq::NotificationMap::getMinorType, found multiple matches for faultId: 7 in thread: " +
+                pid() + '.');
         if (GetParam().candidate != nullptr) {
-            expected.push_back("8 " + unit + " Got no full match of faultId and moClass, but found a single faultId. faultId: 7, moClass: \"" +
-                               GetParam().candidate + "\", foundMinorType: 1.");
-            expected.push_back("0 " + unit + "Found no matching alarm for faultId: 7 and moClass: \"" +
+            expected.push_back(
+                "8 " + unit +
+                " Got no full match of faultId and moClass, but found a single faultId. faultId: 7, moClass: \"" +
+                GetParam().candidate + "\", foundMinorType: 1.");
+            expected.push_back("0 " + unit +
+                               "Found no matching alarm for faultId: 7 and moClass: \"" +
                                GetParam().candidate + "\", check the alarm mapping configuration.");
         }
         if (closingTrace) {
-            expected.push_back("8 " + unit + "Found no match for faultId: 7 in Load Module: , Rev:R1, ThreadId: " + pid());
+            expected.push_back(
+                "8 " + unit +
+                "Found no match for faultId: 7 in Load Module: , Rev:R1, ThreadId: " + pid());
         }
         EXPECT_EQ(platform().events, expected);
     }
@@ -87,7 +95,8 @@ protected:
         cxxutils::threadspecific::v1::ThreadSpecificSingleton<dolq::ConfigurationParserFactory>;
 };
 
-const char kDeprecated[] = "0 dolqNotificationMapImpl|This method is deprecated and replaced by setMapping(faultId, minorType, ManagedObjectClass).";
+const char kDeprecated[] =
+    "0 dolqNotificationMapImpl|This method is deprecated and replaced by setMapping(faultId, minorType, ManagedObjectClass).";
 
 TEST_F(ConfigurationTest, SetMappingWithoutAClassSetsTheEmptyOneAndSaysItIsDeprecated) {
     const auto client = adapter({});

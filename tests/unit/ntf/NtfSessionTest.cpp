@@ -9,7 +9,7 @@ namespace {
 using NtfSessionTest = LibraryTest;
 
 /// The calls of one alarm with a program group and correlation info as its only entry.
-const Texts kAlarmCalls{"allocate 0 5 1 0 0 1 -1", "value 10", "value 57", "send", "free"};
+const Texts kAlarmCalls{"allocate 0 5 1 0 0 1 -1", "value 8", "value 55", "send", "free"};
 
 void raiseWithGroup(FaultManagementI& adapter) {
     adapter.raisePrimaryAlarm("Top=1,Unit=7", 7, "", "text", {}, 0, std::string("uuid"), "system",
@@ -57,10 +57,9 @@ TEST_F(NtfSessionTest, OpeningAndClosingAreRepeatedToo) {
     platform().events.clear();
     delete v1::getFmiFactory()->createFaultManagement();
     Texts calls = platform().calls();
-    calls.erase(std::remove_if(calls.begin(), calls.end(),
-                               [](const auto& call) {
-                                   return call.find("TraceObject") != std::string::npos;
-                               }),
+    calls.erase(std::remove_if(
+                    calls.begin(), calls.end(),
+                    [](const auto& call) { return call.find("TraceObject") != std::string::npos; }),
                 calls.end());
     EXPECT_EQ(calls, (Texts{"initialize A 1 1 null", "usleep 100000", "initialize A 1 1 null",
                             "usleep 100000", "initialize A 1 1 null", "finalize", "usleep 100000",
@@ -89,30 +88,39 @@ TEST_P(FailureTest, FreesTheNotificationThenTracesTheCode) {
     EXPECT_EQ(sentAlarm().repairActions, Texts{"0 nrPgGrp"});
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Calls, FailureTest,
-    testing::ValuesIn(std::vector<Failure>{
-        {"Allocate", "allocate", {SA_AIS_ERR_TRY_AGAIN, SA_AIS_ERR_NO_RESOURCES},
-         {kAlarmCalls[0], "usleep 100000", kAlarmCalls[0],
-          "0 dolqNtfSessionImpl|Allocate Alarm:  errorCode:12"},
-         0},
-        {"Value", "value", {SA_AIS_OK, SA_AIS_ERR_NO_SPACE},
-         {kAlarmCalls[0], kAlarmCalls[1], kAlarmCalls[2], "free",
-          "0 dolqNtfSessionImpl|Populate Alarm:  errorCode:f"},
-         0},
-        {"ProgramGroupValueAlone", "value", {SA_AIS_ERR_NO_SPACE},
-         {kAlarmCalls[0], kAlarmCalls[1], kAlarmCalls[2], "send", "free"},
-         1},
-        {"Send", "send", {SA_AIS_ERR_TOO_BIG},
-         {kAlarmCalls[0], kAlarmCalls[1], kAlarmCalls[2], "send", "free",
-          "0 dolqNtfSessionImpl|Send Alarm:  errorCode:1a"},
-         0},
-        {"Free", "free", {SA_AIS_ERR_BAD_HANDLE},
-         {kAlarmCalls[0], kAlarmCalls[1], kAlarmCalls[2], "send", "free",
-          "0 dolqNtfSessionImpl|Free Alarm:  errorCode:9"},
-         1},
-    }),
-    [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Calls, FailureTest,
+                         testing::ValuesIn(std::vector<Failure>{
+                             {"Allocate",
+                              "allocate",
+                              {SA_AIS_ERR_TRY_AGAIN, SA_AIS_ERR_NO_RESOURCES},
+                              {kAlarmCalls[0], "usleep 100000", kAlarmCalls[0],
+                               "0 dolqNtfSessionImpl|Allocate Alarm:  errorCode:12"},
+                              0},
+                             {"Value",
+                              "value",
+                              {SA_AIS_OK, SA_AIS_ERR_NO_SPACE},
+                              {kAlarmCalls[0], kAlarmCalls[1], kAlarmCalls[2], "free",
+                               "0 dolqNtfSessionImpl|Populate Alarm:  errorCode:f"},
+                              0},
+                             {"ProgramGroupValueAlone",
+                              "value",
+                              {SA_AIS_ERR_NO_SPACE},
+                              {kAlarmCalls[0], kAlarmCalls[1], kAlarmCalls[2], "send", "free"},
+                              1},
+                             {"Send",
+                              "send",
+                              {SA_AIS_ERR_TOO_BIG},
+                              {kAlarmCalls[0], kAlarmCalls[1], kAlarmCalls[2], "send", "free",
+                               "0 dolqNtfSessionImpl|Send Alarm:  errorCode:1a"},
+                              0},
+                             {"Free",
+                              "free",
+                              {SA_AIS_ERR_BAD_HANDLE},
+                              {kAlarmCalls[0], kAlarmCalls[1], kAlarmCalls[2], "send", "free",
+                               "0 dolqNtfSessionImpl|Free Alarm:  errorCode:9"},
+                              1},
+                         }),
+                         [](const auto& row) { return row.param.name; });
 
 TEST_F(NtfSessionTest, ARefusedSessionDropsEveryAlarmAndSaysSo) {
     platform().results["initialize"] = {SA_AIS_ERR_VERSION};
@@ -135,10 +143,10 @@ TEST_F(NtfSessionTest, ARefusedSessionIsTracedThroughItsOwnTraceObject) {
     delete v1::getFmiFactory()->createFaultManagement();
     ASSERT_GE(platform().events.size(), 4U);
     platform().events.resize(4);
-    EXPECT_EQ(platform().events,
-              (Texts{"getDefaultTraceObject", "registerTraceObject prefix.DolqTraceLU",
-                     "initialize A 1 1 null",
-                     "0 dolqNtfSessionImpl|Initialize Session: errorCode:2"}));
+    EXPECT_EQ(
+        platform().events,
+        (Texts{"getDefaultTraceObject", "registerTraceObject prefix.DolqTraceLU",
+               "initialize A 1 1 null", "0 dolqNtfSessionImpl|Initialize Session: errorCode:2"}));
 }
 
 TEST_F(NtfSessionTest, AnExceptionOnTheWayStillFreesTheNotification) {
@@ -167,14 +175,14 @@ TEST_P(CutTest, ATextIsSentAsFarAsItGoesAndTheCutIsTraced) {
     raise(*client, kObject, given, {given});
     EXPECT_EQ(sentAlarm().additionalText, given.substr(0, GetParam().sent));
     EXPECT_EQ(sentAlarm().additionalInfo.back(), given.substr(0, GetParam().sent));
-    const std::string lengths = ", length:" + std::to_string(given.size()) +
-                                ", sent:" + std::to_string(GetParam().sent);
-    EXPECT_EQ(platform().traces(0),
-              given.size() == GetParam().sent
-                  ? Texts{}
-                  : (Texts{"dolqNtfSessionImpl|Alarm field cut: field:additionalText" + lengths,
-                           "dolqNtfSessionImpl|Alarm field cut: field:additionalInfo entry" +
-                               lengths}));
+    const std::string lengths =
+        ", length:" + std::to_string(given.size()) + ", sent:" + std::to_string(GetParam().sent);
+    EXPECT_EQ(
+        platform().traces(0),
+        given.size() == GetParam().sent
+            ? Texts{}
+            : (Texts{"dolqNtfSessionImpl|Alarm field cut: field:additionalText" + lengths,
+                     "dolqNtfSessionImpl|Alarm field cut: field:additionalInfo entry" + lengths}));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -200,8 +208,10 @@ TEST_F(NtfSessionTest, ANotificationObjectIsSentUpTo599Bytes) {
     EXPECT_EQ(platform().traces(0), Texts{});
     client->ceaseAlarm('y' + longest, 7, "");
     EXPECT_EQ(platform().sent.back().object, ('y' + longest).substr(0, 599));
-    EXPECT_EQ(platform().traces(0),
-              Texts{"dolqNtfSessionImpl|Alarm field cut: field:notificationObject, length:600, sent:599"});
+    EXPECT_EQ(
+        platform().traces(0),
+        Texts{
+            "dolqNtfSessionImpl|Alarm field cut: field:notificationObject, length:600, sent:599"});
 }
 
 TEST_F(NtfSessionTest, AListIsSentUpTo65535Entries) {
@@ -213,9 +223,10 @@ TEST_F(NtfSessionTest, AListIsSentUpTo65535Entries) {
         raise(*client, kObject, "", Texts(given, "i"));
         EXPECT_EQ(sentAlarm().additionalInfo.size(), 65535U) << given;
         EXPECT_EQ(platform().traces(0),
-                  given == 65534 ? Texts{}
-                                 : Texts{"dolqNtfSessionImpl|Alarm field cut: field:additionalInfo, length:" +
-                                         std::to_string(given + 1) + ", sent:65535"});
+                  given == 65534
+                      ? Texts{}
+                      : Texts{"dolqNtfSessionImpl|Alarm field cut: field:additionalInfo, length:" +
+                              std::to_string(given + 1) + ", sent:65535"});
     }
 }
 

@@ -14,7 +14,8 @@ struct MappingFile {
 
 class MappingFileTest : public LibraryTest, public testing::WithParamInterface<MappingFile> {};
 
-const char kSkipped[] = "4 dolqXmlConfigurator|When parsing XML file '<file>', a 'mapping' element that did not have all 'faultid' ,'minor_type_id' and 'managed_object_class' integer attributes was encountered";
+const char kSkipped[] =
+    "4 dolqXmlConfigurator|When parsing XML file '<file>', a 'mapping' element that did not have all 'faultid' ,'minor_type_id' and 'managed_object_class' integer attributes was encountered";
 
 std::string withFile(std::string text, const std::string& path) {
     const std::size_t at = text.find("<file>");
@@ -79,29 +80,45 @@ INSTANTIATE_TEST_SUITE_P(
         {"NoElements", "", {}, {}},
         {"OtherAndNestedElements",
          R"(<note faultid="1" minor_type_id="2"/><g><mapping faultid="1" minor_type_id="2"/></g>)",
-         {}, {}},
-        {"Classes", R"(<mapping faultid="100" minor_type_id="65537" managed_object_class=" Po rt, Link"/>)",
+         {},
+         {}},
+        {"Classes",
+         R"(<mapping faultid="100" minor_type_id="65537" managed_object_class=" Po rt, Link"/>)",
          {{100, "Link", 65537}, {100, "Port", 65537}},
          called("faultid=100,  minor_type_id=65537 and managed_object_class= Po rt, Link ")},
-        {"EmptyPieces", R"(<mapping faultid="1" minor_type_id="2" managed_object_class="A,,B"/>)",
+        {"EmptyPieces",
+         R"(<mapping faultid="1" minor_type_id="2" managed_object_class="A,,B"/>)",
          {{1, "", 2}, {1, "A", 2}, {1, "B", 2}},
          called("faultid=1,  minor_type_id=2 and managed_object_class=A,,B ")},
-        {"FinalComma", R"(<mapping faultid="1" minor_type_id="2" managed_object_class="A,"/>)",
-         {{1, "A", 2}}, called("faultid=1,  minor_type_id=2 and managed_object_class=A, ")},
-        {"LeadingComma", R"(<mapping faultid="1" minor_type_id="2" managed_object_class=",A"/>)",
-         {{1, "", 2}, {1, "A", 2}}, called("faultid=1,  minor_type_id=2 and managed_object_class=,A ")},
-        {"OnlyBlanks", R"(<mapping faultid="1" minor_type_id="2" managed_object_class="  "/>)", {},
+        {"FinalComma",
+         R"(<mapping faultid="1" minor_type_id="2" managed_object_class="A,"/>)",
+         {{1, "A", 2}},
+         called("faultid=1,  minor_type_id=2 and managed_object_class=A, ")},
+        {"LeadingComma",
+         R"(<mapping faultid="1" minor_type_id="2" managed_object_class=",A"/>)",
+         {{1, "", 2}, {1, "A", 2}},
+         called("faultid=1,  minor_type_id=2 and managed_object_class=,A ")},
+        {"OnlyBlanks",
+         R"(<mapping faultid="1" minor_type_id="2" managed_object_class="  "/>)",
+         {},
          called("faultid=1,  minor_type_id=2 and managed_object_class=   ")},
-        {"TabStays", "<mapping faultid=\"1\" minor_type_id=\"2\" managed_object_class=\"\tA \"/>",
-         {{1, "\tA", 2}}, called("faultid=1,  minor_type_id=2 and managed_object_class=\tA  ")},
-        {"NoClass", R"(<mapping faultid="101" minor_type_id="65538"/>)", {{101, "", 65538}},
+        {"TabStays",
+         "<mapping faultid=\"1\" minor_type_id=\"2\" managed_object_class=\"\tA \"/>",
+         {{1, "\tA", 2}},
+         called("faultid=1,  minor_type_id=2 and managed_object_class=\tA  ")},
+        {"NoClass",
+         R"(<mapping faultid="101" minor_type_id="65538"/>)",
+         {{101, "", 65538}},
          {"0 dolqXmlConfigurator|Alarm mapping entry is missing managed object class for fault '101'.",
           "8 dolqXmlConfigurator|Call DOLQ with faultid=101 and minor_type_id=65538"}},
-        {"Negative", R"(<mapping faultid="-1" minor_type_id="-2" managed_object_class="A"/>)",
+        {"Negative",
+         R"(<mapping faultid="-1" minor_type_id="-2" managed_object_class="A"/>)",
          {{4294967295U, "A", 4294967294U}},
          called("faultid=-1,  minor_type_id=-2 and managed_object_class=A ")},
-        {"TextBehindTheNumber", R"(<mapping faultid="12abc" minor_type_id="2" managed_object_class="A"/>)",
-         {{12, "A", 2}}, called("faultid=12,  minor_type_id=2 and managed_object_class=A ")},
+        {"TextBehindTheNumber",
+         R"(<mapping faultid="12abc" minor_type_id="2" managed_object_class="A"/>)",
+         {{12, "A", 2}},
+         called("faultid=12,  minor_type_id=2 and managed_object_class=A ")},
         {"BadElementsAlone",
          R"(<mapping minor_type_id="2"/><mapping faultid="12"/><mapping faultid="1" minor_type_id="x7"/>
             <mapping faultid="" minor_type_id="3"/><mapping faultid="1" minor_type_id="2" managed_object_class="A"/>)",
@@ -131,8 +148,9 @@ TEST_P(BadFileTest, IsTracedAndLeavesTheTableAlone) {
     platform().events.clear();
     EXPECT_FALSE(configurator.readMappingFile(file.path(), table));
     EXPECT_TRUE(table.blocks().empty());
-    EXPECT_EQ(platform().events,
-              Texts{withFile(std::string("4 dolqXmlConfigurator|") + GetParam().trace, file.path())});
+    EXPECT_EQ(
+        platform().events,
+        Texts{withFile(std::string("4 dolqXmlConfigurator|") + GetParam().trace, file.path())});
 }
 
 std::string repeated(const std::string& text, std::size_t times) {
@@ -146,29 +164,31 @@ std::string repeated(const std::string& text, std::size_t times) {
 constexpr char kElement[] = R"(<mapping faultid="1" minor_type_id="2" managed_object_class="A"/>)";
 constexpr char kNotLoaded[] = "Could not load XML file '<file>'";
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, BadFileTest,
-    testing::ValuesIn(std::vector<BadFile>{
-        {"Empty", "", kNotLoaded},
-        {"Truncated", std::string("<m>") + kElement + "<mapping faultid=", kNotLoaded},
-        {"Unclosed", std::string("<m>") + kElement, kNotLoaded},
-        {"Binary", std::string("\x7F"
-                               "ELF\0\1\2\3<\xFF\xFE",
-                               10),
-         kNotLoaded},
-        {"NoRoot", "<?xml version=\"1.0\"?><!-- nothing -->",
-         "XML data corrupt, no root element in file '<file>'"},
-        {"HugeAndDeep", repeated("<a>", 16 << 20), kNotLoaded},
-        {"HugeAndUnclosed", "<m>" + repeated(kElement, 800000), kNotLoaded},
-    }),
-    [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Table, BadFileTest,
+                         testing::ValuesIn(std::vector<BadFile>{
+                             {"Empty", "", kNotLoaded},
+                             {"Truncated",
+                              std::string("<m>") + kElement + "<mapping faultid=", kNotLoaded},
+                             {"Unclosed", std::string("<m>") + kElement, kNotLoaded},
+                             {"Binary",
+                              std::string("\x7F"
+                                          "ELF\0\1\2\3<\xFF\xFE",
+                                          10),
+                              kNotLoaded},
+                             {"NoRoot", "<?xml version=\"1.0\"?><!-- nothing -->",
+                              "XML data corrupt, no root element in file '<file>'"},
+                             {"HugeAndDeep", repeated("<a>", 16 << 20), kNotLoaded},
+                             {"HugeAndUnclosed", "<m>" + repeated(kElement, 800000), kNotLoaded},
+                         }),
+                         [](const auto& row) { return row.param.name; });
 
 class DiscoveryTest : public LibraryTest {
 protected:
     static constexpr char kMissing[] = "/nowhere/missing%s.xml";
 
     std::string element(const char* minorType) {
-        return std::string(R"(<m><mapping faultid="7" managed_object_class="Unit" minor_type_id=")") +
+        return std::string(
+                   R"(<m><mapping faultid="7" managed_object_class="Unit" minor_type_id=")") +
                minorType + "\"/></m>";
     }
 
@@ -185,10 +205,12 @@ TEST_F(DiscoveryTest, ReadsTheFilesOfTheLoadModuleInOrderAndGoesOnWithoutTheMiss
         {"CXC1", "R1B", {{"alarm_mapping", m_first.path()}}},
         {"CXC1", "R1A", {{"alarm_mapping", m_first.path()}, {"alarm_mapping", kMissing}}}};
     platform().loadModuleErrors["local"] = -7;
-    platform().loadModules["dynamic"] = {
-        {"CXC1", "R1A",
-         {{"ALARM_MAPPING", m_first.path()}, {"alarm_mapping.xml", m_first.path()},
-          {"alarm_mapping", folder}, {"alarm_mapping", m_last.path()}}}};
+    platform().loadModules["dynamic"] = {{"CXC1",
+                                          "R1A",
+                                          {{"ALARM_MAPPING", m_first.path()},
+                                           {"alarm_mapping.xml", m_first.path()},
+                                           {"alarm_mapping", folder},
+                                           {"alarm_mapping", m_last.path()}}}};
     const auto client = v2::getFmiFactory()->createFaultManagement();
     rmdir(folder);
 
@@ -201,17 +223,16 @@ TEST_F(DiscoveryTest, ReadsTheFilesOfTheLoadModuleInOrderAndGoesOnWithoutTheMiss
         return "4 dolqXmlConfigurator|Could not load XML file '" + path + '\'';
     };
     const std::string mapped = "8 dolqXmlConfigurator|Call DOLQ with faultid=7,  minor_type_id=";
-    EXPECT_EQ(events,
-              (Texts{"getDefaultTraceObject", "registerTraceObject prefix.ruxaDolqXmlLU",
-                     "Velk_get_lms central", found(m_first.path()), found(kMissing),
-                     "Velk_free_buffers", "Velk_get_lms local",
-                     "0 dolqXmlConfigurator|Got error code -7 from VELK, continuing anyway",
-                     "Velk_get_lms dynamic", found(folder), found(m_last.path()),
-                     "Velk_free_buffers", mapped + "65537 and managed_object_class=Unit ",
-                     notLoaded(kMissing), notLoaded(folder),
-                     mapped + "65538 and managed_object_class=Unit ",
-                     "deregisterTraceObject prefix.ruxaDolqXmlLU", "getDefaultTraceObject",
-                     "registerTraceObject prefix.DolqTraceLU"}));
+    EXPECT_EQ(events, (Texts{"getDefaultTraceObject", "registerTraceObject prefix.ruxaDolqXmlLU",
+                             "Velk_get_lms central", found(m_first.path()), found(kMissing),
+                             "Velk_free_buffers", "Velk_get_lms local",
+                             "0 dolqXmlConfigurator|Got error code -7 from VELK, continuing anyway",
+                             "Velk_get_lms dynamic", found(folder), found(m_last.path()),
+                             "Velk_free_buffers", mapped + "65537 and managed_object_class=Unit ",
+                             notLoaded(kMissing), notLoaded(folder),
+                             mapped + "65538 and managed_object_class=Unit ",
+                             "deregisterTraceObject prefix.ruxaDolqXmlLU", "getDefaultTraceObject",
+                             "registerTraceObject prefix.DolqTraceLU"}));
     client->ceaseAlarm(kObject, 7, "");
     EXPECT_EQ(sentAlarm().minorId, 2U); // the last file read wins
 }
@@ -221,8 +242,10 @@ TEST_F(DiscoveryTest, WithoutAnIdentityOnlyAModuleWithoutOneMatches) {
     const ScopedEnvironment rev("ZBN_REV", nullptr);
     platform().loadModules["central"] = {{"CXC1", "R1A", {{"alarm_mapping", m_first.path()}}}};
     v1::getFmiFactory();
-    EXPECT_EQ(platform().traces(8).back(),
-              "dolqXmlConfigurator|No alarm mapping file found in Load Module: , Rev: , ThreadId = " + pid());
+    EXPECT_EQ(
+        platform().traces(8).back(),
+        "dolqXmlConfigurator|No alarm mapping file found in Load Module: , Rev: , ThreadId = " +
+            pid());
     v1::freeFmiFactory();
     platform().loadModules["central"] = {{"any", "", {{"alarm_mapping", m_first.path()}}}};
     platform().nullTextsInLoadModules = true; // counts as empty
@@ -235,11 +258,14 @@ TEST_F(DiscoveryTest, AV1EntryWithoutAClassLeavesTheDeprecationNoticeToo) {
     const TemporaryFile file(R"(<m><mapping faultid="7" minor_type_id="1"/></m>)");
     platform().loadModules["local"] = {{"CXC1", "R1A", {{"alarm_mapping", file.path()}}}};
     v1::getFmiFactory();
-    EXPECT_EQ(platform().traces(0),
-              (Texts{"dolqXmlConfigurator|Alarm mapping entry is missing managed object class for fault '7'.",
-                     "dolqNotificationMapImpl|This method is deprecated and replaced by setMapping(faultId, minorType, ManagedObjectClass)."}));
-    EXPECT_EQ(std::count(platform().events.begin(), platform().events.end(),
-                         "Velk_get_lms central"), 1); // one factory, one run
+    EXPECT_EQ(
+        platform().traces(0),
+        (Texts{
+            "dolqXmlConfigurator|Alarm mapping entry is missing managed object class for fault '7'.",
+            "dolqNotificationMapImpl|This method is deprecated and replaced by setMapping(faultId, minorType, ManagedObjectClass)."}));
+    EXPECT_EQ(
+        std::count(platform().events.begin(), platform().events.end(), "Velk_get_lms central"),
+        1); // one factory, one run
 }
 
 } // namespace
