@@ -13,8 +13,13 @@
 namespace ruxa::ntf {
 namespace {
 
-template <typename T> std::unique_ptr<T[]> makeField(std::size_t count = 1) {
-    return count == 0 ? nullptr : std::make_unique<T[]>(count);
+/// Null when empty, which vector::data() need not be.
+template <typename T> T* pointerTo(std::vector<T>& field) {
+    return field.empty() ? nullptr : field.data();
+}
+
+template <typename T> SaUint16T countOf(const std::vector<T>& field) {
+    return static_cast<SaUint16T>(field.size());
 }
 
 std::string toText(const SaNameT& name) {
@@ -30,48 +35,40 @@ SaTimeT currentTime() {
 } // namespace
 
 AlarmNotification::AlarmNotification(const AlarmCounts& counts, std::size_t valueLimit)
-    : m_counts(counts), m_eventType(makeField<SaNtfEventTypeT>()),
-      m_notificationObject(makeField<SaNameT>()), m_notifyingObject(makeField<SaNameT>()),
-      m_classId(makeField<SaNtfClassIdT>()), m_eventTime(makeField<SaTimeT>()),
-      m_notificationId(makeField<SaNtfIdentifierT>()),
-      m_correlatedNotifications(makeField<SaNtfIdentifierT>(counts.correlatedNotifications)),
-      m_additionalText(makeField<char>(counts.lengthAdditionalText)),
-      m_additionalInfo(makeField<SaNtfAdditionalInfoT>(counts.additionalInfo)),
-      m_probableCause(makeField<SaNtfProbableCauseT>()),
-      m_specificProblems(makeField<SaNtfSpecificProblemT>(counts.specificProblems)),
-      m_perceivedSeverity(makeField<SaNtfSeverityT>()), m_trend(makeField<SaNtfSeverityTrendT>()),
-      m_thresholdInformation(makeField<SaNtfThresholdInformationT>()),
-      m_monitoredAttributes(makeField<SaNtfAttributeT>(counts.monitoredAttributes)),
-      m_proposedRepairActions(makeField<SaNtfProposedRepairActionT>(counts.proposedRepairActions)),
-      m_values(valueLimit) {
+    : m_eventType(1), m_notificationObject(1), m_notifyingObject(1), m_classId(1), m_eventTime(1),
+      m_notificationId(1), m_correlatedNotifications(counts.correlatedNotifications),
+      m_additionalText(counts.lengthAdditionalText), m_additionalInfo(counts.additionalInfo),
+      m_probableCause(1), m_specificProblems(counts.specificProblems), m_perceivedSeverity(1),
+      m_trend(1), m_thresholdInformation(1), m_monitoredAttributes(counts.monitoredAttributes),
+      m_proposedRepairActions(counts.proposedRepairActions), m_values(valueLimit) {
     m_eventTime[0] = SA_TIME_UNKNOWN;
     m_trend[0] = SA_NTF_TREND_NO_CHANGE;
 }
 
-void AlarmNotification::describe(SaNtfAlarmNotificationT& notification) const {
+void AlarmNotification::describe(SaNtfAlarmNotificationT& notification) {
     SaNtfNotificationHeaderT& header = notification.notificationHeader;
-    header.eventType = m_eventType.get();
-    header.notificationObject = m_notificationObject.get();
-    header.notifyingObject = m_notifyingObject.get();
-    header.notificationClassId = m_classId.get();
-    header.eventTime = m_eventTime.get();
-    header.numCorrelatedNotifications = m_counts.correlatedNotifications;
-    header.lengthAdditionalText = m_counts.lengthAdditionalText;
-    header.numAdditionalInfo = m_counts.additionalInfo;
-    header.notificationId = m_notificationId.get();
-    header.correlatedNotifications = m_correlatedNotifications.get();
-    header.additionalText = m_additionalText.get();
-    header.additionalInfo = m_additionalInfo.get();
-    notification.numSpecificProblems = m_counts.specificProblems;
-    notification.numMonitoredAttributes = m_counts.monitoredAttributes;
-    notification.numProposedRepairActions = m_counts.proposedRepairActions;
-    notification.probableCause = m_probableCause.get();
-    notification.specificProblems = m_specificProblems.get();
-    notification.perceivedSeverity = m_perceivedSeverity.get();
-    notification.trend = m_trend.get();
-    notification.thresholdInformation = m_thresholdInformation.get();
-    notification.monitoredAttributes = m_monitoredAttributes.get();
-    notification.proposedRepairActions = m_proposedRepairActions.get();
+    header.eventType = pointerTo(m_eventType);
+    header.notificationObject = pointerTo(m_notificationObject);
+    header.notifyingObject = pointerTo(m_notifyingObject);
+    header.notificationClassId = pointerTo(m_classId);
+    header.eventTime = pointerTo(m_eventTime);
+    header.numCorrelatedNotifications = countOf(m_correlatedNotifications);
+    header.lengthAdditionalText = countOf(m_additionalText);
+    header.numAdditionalInfo = countOf(m_additionalInfo);
+    header.notificationId = pointerTo(m_notificationId);
+    header.correlatedNotifications = pointerTo(m_correlatedNotifications);
+    header.additionalText = pointerTo(m_additionalText);
+    header.additionalInfo = pointerTo(m_additionalInfo);
+    notification.numSpecificProblems = countOf(m_specificProblems);
+    notification.numMonitoredAttributes = countOf(m_monitoredAttributes);
+    notification.numProposedRepairActions = countOf(m_proposedRepairActions);
+    notification.probableCause = pointerTo(m_probableCause);
+    notification.specificProblems = pointerTo(m_specificProblems);
+    notification.perceivedSeverity = pointerTo(m_perceivedSeverity);
+    notification.trend = pointerTo(m_trend);
+    notification.thresholdInformation = pointerTo(m_thresholdInformation);
+    notification.monitoredAttributes = pointerTo(m_monitoredAttributes);
+    notification.proposedRepairActions = pointerTo(m_proposedRepairActions);
 }
 
 void* AlarmNotification::allocateValue(SaUint16T size, SaNtfValueT& value) {
@@ -102,12 +99,12 @@ bool AlarmNotification::compose(AlarmRecord& record) {
     record.probableCause = codeOf(m_probableCause[0]);
     record.trend = codeOf(m_trend[0]);
     record.thresholdId = m_thresholdInformation[0].thresholdId;
-    if (m_additionalText)
-        record.additionalText = m_additionalText.get();
-    for (std::size_t i = 0; i < m_counts.additionalInfo; ++i)
-        record.additionalInfo.push_back(toElement(m_additionalInfo[i], m_values));
-    for (std::size_t i = 0; i < m_counts.proposedRepairActions; ++i)
-        record.proposedRepairActions.push_back(toElement(m_proposedRepairActions[i], m_values));
+    if (!m_additionalText.empty())
+        record.additionalText = m_additionalText.data();
+    for (const SaNtfAdditionalInfoT& info : m_additionalInfo)
+        record.additionalInfo.push_back(toElement(info, m_values));
+    for (const SaNtfProposedRepairActionT& action : m_proposedRepairActions)
+        record.proposedRepairActions.push_back(toElement(action, m_values));
     record.processId = ::getpid();
     record.threadId = ::gettid();
     return true;
@@ -120,14 +117,15 @@ bool AlarmNotification::isValid() const {
     const auto isType = [&within](const SaNtfValueTypeT& type) {
         return within(codeOf(type), SA_NTF_VALUE_UINT8, SA_NTF_VALUE_ARRAY);
     };
-    const auto haveTypes = [&isType](const auto& field, std::size_t count, auto typeMember) {
-        return std::all_of(field.get(), field.get() + count,
+    const auto haveTypes = [&isType](const auto& field, auto typeMember) {
+        return std::all_of(field.begin(), field.end(),
                            [&](const auto& element) { return isType(element.*typeMember); });
     };
-    const std::size_t textLength = m_counts.lengthAdditionalText;
+    const bool textFillsItsLength =
+        m_additionalText.empty() ||
+        ::strnlen(m_additionalText.data(), m_additionalText.size()) + 1 == m_additionalText.size();
     return m_notificationObject[0].length < SA_MAX_NAME_LENGTH &&
-           m_notifyingObject[0].length < SA_MAX_NAME_LENGTH &&
-           (textLength == 0 || ::strnlen(m_additionalText.get(), textLength) + 1 == textLength) &&
+           m_notifyingObject[0].length < SA_MAX_NAME_LENGTH && textFillsItsLength &&
            within(codeOf(m_eventType[0]), SA_NTF_ALARM_NOTIFICATIONS_START,
                   SA_NTF_ALARM_ENVIRONMENT) &&
            within(codeOf(m_probableCause[0]), SA_NTF_ADAPTER_ERROR, SA_NTF_UNSPECIFIED_REASON) &&
@@ -135,13 +133,10 @@ bool AlarmNotification::isValid() const {
                   SA_NTF_SEVERITY_CRITICAL) &&
            within(codeOf(m_trend[0]), SA_NTF_TREND_MORE_SEVERE, SA_NTF_TREND_LESS_SEVERE) &&
            isType(m_thresholdInformation[0].thresholdValueType) &&
-           haveTypes(m_additionalInfo, m_counts.additionalInfo, &SaNtfAdditionalInfoT::infoType) &&
-           haveTypes(m_specificProblems, m_counts.specificProblems,
-                     &SaNtfSpecificProblemT::problemType) &&
-           haveTypes(m_monitoredAttributes, m_counts.monitoredAttributes,
-                     &SaNtfAttributeT::attributeType) &&
-           haveTypes(m_proposedRepairActions, m_counts.proposedRepairActions,
-                     &SaNtfProposedRepairActionT::actionValueType);
+           haveTypes(m_additionalInfo, &SaNtfAdditionalInfoT::infoType) &&
+           haveTypes(m_specificProblems, &SaNtfSpecificProblemT::problemType) &&
+           haveTypes(m_monitoredAttributes, &SaNtfAttributeT::attributeType) &&
+           haveTypes(m_proposedRepairActions, &SaNtfProposedRepairActionT::actionValueType);
 }
 
 } // namespace ruxa::ntf

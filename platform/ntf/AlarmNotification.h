@@ -5,8 +5,8 @@
 #include "saNtf.h"
 
 #include <cstddef>
-#include <memory>
 #include <mutex>
+#include <vector>
 
 namespace ruxa::ntf {
 
@@ -27,8 +27,8 @@ class AlarmNotification {
 public:
     AlarmNotification(const AlarmCounts& counts, std::size_t valueLimit);
 
-    /// Fills all of `notification` but its handle.
-    void describe(SaNtfAlarmNotificationT& notification) const;
+    /// Fills all of `notification` but its handle; null pointers for what there is none of.
+    void describe(SaNtfAlarmNotificationT& notification);
 
     /// Null beyond the limit of all values together; `value` is untouched then.
     void* allocateValue(SaUint16T size, SaNtfValueT& value);
@@ -41,30 +41,29 @@ public:
     bool compose(AlarmRecord& record);
 
 private:
-    /// Zeroed; null for a count of 0.
-    template <typename T> using Field = std::unique_ptr<T[]>;
+    /// Zeroed, and never resized: its size is the count of the allocation.
+    template <typename T> using Field = std::vector<T>;
 
     bool isValid() const;
 
-    const AlarmCounts m_counts;
-    const Field<SaNtfEventTypeT> m_eventType;
-    const Field<SaNameT> m_notificationObject;
-    const Field<SaNameT> m_notifyingObject;
-    const Field<SaNtfClassIdT> m_classId;
-    const Field<SaTimeT> m_eventTime;
-    const Field<SaNtfIdentifierT> m_notificationId;
-    const Field<SaNtfIdentifierT> m_correlatedNotifications;
-    const Field<char> m_additionalText;
-    const Field<SaNtfAdditionalInfoT> m_additionalInfo;
-    const Field<SaNtfProbableCauseT> m_probableCause;
-    const Field<SaNtfSpecificProblemT> m_specificProblems;
-    const Field<SaNtfSeverityT> m_perceivedSeverity;
-    const Field<SaNtfSeverityTrendT> m_trend;
-    const Field<SaNtfThresholdInformationT> m_thresholdInformation;
-    const Field<SaNtfAttributeT> m_monitoredAttributes;
-    const Field<SaNtfProposedRepairActionT> m_proposedRepairActions;
+    Field<SaNtfEventTypeT> m_eventType;
+    Field<SaNameT> m_notificationObject;
+    Field<SaNameT> m_notifyingObject;
+    Field<SaNtfClassIdT> m_classId;
+    Field<SaTimeT> m_eventTime;
+    Field<SaNtfIdentifierT> m_notificationId;
+    Field<SaNtfIdentifierT> m_correlatedNotifications;
+    Field<char> m_additionalText;
+    Field<SaNtfAdditionalInfoT> m_additionalInfo;
+    Field<SaNtfProbableCauseT> m_probableCause;
+    Field<SaNtfSpecificProblemT> m_specificProblems;
+    Field<SaNtfSeverityT> m_perceivedSeverity;
+    Field<SaNtfSeverityTrendT> m_trend;
+    Field<SaNtfThresholdInformationT> m_thresholdInformation;
+    Field<SaNtfAttributeT> m_monitoredAttributes;
+    Field<SaNtfProposedRepairActionT> m_proposedRepairActions;
 
-    std::mutex m_mutex; ///< calls on one notification may overlap
+    std::mutex m_mutex; ///< for senders whose calls on one notification overlap
     ValueBlocks m_values;
 };
 

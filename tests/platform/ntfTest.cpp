@@ -495,6 +495,10 @@ TEST_F(Ntf, BeginsALogAnewThatWasMovedAway) {
     fs::rename(m_log, m_folder / "log.1");
     EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
     EXPECT_EQ(logLines().size(), 1u);
+    fs::rename(m_log, m_folder / "log.2");
+    std::ofstream(m_log) << "begun by another\n";
+    EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
+    EXPECT_EQ(logLines().size(), 2u);
 }
 
 TEST_F(Ntf, TakesTheLogsPathFromTheEnvironment) {
