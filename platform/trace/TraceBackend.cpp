@@ -14,6 +14,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <pthread.h>
 #include <spdlog/logger.h>
 #include <system_error>

@@ -3,8 +3,6 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -63,22 +61,6 @@ TEST(CorrelationApi, NoEventHasNoUuidAndLeavesTheTextAlone) {
     std::string uuid = "old";
     EXPECT_FALSE(getAPI()->getDerivedCorrelationUUID(0, uuid));
     EXPECT_EQ(uuid, "old");
-}
-
-TEST(CorrelationApi, ThreadsGetTheSameAnswer) {
-    std::vector<std::string> uuids(8);
-    std::vector<std::thread> threads;
-    for (std::string& uuid : uuids) {
-        threads.emplace_back([&uuid] {
-            for (int i = 0; i < 100; ++i) {
-                getAPI()->getDerivedCorrelationUUID(4711, uuid);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(uuids, std::vector<std::string>(uuids.size(), kCommonOf4711));
 }
 
 } // namespace
