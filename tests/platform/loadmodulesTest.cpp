@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -119,6 +120,9 @@ struct MalformedCase {
     const char* name;
     std::string manifest;
 };
+
+/// Keeps the rows' names in the test list the same from run to run.
+void PrintTo(const MalformedCase& row, std::ostream* out) { *out << row.name; }
 
 class MalformedManifest : public LoadModules, public testing::WithParamInterface<MalformedCase> {};
 
