@@ -38,6 +38,7 @@ struct TextCase {
 };
 
 /// Keeps the rows' names in the test list the same from run to run.
+// NOLINTNEXTLINE(readability-identifier-naming): GoogleTest's name for it.
 void PrintTo(const TextCase& row, std::ostream* out) { *out << row.name; }
 
 class XmlGuardText : public testing::TestWithParam<TextCase> {};
