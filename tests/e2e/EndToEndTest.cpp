@@ -175,7 +175,7 @@ TEST_F(EndToEndTest, ProcessesAndTheirThreadsShareOneLog) {
                 threads.emplace_back([=] {
                     namespace dolq = ruxa::fm::dolq;
                     const std::string board = kBoard + std::to_string(process * kThreads + thread);
-                    const auto v2 = dolq::v2::getFmiFactory()->createFaultManagement();
+                    auto v2 = dolq::v2::getFmiFactory()->createFaultManagement();
                     std::unique_ptr<FaultManagementI> v1(
                         dolq::v1::getFmiFactory()->createFaultManagement());
                     for (int i = 0; i < kAlarms; ++i) {
@@ -184,7 +184,9 @@ TEST_F(EndToEndTest, ProcessesAndTheirThreadsShareOneLog) {
                         v1->ceaseAlarm(board, 4101, "");
                     }
                     v1.reset();
+                    v2.reset();
                     dolq::v1::freeFmiFactory();
+                    dolq::v2::freeFmiFactory();
                 });
             }
             for (std::thread& thread : threads) {
