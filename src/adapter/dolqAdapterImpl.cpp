@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <iterator>
+#include <utility>
 
 #include <ruxa/zum2/v1/CorrelationApi.h>
 
