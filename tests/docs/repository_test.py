@@ -46,7 +46,8 @@ class Repository(unittest.TestCase):
         for source in sources:
             digest = hashlib.sha256(source.read_bytes()).hexdigest()
             picture = source.with_suffix(".svg").read_text(encoding="utf-8")
-            self.assertIn(f"source sha256 {digest}", picture, "run docs/pictures/render")
+            rendered_from = re.findall(r"<!-- source sha256 (\w+) -->", picture)
+            self.assertEqual(rendered_from, [digest], f"{source.name}: run docs/pictures/render")
 
     def test_changelog_begins_with_the_version(self):
         version = re.search(r"project\([^)]*VERSION (\S+)",
