@@ -162,7 +162,7 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
     SaNtfNotificationHeaderT& header = notification.notificationHeader;
     *header.eventType = SA_NTF_ALARM_NOTIFICATIONS_START;
     if constexpr (kSetsEventTime) {
-        *header.eventTime = SA_TIME_UNKNOWN;
+        *header.eventTime = static_cast<SaTimeT>(SA_TIME_UNKNOWN);
     }
     copyName(data.notificationObject, *header.notificationObject);
     copyName(data.notificationObject, *header.notifyingObject);
