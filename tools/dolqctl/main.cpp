@@ -1,0 +1,62 @@
+#include <exception>
+#include <iostream>
+
+#include <CLI/CLI.hpp>
+
+#include "Context.h"
+
+namespace {
+
+constexpr char kFooter[] = R"(
+Exit codes:
+  0  fine
+  1  findings: mistakes in a mapping file, an alarm that would not be raised, ...
+  2  wrong usage, or something the command needs is missing
+
+'dolqctl COMMAND --help' shows a command's options and an example. See also dolqctl(1).)";
+
+int fail(const std::string& text) {
+    std::cout.flush();
+    std::cerr << "dolqctl: " << text << '\n';
+    return dolqctl::kError;
+}
+
+/// What is wrong with the command line, and where help is.
+std::string usageError(const CLI::App& app, const CLI::ParseError& error) {
+    const auto chosen = app.get_subcommands();
+    const auto rest = app.remaining();
+    if (chosen.empty() && !rest.empty()) {
+        return "unknown command '" + dolqctl::printable(rest.front()) + "'\nTry 'dolqctl --help'.";
+    }
+    const std::string command = chosen.empty() ? "" : ' ' + chosen.front()->get_name();
+    return std::string(error.what()) + "\nTry 'dolqctl" + command + " --help'.";
+}
+
+/// Parses the command line and runs its command: CLI11 calls it when all options are read.
+int run(int argc, char** argv) {
+    dolqctl::Context context;
+    CLI::App app("Sees, checks and drives the alarms of the fault-management library.", "dolqctl");
+    app.footer(kFooter);
+    app.set_version_flag("--version", "dolqctl " DOLQCTL_VERSION);
+    app.require_subcommand(1);
+    // The commands, in the order of the help text: add<Name>Command(app, context).
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& request) { // --help or --version
+        app.exit(request);
+    } catch (const CLI::ParseError& error) {
+        return fail(usageError(app, error));
+    }
+    return context.output.flush() ? context.exitCode : fail("standard output cannot be written");
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        return fail(error.what());
+    }
+}
