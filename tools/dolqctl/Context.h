@@ -1,6 +1,7 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 
 #include "Output.h"
 
@@ -19,6 +20,9 @@ class CommandError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
+
+/// "dolqctl: <text>" on standard error, for what does not end the command.
+void tell(const std::string& text);
 
 /// What a command is given to work with, and where it leaves its result.
 struct Context {

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include "Context.h"
 #include "Escape.h"
 
 namespace dolqctl {
@@ -49,6 +50,11 @@ void Output::print(const nlohmann::ordered_json& json) {
 }
 
 bool Output::flush() { return static_cast<bool>(m_stream.flush()); }
+
+void tell(const std::string& text) {
+    std::cout.flush(); // what was printed before stands before it
+    std::cerr << "dolqctl: " << text << '\n';
+}
 
 std::string printable(std::string_view text) {
     return text.empty() ? "-" : ruxa::trace::v2::escapedText(text);

@@ -1,9 +1,9 @@
 #include <exception>
-#include <iostream>
 
 #include <CLI/CLI.hpp>
 
 #include "Context.h"
+#include "MappingsCommand.h"
 
 namespace {
 
@@ -16,8 +16,7 @@ Exit codes:
 'dolqctl COMMAND --help' shows a command's options and an example. See also dolqctl(1).)";
 
 int fail(const std::string& text) {
-    std::cout.flush();
-    std::cerr << "dolqctl: " << text << '\n';
+    dolqctl::tell(text);
     return dolqctl::kError;
 }
 
@@ -39,8 +38,7 @@ int run(int argc, char** argv) {
     app.footer(kFooter);
     app.set_version_flag("--version", "dolqctl " DOLQCTL_VERSION);
     app.require_subcommand(1);
-    // The commands, in the order of the help text: add<Name>Command(app, context).
-
+    dolqctl::addMappingsCommand(app, context);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& request) { // --help or --version
