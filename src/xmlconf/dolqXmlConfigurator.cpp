@@ -10,6 +10,7 @@
 
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "trace/Trace.h"
+#include "xmlconf/MappingFileFormat.h"
 #include "xmlconf/XmlGuard.h"
 
 namespace dolq::xmlconf {
@@ -20,11 +21,6 @@ constexpr char kTraceUnit[] = "dolqXmlConfigurator";
 
 constexpr const char* kCategories[] = {"central", "local", "dynamic"};
 constexpr char kMappingFileTag[] = "alarm_mapping";
-
-constexpr char kMapping[] = "mapping";
-constexpr char kFaultId[] = "faultid";
-constexpr char kMinorType[] = "minor_type_id";
-constexpr char kMoClass[] = "managed_object_class";
 
 std::string textOf(const char* text) { return text != nullptr ? text : ""; }
 

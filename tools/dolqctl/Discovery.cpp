@@ -45,6 +45,9 @@ void addIdentityOptions(CLI::App& command, Identity& identity) {
 }
 
 std::string text(const Identity& identity) {
+    if (identity.productNumber.empty() && identity.revision.empty()) {
+        return "without product number and revision";
+    }
     return printable(identity.productNumber) + ' ' + printable(identity.revision);
 }
 

@@ -1,20 +1,13 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
+#include "Mapping.h"
 #include "Unreadable.h"
 #include "mapping/MappingTable.h"
 
 namespace dolqctl {
-
-struct Mapping {
-    std::uint32_t faultId;
-    std::string moClass;
-    std::uint32_t minorType;
-    Place place;
-};
 
 /// A mapping as a program has it after reading, and the ones that it replaced, the last one first.
 struct EffectiveMapping {

@@ -2,13 +2,13 @@
 
 #include <CLI/CLI.hpp>
 
+#include "CheckCommand.h"
 #include "Context.h"
 #include "MappingsCommand.h"
 
 namespace {
 
-constexpr char kFooter[] = R"(
-Exit codes:
+constexpr char kFooter[] = R"(Exit codes:
   0  fine
   1  findings: mistakes in a mapping file, an alarm that would not be raised, ...
   2  wrong usage, or something the command needs is missing
@@ -39,6 +39,7 @@ int run(int argc, char** argv) {
     app.set_version_flag("--version", "dolqctl " DOLQCTL_VERSION);
     app.require_subcommand(1);
     dolqctl::addMappingsCommand(app, context);
+    dolqctl::addCheckCommand(app, context);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& request) { // --help or --version
