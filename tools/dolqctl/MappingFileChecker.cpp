@@ -73,7 +73,7 @@ const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* nam
 }
 
 std::string written(const TiXmlAttribute& attribute) {
-    return std::string(attribute.Name()) + '=' + quoted(attribute.Value());
+    return std::string(attribute.Name()) + '=' + inQuotes(attribute.Value());
 }
 
 std::string withoutBlanks(std::string text) {
@@ -96,7 +96,7 @@ bool hasInnerBlank(const std::string& list) {
 
 std::string described(std::uint32_t faultId, const std::string& moClass) {
     return "fault " + std::to_string(faultId) +
-           (moClass.empty() ? " without a class" : " on " + quoted(moClass));
+           (moClass.empty() ? " without a class" : " on " + inQuotes(moClass));
 }
 
 } // namespace
@@ -137,7 +137,7 @@ void MappingFileChecker::onRoot(const TiXmlElement& root) {
     for (const TiXmlElement* other = root.NextSiblingElement(); other != nullptr;
          other = other->NextSiblingElement()) {
         error(placeOf(m_path, *other), "second-root",
-              "only the first root element is read, not this " + quoted(other->Value()));
+              "only the first root element is read, not this " + inQuotes(other->Value()));
     }
 }
 
@@ -158,7 +158,7 @@ void MappingFileChecker::checkMapping(const TiXmlElement& element) {
             continue;
         }
         const Place place = placeOf(m_path, *attribute);
-        const std::string ignored = "the attribute " + quoted(name) + " is ignored";
+        const std::string ignored = "the attribute " + inQuotes(name) + " is ignored";
         const char* const known[] = {kFaultId, kMinorType, kMoClass};
         const auto* const meant =
             std::find_if(std::begin(known), std::end(known),
@@ -212,7 +212,7 @@ void MappingFileChecker::checkClassList(const TiXmlAttribute& list) {
     }
     if (hasInnerBlank(list.Value())) {
         warning(place, "blank-in-class",
-                written(list) + " is read without its blanks, as " + quoted(classes));
+                written(list) + " is read without its blanks, as " + inQuotes(classes));
     }
     if (classes.back() == ',') {
         warning(place, "final-comma", written(list) + " has no class behind its last comma");
@@ -221,7 +221,7 @@ void MappingFileChecker::checkClassList(const TiXmlAttribute& list) {
 
 void MappingFileChecker::checkUnread(const TiXmlElement& element) {
     const Place place = placeOf(m_path, element);
-    const std::string ignored = "the element " + quoted(element.Value()) + " is not read";
+    const std::string ignored = "the element " + inQuotes(element.Value()) + " is not read";
     const bool hasIds =
         element.Attribute(kFaultId) != nullptr || element.Attribute(kMinorType) != nullptr;
     if (hasIds || isMisspelt(element.ValueStr(), kMapping)) {
@@ -237,7 +237,7 @@ void MappingFileChecker::findNestedMappings(const TiXmlElement& element) {
          child = child->NextSiblingElement()) {
         if (child->ValueStr() == kMapping) {
             error(placeOf(m_path, *child), "nested-mapping",
-                  "a 'mapping' inside " + quoted(element.Value()) +
+                  "a 'mapping' inside " + inQuotes(element.Value()) +
                       " is not read: only children of the root element are");
         }
         findNestedMappings(*child);
@@ -262,18 +262,18 @@ void MappingFileChecker::checkClass(const TiXmlElement& element, const std::stri
                 "an empty piece of the class list is an entry without a class");
     } else if (moClass.find_first_of(kOtherWhiteSpace) != moClass.npos) {
         error(place, "class-never-matches",
-              "the class " + quoted(moClass) +
+              "the class " + inQuotes(moClass) +
                   " never matches: only blanks are removed from it, but all white space from the "
                   "notification object");
     } else if (moClass.find('=') != moClass.npos) {
         error(place, "class-never-matches",
-              "the class " + quoted(moClass) +
+              "the class " + inQuotes(moClass) +
                   " never matches: a notification object's class ends before its '='");
     }
     for (const Invisible& character : kInvisible) {
         if (moClass.find(character.utf8) != moClass.npos) {
             warning(place, "invisible-in-class",
-                    "the class " + quoted(moClass) + " holds " + character.name +
+                    "the class " + inQuotes(moClass) + " holds " + character.name +
                         ", which looks like a blank or like nothing but is not removed");
         }
     }

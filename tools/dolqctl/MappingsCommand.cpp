@@ -9,7 +9,8 @@
 
 #include "Discovery.h"
 #include "Inventory.h"
-#include "MinorTypeText.h"
+#include "MappingText.h"
+#include "ReadingProblems.h"
 
 namespace dolqctl {
 
@@ -67,15 +68,6 @@ std::vector<const EffectiveMapping*> chosen(const Inventory& inventory, const Op
     return mappings;
 }
 
-std::string overriddenText(const EffectiveMapping& effective) {
-    std::string all;
-    for (const Mapping& mapping : effective.overridden) {
-        all += (all.empty() ? "" : ", ") + std::to_string(mapping.minorType) + " at " +
-               lineText(mapping.place);
-    }
-    return all;
-}
-
 void printTables(const Options& options, const Discovery& discovery, const Inventory& inventory,
                  const std::vector<const EffectiveMapping*>& mappings, Output& output) {
     output.line("Load module " + text(options.identity));
@@ -114,13 +106,6 @@ void printTables(const Options& options, const Discovery& discovery, const Inven
     output.print(table);
 }
 
-Json toJson(const Mapping& mapping) {
-    Json json{{"faultId", mapping.faultId}, {"class", mapping.moClass}};
-    addMinorTypeTo(json, mapping.minorType);
-    addTo(json, mapping.place);
-    return json;
-}
-
 Json toJson(const Options& options, const Discovery& discovery, const Inventory& inventory,
             const std::vector<const EffectiveMapping*>& mappings) {
     Json json{{"productNumber", options.identity.productNumber},
@@ -152,37 +137,9 @@ Json toJson(const Options& options, const Discovery& discovery, const Inventory&
         addTo(json["skipped"].emplace_back(), place);
     }
     for (const EffectiveMapping* const effective : mappings) {
-        Json entry = toJson(effective->mapping);
-        entry["overrides"] = Json::array();
-        for (const Mapping& mapping : effective->overridden) {
-            entry["overrides"].push_back(toJson(mapping));
-        }
-        json["mappings"].push_back(std::move(entry));
+        json["mappings"].push_back(toJson(*effective));
     }
     return json;
-}
-
-/// What a person has to be told beside the tables.
-void tellProblems(const Options& options, const Discovery& discovery, const Inventory& inventory,
-                  const std::vector<const EffectiveMapping*>& mappings) {
-    for (const Discovery::FailedCategory& failure : discovery.failedCategories) {
-        tell(text(failure));
-    }
-    const bool isKnown =
-        std::any_of(discovery.loadModules.begin(), discovery.loadModules.end(),
-                    [](const Discovery::LoadModule& module) { return module.matches; });
-    if (!isKnown) {
-        tell("the node has no load module " + text(options.identity) +
-             ": check --product and --revision, or ZBN_NO and ZBN_REV");
-    } else if (discovery.mappingFiles.empty()) {
-        tell("the load module " + text(options.identity) + " has no file tagged alarm_mapping");
-    }
-    for (const Unreadable& unreadable : inventory.unreadable) {
-        tell(text(unreadable.place) + ": " + unreadable.reason);
-    }
-    if (mappings.empty() && !inventory.effective.empty()) {
-        tell("no mapping fits --fault and --class");
-    }
 }
 
 int run(const Options& options, Output& output) {
@@ -194,8 +151,12 @@ int run(const Options& options, Output& output) {
     } else {
         printTables(options, discovery, inventory, mappings, output);
     }
-    output.flush();
-    tellProblems(options, discovery, inventory, mappings);
+    for (const std::string& problem : readingProblems(options.identity, discovery, inventory)) {
+        tell(problem);
+    }
+    if (mappings.empty() && !inventory.effective.empty()) {
+        tell("no mapping fits --fault and --class");
+    }
     const bool isComplete = discovery.failedCategories.empty() && inventory.unreadable.empty();
     return isComplete && !mappings.empty() ? kFine : kFindings;
 }

@@ -56,7 +56,9 @@ void tell(const std::string& text) {
     std::cerr << "dolqctl: " << text << '\n';
 }
 
-std::string quoted(std::string_view text) { return '"' + ruxa::trace::v2::escapedText(text) + '"'; }
+std::string inQuotes(std::string_view text) {
+    return '"' + ruxa::trace::v2::escapedText(text) + '"';
+}
 
 std::string printable(std::string_view text) {
     return text.empty() ? "-" : ruxa::trace::v2::escapedText(text);

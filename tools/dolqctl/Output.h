@@ -40,7 +40,7 @@ private:
 };
 
 /// `text` made fit for a terminal, in quotes, which are all that is left of nothing.
-std::string quoted(std::string_view text);
+std::string inQuotes(std::string_view text);
 
 /// Foreign text (of a file, an environment variable, the command line) made fit for a terminal: no
 /// control character, no broken UTF-8, "-" in place of nothing.

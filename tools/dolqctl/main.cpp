@@ -4,6 +4,7 @@
 
 #include "CheckCommand.h"
 #include "Context.h"
+#include "ExplainCommand.h"
 #include "MappingsCommand.h"
 
 namespace {
@@ -40,6 +41,7 @@ int run(int argc, char** argv) {
     app.require_subcommand(1);
     dolqctl::addMappingsCommand(app, context);
     dolqctl::addCheckCommand(app, context);
+    dolqctl::addExplainCommand(app, context);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& request) { // --help or --version
