@@ -5,6 +5,7 @@
 #include "CheckCommand.h"
 #include "Context.h"
 #include "ExplainCommand.h"
+#include "GenerateCommand.h"
 #include "MappingsCommand.h"
 
 namespace {
@@ -42,6 +43,7 @@ int run(int argc, char** argv) {
     dolqctl::addMappingsCommand(app, context);
     dolqctl::addCheckCommand(app, context);
     dolqctl::addExplainCommand(app, context);
+    dolqctl::addGenerateCommand(app, context);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& request) { // --help or --version
