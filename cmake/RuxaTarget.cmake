@@ -11,6 +11,8 @@ function(ruxa_target target)
     -Woverloaded-virtual -Wold-style-cast
     # No path of the build machine in assertions and traces.
     -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+  # Search paths in a binary are RUNPATHs: LD_LIBRARY_PATH comes first.
+  target_link_options(${target} PRIVATE LINKER:--enable-new-dtags)
 endfunction()
 
 # A shared object of the embedded platform: `name` is its file name without "lib" and ".so".
@@ -22,5 +24,13 @@ function(ruxa_platform_library target name soversion)
   # SYSTEM: to the library these are foreign headers.
   target_include_directories(${target} SYSTEM PUBLIC
     $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>)
+  # It needs none of this project's libraries.
+  set_target_properties(${target} PROPERTIES INSTALL_RPATH "")
+  install(TARGETS ${target}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+      COMPONENT platform NAMELINK_COMPONENT platform-development)
+  # In a folder of their own: the headers of a real platform may lie beside it.
+  install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ruxa-platform
+    COMPONENT platform-development)
   target_link_options(${target} PRIVATE LINKER:--no-undefined)
 endfunction()

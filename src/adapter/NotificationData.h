@@ -7,19 +7,17 @@
 
 namespace dolq {
 
-/// The program group name that stands for no program group.
+/// What travels in place of a program group's name when an alarm has none.
 constexpr char kNoProgramGroup[] = "nonePgGrp";
 
-/// One alarm as the adapter hands it to the session: every value translated, everything a copy.
+/// What the adapter asks the session to send: one alarm in the service's terms. It owns its texts.
 class NotificationData {
 public:
-    NotificationData(const std::string& notificationObject_, std::uint32_t perceivedSeverity_,
-                     const std::string& additionalText_, std::vector<std::string> additionalInfo_,
-                     std::uint32_t majorId_, std::uint32_t minorId_,
-                     const std::string& programGroup_)
-        : notificationObject(notificationObject_), perceivedSeverity(perceivedSeverity_),
-          additionalText(additionalText_), additionalInfo(std::move(additionalInfo_)),
-          majorId(majorId_), minorId(minorId_), programGroup(programGroup_) {}
+    NotificationData(const std::string& object, std::uint32_t severity, const std::string& text,
+                     std::vector<std::string> info, std::uint32_t major, std::uint32_t minor,
+                     const std::string& group)
+        : notificationObject(object), perceivedSeverity(severity), additionalText(text),
+          additionalInfo(std::move(info)), majorId(major), minorId(minor), programGroup(group) {}
     virtual ~NotificationData() = default;
 
     std::string notificationObject;  ///< exactly as the client gave it

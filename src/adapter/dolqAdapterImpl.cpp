@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+#include <utility>
 
 #include <ruxa/zum2/v1/CorrelationApi.h>
 

@@ -14,8 +14,8 @@
 
 namespace dolq {
 
-/// Turns each reported fault into one alarm and hands it to the session. It keeps nothing from one
-/// call to the next.
+/// Turns each reported fault into one alarm and hands it to the session. Calls leave no state
+/// behind.
 class AdapterImpl final : public ruxa::fm::fmi::v1::FaultManagementI {
 public:
     /// `mapping` is borrowed and must outlive the adapter.

@@ -1,7 +1,5 @@
 #include "factory/FmiFactoryImplV2.h"
 
-#include <utility>
-
 #include "adapter/dolqAdapterImpl.h"
 #include "factory/NtfSession.h"
 #include "threadSpecificSingleton"
@@ -9,7 +7,7 @@
 
 namespace dolq {
 
-FmiFactoryImplV2::FmiFactoryImplV2(MappingTable mapping)
+FmiFactoryImplV2::FmiFactoryImplV2(const MappingTable& mapping)
     : m_map(std::make_unique<NotificationMapV2>(mapping)) {}
 
 std::shared_ptr<ruxa::fm::fmi::v1::FaultManagementI> FmiFactoryImplV2::createFaultManagement() {
@@ -28,7 +26,7 @@ FmiFactory* getFmiFactory() {
     }
     ::dolq::MappingTable mapping;
     ::dolq::xmlconf::runMappingConfiguratorV2(mapping);
-    auto factory = std::make_unique<::dolq::FmiFactoryImplV2>(std::move(mapping));
+    auto factory = std::make_unique<::dolq::FmiFactoryImplV2>(mapping);
     Slot::setPtr(factory.get());
     return factory.release(); // the slot owns it now
 }

@@ -10,7 +10,8 @@ namespace dolq {
 /// One thread's v2 factory.
 class FmiFactoryImplV2 final : public ruxa::fm::dolq::v2::FmiFactory {
 public:
-    explicit FmiFactoryImplV2(MappingTable mapping);
+    /// The map keeps a copy of `mapping`.
+    explicit FmiFactoryImplV2(const MappingTable& mapping);
     ~FmiFactoryImplV2() override = default;
 
     FmiFactoryImplV2(const FmiFactoryImplV2&) = delete;

@@ -43,8 +43,8 @@ void MappingTable::set(std::uint32_t faultId, std::uint32_t minorType, const std
     set(faultId, minorType, moClass);
 }
 
-/// Moves the upper part of a full block into a new block behind it. The last block gives up only
-/// its last entry: mappings mostly arrive in key order, and then the blocks behind stay full.
+/// Moves the upper part of a full block into a new one after it. The last block gives up only its
+/// last entry: mappings mostly arrive in key order, and then all blocks but the last stay full.
 void MappingTable::splitBlock(std::size_t index) {
     Block upper;
     upper.reserve(kBlockSize);

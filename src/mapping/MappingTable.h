@@ -10,8 +10,9 @@ namespace dolq {
 /// The fault-to-alarm table: an ordered map from (fault id, managed object class) to minor type.
 /// Ordered by fault id, then by class byte for byte. The empty class is a class like any other.
 ///
-/// A lookup walks the table from its first entry, so the entries lie side by side in sorted blocks
-/// of limited size: a walk reads memory in sequence, and setting a mapping moves few entries.
+/// Every lookup reads the table from the front, so the entries lie side by side in sorted blocks of
+/// limited size: reading goes through memory in sequence, and setting a mapping moves few entries.
+/// docs/performance.md has the figures, also for one node an entry.
 class MappingTable {
 public:
     struct Entry {

@@ -4,8 +4,8 @@
 
 namespace dolq {
 
-/// Sets the two built-in mappings; it opens no file. The mapping files of load modules are read by
-/// xmlconf::MappingXmlConfigurator.
+/// Sets the two built-in mappings; no file is involved. The mapping files of load modules are read
+/// by xmlconf::MappingXmlConfigurator.
 class XmlParserImpl final : public ConfigurationParserI {
 public:
     void parse(ruxa::fm::dolq::v1::ConfigurationI& configuration) override;

@@ -91,7 +91,9 @@ bool NotificationMapV2::getMinorType(std::uint32_t faultId, std::uint32_t& minor
     return lookup == Lookup::Match;
 }
 
-NotificationMapV2::NotificationMapV2(const MappingTable& mapping) { m_mapping = mapping; }
+NotificationMapV2::NotificationMapV2(const MappingTable& mapping) {
+    m_mapping = mapping; // only now: the trace object is registered before the table is copied
+}
 
 void NotificationMap::setMapping(std::uint32_t faultId, std::uint32_t minorType) {
     DOLQ_TRACE(m_traceObject, kDetail, "Setmapping: faultId:%u, minorType:%u", faultId, minorType);

@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::size_t kLargestCount = std::numeric_limits<std::uint16_t>::max();
 constexpr std::size_t kLongestText = kLargestCount - 1; // its NUL is counted
+static_assert(SA_MAX_NAME_LENGTH == 600, "the NTF headers must be those of 600-byte names");
 constexpr std::size_t kLongestName = SA_MAX_NAME_LENGTH - 1;
 constexpr std::size_t kLongestUtf8Tail = 3; // bytes that can follow a character's first byte
 

@@ -19,17 +19,17 @@ constexpr char kTraceUnit[] = "dolqNtfSessionImpl";
 
 constexpr SaUint32T kVendorId = RUXA_DOLQ_VENDOR_ID;
 constexpr SaNtfElementIdT kThresholdId = 255;
-constexpr useconds_t kRetryDelayUs = 100000;
+constexpr useconds_t kRetryDelayUs = 100000; // microseconds
 
-/// Repeats `call` while the service is busy, sleeping kRetryDelayUs (microseconds) in between.
-/// No limit.
+/// The answer of `call` once the service is no longer too busy to give one.
 template <typename Call> SaAisErrorT retryWhileBusy(Call call) {
-    SaAisErrorT result = call();
-    while (result == SA_AIS_ERR_TRY_AGAIN) {
+    for (;;) {
+        const SaAisErrorT result = call();
+        if (result != SA_AIS_ERR_TRY_AGAIN) {
+            return result;
+        }
         usleep(kRetryDelayUs);
-        result = call();
     }
-    return result;
 }
 
 /// The entries joined by ", ", or "Empty".
@@ -93,7 +93,7 @@ NtfSessionImpl::~NtfSessionImpl() {
         if (result != SA_AIS_OK) {
             DOLQ_TRACE(m_traceObject, kFailure, "Finalize Session: errorCode:%x", result);
         }
-    } catch (...) { // the session is closed: only its trace is lost
+    } catch (...) { // a destructor lets nothing out; there is nobody left to tell
     }
 }
 
@@ -233,20 +233,24 @@ SaAisErrorT NtfSessionImpl::freeAlarm(SaNtfNotificationHandleT handle) {
 }
 
 void NtfSessionImpl::traceCuts(const NotificationData& data) const {
+    const auto traceCut = [this](const char* field, std::size_t length, std::uint16_t sent) {
+        if (sent != length) {
+            DOLQ_TRACE(m_traceObject, kFailure, "Alarm field cut: field:%s, length:%u, sent:%u",
+                       field, static_cast<std::uint32_t>(length), std::uint32_t{sent});
+        }
+    };
     traceCut("notificationObject", data.notificationObject.size(),
              sentNameLength(data.notificationObject));
     traceCut("additionalText", data.additionalText.size(), sentLength(data.additionalText));
     traceCut("additionalInfo", data.additionalInfo.size(), sentCount(data.additionalInfo));
-    for (std::size_t i = 0; i < sentCount(data.additionalInfo); ++i) {
-        const std::string& entry = data.additionalInfo[i];
-        traceCut("additionalInfo entry", entry.size(), sentLength(entry));
-    }
-}
-
-void NtfSessionImpl::traceCut(const char* field, std::size_t length, std::size_t sent) const {
-    if (sent != length) {
-        DOLQ_TRACE(m_traceObject, kFailure, "Alarm field cut: field:%s, length:%zu, sent:%zu",
-                   field, length, sent);
+    for (std::uint32_t i = 0; i < sentCount(data.additionalInfo); ++i) {
+        const std::size_t length = data.additionalInfo[i].size();
+        const std::uint16_t sent = sentLength(data.additionalInfo[i]);
+        if (sent != length) {
+            DOLQ_TRACE(m_traceObject, kFailure,
+                       "Alarm field cut: field:additionalInfo, entry:%u, length:%u, sent:%u", i,
+                       static_cast<std::uint32_t>(length), std::uint32_t{sent});
+        }
     }
 }
 

@@ -10,9 +10,9 @@
 
 namespace dolq {
 
-/// One session with the NTF service, open from construction to destruction; when the service
-/// refuses it, it stays closed and drops every alarm. Every service call is repeated, 100 ms apart,
-/// for as long as the service answers SA_AIS_ERR_TRY_AGAIN. Takes no lock.
+/// One session with the NTF service, open from construction to destruction. A session that the
+/// service refused is never tried again and drops its alarms. A call that the service is too busy
+/// for (SA_AIS_ERR_TRY_AGAIN) is made again every 100 ms, without end. Takes no lock.
 class NtfSessionImpl final : public NtfSessionI {
 public:
     explicit NtfSessionImpl(std::shared_ptr<NtfI> ntf);
@@ -35,7 +35,7 @@ private:
     SaAisErrorT sendAlarm(SaNtfNotificationHandleT handle);
     SaAisErrorT freeAlarm(SaNtfNotificationHandleT handle);
 
-    /// Fills an allocated notification through the pointers that the allocation set up.
+    /// Fills in all fields of an allocated notification but its event time and id.
     SaAisErrorT populateAlarm(SaNtfAlarmNotificationT& notification, const NotificationData& data);
     /// Allocates a string value of the notification and copies `text` into it.
     SaAisErrorT fillValue(SaNtfNotificationHandleT handle, const std::string& text,
@@ -43,7 +43,6 @@ private:
 
     /// Traces each field that is longer than a notification can carry.
     void traceCuts(const NotificationData& data) const;
-    void traceCut(const char* field, std::size_t length, std::size_t sent) const;
 
     std::shared_ptr<NtfI> m_ntf;
     SaNtfHandleT m_ntfHandle = 0; // 0: no session

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdio>
-
 #include "ruxa/trace/v2/TraceBackend.h"
 #include "trace/TraceObject.h"
 
@@ -12,16 +10,19 @@ constexpr auto kFailure = static_cast<ruxa::trace::v2::TraceGroup::e>(0);
 constexpr auto kFlow = static_cast<ruxa::trace::v2::TraceGroup::e>(4);
 constexpr auto kDetail = static_cast<ruxa::trace::v2::TraceGroup::e>(8);
 
+/// Only named, never called: lets the compiler check what a platform's `formatStr` may not.
+[[gnu::format(printf, 1, 2)]] int checkedFormat(const char* format, ...);
+
 } // namespace dolq
 
-/// Emits one message through a TraceObject: asks whether the group is on, and only then evaluates
-/// and formats the arguments. Each source file that traces defines its `kTraceUnit`.
-#define DOLQ_TRACE(object, group, ...)                                                             \
+/// One trace message. The arguments behind the group are a printf format and what it shows; they
+/// are evaluated only if the group is on. A source file that traces names itself in `kTraceUnit`.
+#define DOLQ_TRACE(traceObject, group, ...)                                                        \
     do {                                                                                           \
-        if (::ruxa::trace::v2::TraceBackend::isTraceGroupEnabled((object).get(), (group))) {       \
-            static_cast<void>(sizeof(std::printf(__VA_ARGS__))); /* checks the format */           \
-            ::ruxa::trace::v2::TraceBackend::Trace(                                                \
-                (object).get(), (group), kTraceUnit, __LINE__,                                     \
-                ::ruxa::trace::v2::TraceBackend::formatStr(__VA_ARGS__));                          \
+        using DolqBackend = ::ruxa::trace::v2::TraceBackend;                                       \
+        if (DolqBackend::isTraceGroupEnabled((traceObject).get(), (group))) {                      \
+            static_cast<void>(sizeof(::dolq::checkedFormat(__VA_ARGS__)));                         \
+            DolqBackend::Trace((traceObject).get(), (group), kTraceUnit, __LINE__,                 \
+                               DolqBackend::formatStr(__VA_ARGS__));                               \
         }                                                                                          \
     } while (false)

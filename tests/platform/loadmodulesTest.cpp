@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -106,6 +107,7 @@ TEST_F(LoadModules, ThreadsQueryIndependently) {
                        "<file tag='t' path='/p'/></loadModule></loadModules>");
     std::vector<std::string> contents(4);
     std::vector<std::thread> threads;
+    threads.reserve(contents.size());
     for (std::string& content : contents) {
         threads.emplace_back([&content] { content = contentOf("local"); });
     }
@@ -119,6 +121,10 @@ struct MalformedCase {
     const char* name;
     std::string manifest;
 };
+
+/// Keeps the rows' names in the test list the same from run to run.
+// NOLINTNEXTLINE(readability-identifier-naming): GoogleTest's name for it.
+void PrintTo(const MalformedCase& row, std::ostream* out) { *out << row.name; }
 
 class MalformedManifest : public LoadModules, public testing::WithParamInterface<MalformedCase> {};
 

@@ -135,14 +135,14 @@ INSTANTIATE_TEST_SUITE_P(
 
 struct BadFile {
     const char* name;
-    std::string content;
+    std::string (*content)();
     const char* trace;
 };
 
 class BadFileTest : public LibraryTest, public testing::WithParamInterface<BadFile> {};
 
 TEST_P(BadFileTest, IsTracedAndLeavesTheTableAlone) {
-    const TemporaryFile file(GetParam().content);
+    const TemporaryFile file(GetParam().content());
     dolq::xmlconf::MappingXmlConfigurator configurator;
     dolq::MappingTable table;
     platform().events.clear();
@@ -164,23 +164,20 @@ std::string repeated(const std::string& text, std::size_t times) {
 constexpr char kElement[] = R"(<mapping faultid="1" minor_type_id="2" managed_object_class="A"/>)";
 constexpr char kNotLoaded[] = "Could not load XML file '<file>'";
 
-INSTANTIATE_TEST_SUITE_P(Table, BadFileTest,
-                         testing::ValuesIn(std::vector<BadFile>{
-                             {"Empty", "", kNotLoaded},
-                             {"Truncated",
-                              std::string("<m>") + kElement + "<mapping faultid=", kNotLoaded},
-                             {"Unclosed", std::string("<m>") + kElement, kNotLoaded},
-                             {"Binary",
-                              std::string("\x7F"
-                                          "ELF\0\1\2\3<\xFF\xFE",
-                                          10),
-                              kNotLoaded},
-                             {"NoRoot", "<?xml version=\"1.0\"?><!-- nothing -->",
-                              "XML data corrupt, no root element in file '<file>'"},
-                             {"HugeAndDeep", repeated("<a>", 16 << 20), kNotLoaded},
-                             {"HugeAndUnclosed", "<m>" + repeated(kElement, 800000), kNotLoaded},
-                         }),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Table, BadFileTest,
+    testing::ValuesIn(std::vector<BadFile>{
+        {"Empty", [] { return std::string(); }, kNotLoaded},
+        {"Truncated", [] { return std::string("<m>") + kElement + "<mapping faultid="; },
+         kNotLoaded},
+        {"Unclosed", [] { return std::string("<m>") + kElement; }, kNotLoaded},
+        {"Binary", [] { return std::string("\x7F\x45LF\0\1\2\3<\xFF\xFE", 11); }, kNotLoaded},
+        {"NoRoot", [] { return std::string("<?xml version=\"1.0\"?><!-- nothing -->"); },
+         "XML data corrupt, no root element in file '<file>'"},
+        {"FiftyMegabytesDeep", [] { return repeated("<a>", 16 << 20); }, kNotLoaded},
+        {"FiftyMegabytesUnclosed", [] { return "<m>" + repeated(kElement, 800000); }, kNotLoaded},
+    }),
+    [](const auto& row) { return row.param.name; });
 
 class DiscoveryTest : public LibraryTest {
 protected:

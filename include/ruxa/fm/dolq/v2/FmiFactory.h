@@ -4,27 +4,37 @@
 
 #include "ruxa/fm/fmi/v1/FaultManagementI.h"
 
+/// Second generation: adapters are shared pointers, and the mappings are fixed.
 namespace ruxa::fm::dolq::v2 {
 
-/// Makes alarm interfaces over one thread's fault-to-alarm table, which is fixed once read. Second
-/// generation: adapters are shared pointers.
+/// Makes alarm interfaces over one thread's fault-to-alarm table, which is fixed once read. Takes
+/// no lock: use it on the thread that asked for it.
 class FmiFactory {
 public:
+    /// `freeFmiFactory` destroys the factory; a client never does.
     virtual ~FmiFactory() = default;
 
-    /// A new adapter with a notification session of its own; drop the last pointer to it before the
-    /// factory is freed. Blocks while the notification service is busy. An adapter is returned even
-    /// when the service refuses the session; it then drops every alarm, with a trace.
+    /// A new adapter with a session of its own with the notification service; drop the last pointer
+    /// to it before the factory is freed. Blocks while the service answers "try again", without
+    /// limit. An adapter is returned even when the service refuses the session: it then drops every
+    /// alarm, with a trace, and does not try again. Sessions cost time and memory in the service:
+    /// make few adapters and keep them.
     virtual std::shared_ptr<fmi::v1::FaultManagementI> createFaultManagement() = 0;
 };
 
-/// The calling thread's factory, never null, owned by the library. The first call on a thread reads
-/// the load module's mapping files (environment variables `ZBN_NO`, `ZBN_REV`). Throws only on
-/// memory exhaustion or when a platform library throws.
+/// The calling thread's factory, never null, owned by the library, valid until `freeFmiFactory` on
+/// the same thread. Other threads get factories of their own.
+///
+/// The first call on a thread finds the load module's alarm mapping files (environment variables
+/// `ZBN_NO`, `ZBN_REV`; the node's load-module handler) and reads them. What is missing or wrong
+/// there is traced, and the table then holds what could be read, at worst nothing. Throws only on
+/// memory exhaustion or when a platform library throws; there is no factory
+/// then, and the next call begins anew.
 [[gnu::visibility("default")]] FmiFactory* getFmiFactory();
 
-/// Frees the calling thread's factory, if any, with its table. Destroy its adapters first. A thread
-/// that ends without this call leaves its factory allocated.
+/// Frees the calling thread's factory, if any, with its table. Destroy its adapters first: they
+/// point at the table. A thread that ends without this call leaves its factory allocated for the
+/// life of the process.
 [[gnu::visibility("default")]] void freeFmiFactory();
 
 } // namespace ruxa::fm::dolq::v2

@@ -4,16 +4,17 @@
 #include <string>
 #include <vector>
 
+/// The alarm interface, which both generations of factories hand out.
 namespace ruxa::fm::fmi::v1 {
 
 /// How bad a fault is (perceived severity, ITU-T X.733). A code outside these is sent as
 /// indeterminate. There is no code for "cleared": that is what `ceaseAlarm` is for.
 enum PerceivedSeverity : std::uint32_t {
-    PerceivedSeverityWarning = 0,
-    PerceivedSeverityMinor = 1,
-    PerceivedSeverityMajor = 2,
-    PerceivedSeverityCritical = 3,
-    PerceivedSeverityIndeterminate = 4
+    PerceivedSeverityWarning = 0,      ///< a fault may come, the service does not suffer yet
+    PerceivedSeverityMinor = 1,        ///< the service does not suffer; to be repaired all the same
+    PerceivedSeverityMajor = 2,        ///< the service suffers: repair is urgent
+    PerceivedSeverityCritical = 3,     ///< the service is lost: repair at once
+    PerceivedSeverityIndeterminate = 4 ///< not known how bad
 };
 
 /// The program group of an alarm; it travels as the alarm's proposed repair action. A code outside
@@ -23,53 +24,68 @@ enum ProgramGroup : std::uint32_t {
     ProgramGroupWrat = 1, ///< "wratPgGrp"
     ProgramGroupLrat = 2, ///< "lratPgGrp"
     ProgramGroupNr = 3,   ///< "nrPgGrp"
-    ProgramGroupNone = 4
+    ProgramGroupNone = 4  ///< no program group: the alarm has no proposed repair action
 };
 
-/// Raises and ceases alarms through the SA Forum Notification Service. A call does its whole work
-/// on the caller's thread, copies what it needs before it returns, and blocks while the service is
-/// busy. Nothing is reported back: a refused or lost alarm leaves a trace message. Only memory
-/// exhaustion and exceptions of platform libraries are thrown. Takes no lock.
+/// Raises and ceases alarms through the SA Forum Notification Service, one alarm notification a
+/// call. A factory makes it; who owns it depends on the factory's generation.
+///
+/// A call does its whole work on the caller's thread and keeps nothing of what it was given. It
+/// blocks for as long as the service answers "try again", without limit.
+///
+/// Nothing is reported back: a refused or lost alarm leaves a trace message. Only memory exhaustion
+/// and exceptions of platform libraries are thrown.
+///
+/// Takes no lock. Several threads may call at the same time if the mappings of its factory are not
+/// changed meanwhile; it may not be destroyed while a call runs.
 ///
 /// Parameters, wherever they occur:
 /// - `notificationObject`: distinguished name of the object in fault, attribute=value pairs joined
-/// by
-///   commas, e.g. "managedElement=1,board=3"; at most 599 bytes are sent. The attribute of its last
-///   pair, white space removed, is the managed object class ("board").
-/// - `faultId`: with the class it selects the alarm in the load module's mapping table; without a
-///   mapping the alarm is dropped.
+///   by commas, e.g. "managedElement=1,board=3". Up to 599 bytes are sent, the rest is cut. The
+///   attribute of its last pair, white space removed, is the managed object class ("board"). A
+///   comma always separates, also inside a value.
+/// - `faultId`: any 32-bit number. With the class it selects the alarm in the mapping table;
+///   without a mapping the alarm is dropped.
 /// - `faultIdName`: the fault's name, for the trace only; it is never sent.
-/// - `additionalText`, `additionalInfo`: free UTF-8 texts. Empty entries are left out; a text is
-/// cut
-///   at 65534 bytes, a list at 65535 entries. The service may set lower limits.
+/// - `additionalText`: free UTF-8 text without NUL bytes, may be empty, cut at 65534 bytes.
+/// - `additionalInfo`: free UTF-8 texts, sent in this order behind the correlation. Empty entries
+///   are left out, each text is cut at 65534 bytes, the list at 65535 entries. The service allows
+///   less: OpenSAF refuses an alarm whose entries have more than 32767 bytes together, the
+///   correlation and a NUL byte for each included.
 /// - `perceivedSeverity`: a `PerceivedSeverity` code.
 /// - `programGroup`: a `ProgramGroup` code. Operations without it send none.
-/// - `systemUUID`, `computeName`: identity of the reporting system. Both empty: taken from the
-///   environment variables `SYSTEM_UUID` and `COMPUTE_NAME` at each call. Only one of them empty,
-///   or nothing in the environment: the alarm is refused.
+/// - `systemUUID`, `computeName`: identity of the reporting system, sent as it is. Both empty:
+///   taken from the environment variables `SYSTEM_UUID` and `COMPUTE_NAME` at each call. Only one
+///   of them empty, or nothing in the environment: the alarm is refused.
 /// - `eventId`, `correlatedEvents`, `correlatedEvents32Bit`: 32-bit event ids, which the
-/// correlation
-///   service turns into correlation UUIDs. 0 means no event.
+///   correlation service turns into correlation UUIDs. 0 means no event.
 /// - `correlatedEvent128Bit`, `correlatedEvents128Bit`: correlation UUIDs as text, sent as they
-/// are.
+///   are; their form is not checked.
 class FaultManagementI {
 public:
+    /// Closes the session with the notification service. Alarms that it raised stay raised. To be
+    /// destroyed before its factory is freed.
     virtual ~FaultManagementI() = default;
 
-    /// Raises a secondary alarm when `correlatedEvents` begins with an event other than 0, and a
-    /// primary alarm caused by `eventId` otherwise. The identity always comes from the environment.
+    /// Raises a secondary alarm when `correlatedEvents` begins with an event other than 0
+    /// (`eventId` is then not used), and a primary alarm caused by `eventId` otherwise. The
+    /// identity always comes from the environment. Refused where the operation that it stands for
+    /// refuses.
     virtual void raiseAlarm(const std::string& notificationObject, std::uint32_t faultId,
                             const std::string& faultIdName, const std::string& additionalText,
                             const std::vector<std::string>& additionalInfo,
                             std::uint32_t perceivedSeverity, std::uint32_t eventId,
                             const std::vector<std::uint32_t>& correlatedEvents) = 0;
 
-    /// Ceases the alarm: sent with severity cleared, without texts, correlation or program group.
+    /// Ceases the alarm of this object and fault: sent with severity cleared, without texts,
+    /// correlation or program group, whether or not it was ever raised. Needs the mapping, but no
+    /// identity.
     virtual void ceaseAlarm(const std::string& notificationObject, std::uint32_t faultId,
                             const std::string& faultIdName) = 0;
 
     /// Raises an alarm caused by event `eventId`. It is sent without a correlation UUID when
-    /// `eventId` is 0, and not at all when the node has no correlation service.
+    /// `eventId` is 0 or the correlation service does not know it, and not at all when the node has
+    /// no correlation service. Each of these leaves a trace.
     virtual void raisePrimaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
                                    const std::string& faultIdName,
                                    const std::string& additionalText,
@@ -78,7 +94,7 @@ public:
                                    const std::string& systemUUID,
                                    const std::string& computeName) = 0;
 
-    /// The same with a program group.
+    /// The primary alarm for an event id above, with a program group.
     virtual void raisePrimaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
                                    const std::string& faultIdName,
                                    const std::string& additionalText,
@@ -95,7 +111,7 @@ public:
                       std::uint32_t perceivedSeverity, const std::string& correlatedEvent128Bit,
                       const std::string& systemUUID, const std::string& computeName) = 0;
 
-    /// The same with a program group.
+    /// The primary alarm with a correlation UUID above, with a program group.
     virtual void raisePrimaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
                                    const std::string& faultIdName,
                                    const std::string& additionalText,
@@ -106,7 +122,8 @@ public:
                                    std::uint32_t programGroup) = 0;
 
     /// Raises an alarm that events elsewhere led to. Events that are 0 or that have no correlation
-    /// UUID are left out; when none remains, the alarm is refused.
+    /// UUID are left out; when none remains, or the node has no correlation service, the alarm is
+    /// refused. Each of these leaves a trace.
     virtual void raiseSecondaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
                                      const std::string& faultIdName,
                                      const std::string& additionalText,
@@ -115,7 +132,7 @@ public:
                                      const std::string& computeName,
                                      const std::vector<std::uint32_t>& correlatedEvents32Bit) = 0;
 
-    /// The same with a program group.
+    /// The secondary alarm for event ids above, with a program group.
     virtual void raiseSecondaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
                                      const std::string& faultIdName,
                                      const std::string& additionalText,
@@ -125,7 +142,8 @@ public:
                                      const std::vector<std::uint32_t>& correlatedEvents32Bit,
                                      std::uint32_t programGroup) = 0;
 
-    /// Raises an alarm with the correlation UUIDs `correlatedEvents128Bit`; refused without any.
+    /// Raises an alarm with the correlation UUIDs `correlatedEvents128Bit`; refused without any. An
+    /// empty UUID in the list is sent as it is.
     virtual void raiseSecondaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
                                      const std::string& faultIdName,
                                      const std::string& additionalText,
@@ -134,7 +152,7 @@ public:
                                      const std::string& computeName,
                                      const std::vector<std::string>& correlatedEvents128Bit) = 0;
 
-    /// The combined raise above with a program group.
+    /// The combined raise at the top, with a program group.
     virtual void raiseAlarm(const std::string& notificationObject, std::uint32_t faultId,
                             const std::string& faultIdName, const std::string& additionalText,
                             const std::vector<std::string>& additionalInfo,
@@ -142,7 +160,7 @@ public:
                             const std::vector<std::uint32_t>& correlatedEvents,
                             std::uint32_t programGroup) = 0;
 
-    /// The 128-bit secondary alarm above with a program group.
+    /// The secondary alarm with correlation UUIDs above, with a program group.
     virtual void raiseSecondaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
                                      const std::string& faultIdName,
                                      const std::string& additionalText,

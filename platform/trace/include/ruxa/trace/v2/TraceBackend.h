@@ -23,7 +23,7 @@ struct TraceGroup {
 /// All operations may be called from any thread at any time.
 class [[gnu::visibility("default")]] TraceBackend {
 public:
-    /// A trace object that needs no registration and stays valid for the process; never null.
+    /// The trace object of whoever has registered none; never null, never to be released.
     static void* getDefaultTraceObject();
 
     /// The text that the names of this process's trace objects begin with.

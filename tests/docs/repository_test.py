@@ -1,0 +1,61 @@
+"""What the repository's documents say about each other: links, pictures and the version.
+
+usage: repository_test.py REPOSITORY
+"""
+
+import hashlib
+import pathlib
+import re
+import sys
+import unittest
+
+REPOSITORY = pathlib.Path(sys.argv.pop(1))
+# Where builds put their files, and what belongs to no document.
+NOT_OURS = {"out", "build", ".git", ".cache"}
+
+
+def pages():
+    for path in sorted(REPOSITORY.rglob("*.md")):
+        if not NOT_OURS & set(path.relative_to(REPOSITORY).parts):
+            yield path
+
+
+def anchors(page):
+    """The names that headings get: lower case, blanks as hyphens, other punctuation dropped."""
+    for heading in re.findall(r"^#+ (.+)$", page.read_text(encoding="utf-8"), re.MULTILINE):
+        yield re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
+
+
+class Repository(unittest.TestCase):
+    def test_has_no_dead_link(self):
+        dead = []
+        for page in pages():
+            text = re.sub(r"```.*?```", "", page.read_text(encoding="utf-8"), flags=re.DOTALL)
+            for link in re.findall(r"\]\(([^)\s]+)\)", text):
+                if re.match(r"[a-z]+:", link):
+                    continue
+                target, _, anchor = link.partition("#")
+                target = page.parent / target if target else page
+                if not target.exists() or (anchor and anchor not in anchors(target)):
+                    dead.append(f"{page.relative_to(REPOSITORY)}: {link}")
+        self.assertEqual(dead, [])
+
+    def test_pictures_are_rendered_from_their_sources(self):
+        sources = sorted((REPOSITORY / "docs" / "pictures").glob("*.dot"))
+        self.assertTrue(sources)
+        for source in sources:
+            digest = hashlib.sha256(source.read_bytes()).hexdigest()
+            picture = source.with_suffix(".svg").read_text(encoding="utf-8")
+            rendered_from = re.findall(r"<!-- source sha256 (\w+) -->", picture)
+            self.assertEqual(rendered_from, [digest], f"{source.name}: run docs/pictures/render")
+
+    def test_changelog_begins_with_the_version(self):
+        version = re.search(r"project\([^)]*VERSION (\S+)",
+                            (REPOSITORY / "CMakeLists.txt").read_text(encoding="utf-8")).group(1)
+        entries = re.findall(r"^## \[(.+?)\]", (REPOSITORY / "CHANGELOG.md").read_text(encoding="utf-8"),
+                             re.MULTILINE)
+        self.assertEqual([entry for entry in entries if entry != "Unreleased"][0], version)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,90 @@
+"""The XML schemas against every sample of the repository, and against what only they refuse.
+
+usage: schema_test.py REPOSITORY
+"""
+
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+import xml.etree.ElementTree as ElementTree
+
+REPOSITORY = pathlib.Path(sys.argv.pop(1))
+SCHEMA_OF_ROOT = {"alarmMappings": "alarm-mapping.xsd", "loadModules": "load-modules.xsd"}
+
+# What the example with mistakes is refused for, by the text that the refused line holds. A forgotten
+# class is a mapping for objects without one, so the schema has to let fault 5102 pass.
+PLANTED_MISTAKES = {
+    'faultid="F5103"': "'F5103' is not a valid value",
+    'faultid="5104"': "'minor_type_id' is required but missing",
+    'faultid="5105 (new)"': "'5105 (new)' is not a valid value",
+    'minor_type_id="131112"': "Duplicate key-sequence ['5101', 'Tunnel']",
+    'faultid="5106"': "' Port , , Link ,' is not accepted",
+    'faultid="5107"': "'' is not accepted",
+    "<maping": "'maping': This element is not expected",
+}
+
+GOOD = '<mapping faultid="1" minor_type_id="2" managed_object_class="A"/>'
+MAPPINGS = [  # name, content of the root element, is valid
+    ("nothing", "", True),
+    ("largest numbers", '<mapping faultid="2147483647" minor_type_id="-2147483648"/>', True),
+    ("number beyond 32 bits", '<mapping faultid="1" minor_type_id="2147483648"/>', False),
+    ("hexadecimal number", '<mapping faultid="0x10" minor_type_id="2"/>', False),
+    ("fault without its id", '<mapping minor_type_id="2" managed_object_class="A"/>', False),
+    ("blanks around classes", '<mapping faultid="1" minor_type_id="2" managed_object_class=" A , B "/>', True),
+    ("blank in a class", '<mapping faultid="1" minor_type_id="2" managed_object_class="A B"/>', False),
+    ("misspelt class list", '<mapping faultid="1" minor_type_id="2" managed_objct_class="A"/>', False),
+    ("same fault, other class", GOOD + GOOD.replace('"A"', '"B"'), True),
+    ("same fault and class", GOOD + GOOD.replace('"2"', '"3"'), False),
+]
+MODULES = [
+    ("empty identity", '<loadModule productNumber="" revision=""/>', True),
+    ("no revision", '<loadModule productNumber="P"/>', False),
+    ("file without path", '<loadModule productNumber="P" revision="R"><file tag="alarm_mapping"/></loadModule>', False),
+    ("file with empty path", '<loadModule productNumber="P" revision="R"><file tag="t" path=""/></loadModule>', False),
+    ("misspelt element", '<loadmodule productNumber="P" revision="R"/>', False),
+]
+
+
+def refusals(path):
+    """What the schema of the file's root element says against it: line numbers and messages."""
+    schema = REPOSITORY / "schema" / SCHEMA_OF_ROOT[ElementTree.parse(path).getroot().tag]
+    run = subprocess.run(["xmllint", "--noout", "--nonet", "--schema", schema, path],
+                         capture_output=True, text=True, check=False)
+    if run.returncode not in (0, 3):  # 3: does not validate
+        raise RuntimeError(run.stderr)
+    found = re.findall(r":(\d+): element .*?Schemas validity error : (.*)", run.stderr)
+    assert bool(found) == (run.returncode == 3), run.stderr
+    return [(int(line), text) for line, text in found if "No precomputed value" not in text]
+
+
+class Schemas(unittest.TestCase):
+    def test_accept_every_sample_but_the_one_with_mistakes(self):
+        samples = sorted((REPOSITORY / "examples" / "loadmodules").rglob("*.xml"))
+        refused = [sample.name for sample in samples if refusals(sample)]
+        self.assertGreaterEqual(len(samples), 7)
+        self.assertEqual(refused, ["transport.xml"])
+
+    def test_refuse_each_planted_mistake_and_nothing_else(self):
+        path = REPOSITORY / "examples/loadmodules/transport/transport.xml"
+        lines = path.read_text(encoding="utf-8").splitlines()
+        expected = {next(i for i, line in enumerate(lines, 1) if place in line and "<!--" not in line): message
+                    for place, message in PLANTED_MISTAKES.items()}
+        found = refusals(path)
+        self.assertEqual([line for line, _ in found], sorted(expected))
+        for line, message in found:
+            self.assertIn(expected[line], message)
+
+    def test_say_what_is_valid(self):
+        for root, rows in (("alarmMappings", MAPPINGS), ("loadModules", MODULES)):
+            for name, content, valid in rows:
+                with self.subTest(name), tempfile.NamedTemporaryFile("w", suffix=".xml") as file:
+                    file.write(f"<{root}>{content}</{root}>")
+                    file.flush()
+                    self.assertEqual(refusals(pathlib.Path(file.name)) == [], valid)
+
+
+if __name__ == "__main__":
+    unittest.main()

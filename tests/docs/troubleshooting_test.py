@@ -1,0 +1,65 @@
+"""docs/troubleshooting.md against the trace messages of the source code.
+
+usage: troubleshooting_test.py REPOSITORY
+"""
+
+import pathlib
+import re
+import sys
+import tempfile
+import unittest
+
+REPOSITORY = pathlib.Path(sys.argv.pop(1))
+
+# A trace statement's group and its format, which may be split into several literals.
+TRACE = re.compile(r'DOLQ_TRACE\(\s*[^,]+,\s*(\w+)\s*,\s*((?:"(?:\\.|[^"\\])*"\s*)+)[,)]')
+LITERAL = re.compile(r'"((?:\\.|[^"\\])*)"')
+
+
+def traces(folder):
+    """(group, text) of every trace statement below the folder."""
+    found = []
+    for path in sorted(folder.rglob("*.cpp")) + sorted(folder.rglob("*.h")):
+        source = path.read_text(encoding="utf-8")
+        statements = source.count("DOLQ_TRACE(") - source.count("#define DOLQ_TRACE(")
+        matches = TRACE.findall(source)
+        if len(matches) != statements:
+            raise RuntimeError(f"{path}: {statements} trace statements, {len(matches)} understood")
+        for group, literals in matches:
+            text = "".join(LITERAL.findall(literals))
+            found.append((group, re.sub(r'\\(["\\])', r"\1", text)))
+    return found
+
+
+def documented(page):
+    """The texts in the first column of the page's tables."""
+    return re.findall(r"^\| `(.+?)` \|", page.read_text(encoding="utf-8"), re.MULTILINE)
+
+
+def missing(folder, page):
+    known = documented(page)
+    return sorted({text for group, text in traces(folder) if group == "kFailure"} - set(known))
+
+
+class Troubleshooting(unittest.TestCase):
+    page = REPOSITORY / "docs" / "troubleshooting.md"
+
+    def test_explains_every_failure_trace(self):
+        texts = missing(REPOSITORY / "src", self.page)
+        self.assertFalse(texts, "docs/troubleshooting.md lacks a row for\n  " + "\n  ".join(texts))
+
+    def test_explains_no_message_that_is_gone(self):
+        texts = {text for _, text in traces(REPOSITORY / "src")}
+        self.assertEqual(sorted(set(documented(self.page)) - texts), [])
+
+    def test_notices_a_new_failure_trace(self):
+        with tempfile.TemporaryDirectory() as folder:
+            (pathlib.Path(folder) / "New.cpp").write_text(
+                'DOLQ_TRACE(m_traceObject, kFlow, "Not a failure");\n'
+                'DOLQ_TRACE(\n    m_traceObject, kFailure,\n    "A \\"new\\" failure: "\n'
+                '    "reason:%u", reason);\n', encoding="utf-8")
+            self.assertEqual(missing(pathlib.Path(folder), self.page), ['A "new" failure: reason:%u'])
+
+
+if __name__ == "__main__":
+    unittest.main()
