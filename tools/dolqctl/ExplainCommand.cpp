@@ -33,11 +33,11 @@ struct Options {
 using Json = nlohmann::ordered_json;
 
 std::string howParsed(const Explanation& explanation) {
-    const std::string name =
-        (explanation.moClass.hasComma ? "the last relative name "
-                                      : "the whole object, which has no comma, ") +
-        inQuotes(explanation.relativeName);
-    return explanation.moClass.hasEqual ? "before the '=' of " + name : "no '=' in " + name;
+    const std::string name = inQuotes(explanation.relativeName);
+    const std::string where = explanation.moClass.hasComma
+                                  ? "the last relative name " + name
+                                  : "the whole object " + name + " (it has no comma)";
+    return (explanation.moClass.hasEqual ? "before the '=' of " : "no '=' in ") + where;
 }
 
 std::string environmentText(const char* variable) {

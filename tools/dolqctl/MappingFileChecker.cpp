@@ -103,7 +103,7 @@ void MappingFileChecker::onRoot(const TiXmlElement& root) {
         } else {
             checkUnread(*element);
         }
-        findNestedMappings(*element);
+        checkNested(*element);
     }
     if (root.FirstChildElement(kMapping) == nullptr) {
         warning(placeOf(m_path, root), "no-mapping", "the root element holds no 'mapping' element");
@@ -206,15 +206,17 @@ void MappingFileChecker::checkUnread(const TiXmlElement& element) {
 }
 
 /// The depth is bounded: the reader gives no deeper document to the parser.
-void MappingFileChecker::findNestedMappings(const TiXmlElement& element) {
+void MappingFileChecker::checkNested(const TiXmlElement& element) {
     for (const TiXmlElement* child = element.FirstChildElement(); child != nullptr;
          child = child->NextSiblingElement()) {
         if (child->ValueStr() == kMapping) {
             error(placeOf(m_path, *child), "nested-mapping",
                   "a 'mapping' inside " + inQuotes(element.Value()) +
                       " is not read: only children of the root element are");
+        } else if (element.ValueStr() == kMapping) {
+            checkUnread(*child);
         }
-        findNestedMappings(*child);
+        checkNested(*child);
     }
 }
 

@@ -46,7 +46,7 @@ private:
     void checkClassList(const TiXmlAttribute& list);
     void checkClass(const TiXmlElement& element, const std::string& moClass);
     void checkUnread(const TiXmlElement& element);
-    void findNestedMappings(const TiXmlElement& element);
+    void checkNested(const TiXmlElement& element);
     void remember(Mapping mapping);
 
     void error(const Place& place, const char* rule, std::string message);

@@ -103,7 +103,9 @@ void printTables(const Options& options, const Discovery& discovery, const Inven
                    alarmText(mapping.minorType), lineText(mapping.place),
                    overriddenText(*effective)});
     }
-    output.print(table);
+    if (!table.isEmpty()) {
+        output.print(table);
+    }
 }
 
 Json toJson(const Options& options, const Discovery& discovery, const Inventory& inventory,

@@ -19,11 +19,19 @@ std::string unsafeReason() {
            " attributes in one, or text broken off in the middle of a character or declaration";
 }
 
+std::string withoutFullStop(std::string text) {
+    if (!text.empty() && text.back() == '.') {
+        text.pop_back();
+    }
+    return text;
+}
+
 } // namespace
 
 Unreadable whyNotLoaded(const std::string& path, const TiXmlDocument& document) {
     if (document.Error()) {
-        return {{path, document.ErrorRow(), document.ErrorCol()}, document.ErrorDesc()};
+        return {{path, document.ErrorRow(), document.ErrorCol()},
+                withoutFullStop(document.ErrorDesc())};
     }
     std::string content;
     switch (const int error = dolq::xmlconf::readRegularFile(

@@ -27,10 +27,14 @@ std::string usageError(const CLI::App& app, const CLI::ParseError& error) {
     const auto chosen = app.get_subcommands();
     const auto rest = app.remaining();
     if (chosen.empty() && !rest.empty()) {
-        return "unknown command '" + dolqctl::printable(rest.front()) + "'\nTry 'dolqctl --help'.";
+        const std::string kind = rest.front()[0] == '-' ? "option" : "command";
+        return "unknown " + kind + ' ' + dolqctl::inQuotes(rest.front()) +
+               "\nTry 'dolqctl --help'.";
     }
-    const std::string command = chosen.empty() ? "" : ' ' + chosen.front()->get_name();
-    return std::string(error.what()) + "\nTry 'dolqctl" + command + " --help'.";
+    if (chosen.empty()) {
+        return "name a command\nTry 'dolqctl --help'.";
+    }
+    return std::string(error.what()) + "\nTry 'dolqctl " + chosen.front()->get_name() + " --help'.";
 }
 
 /// Parses the command line and runs its command: CLI11 calls it when all options are read.
