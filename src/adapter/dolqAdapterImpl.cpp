@@ -1,7 +1,6 @@
 #include "adapter/dolqAdapterImpl.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <iterator>
 #include <utility>
@@ -9,6 +8,8 @@
 #include <ruxa/zum2/v1/CorrelationApi.h>
 
 #include "adapter/CorrelationInfo.h"
+#include "adapter/MoClass.h"
+#include "mapping/MinorType.h"
 #include "trace/Trace.h"
 
 namespace dolq {
@@ -26,9 +27,6 @@ constexpr SaNtfSeverityT kSeverityOfCode[] = {SA_NTF_SEVERITY_WARNING, SA_NTF_SE
 
 /// Indexed by the client's program group code.
 constexpr const char* kProgramGroupOfCode[] = {"gratPgGrp", "wratPgGrp", "lratPgGrp", "nrPgGrp"};
-
-constexpr std::uint32_t majorIdOf(std::uint32_t minorType) { return minorType >> 16; }
-constexpr std::uint32_t minorIdOf(std::uint32_t minorType) { return minorType & 0xFFFF; }
 
 std::string environmentValue(const char* value) { return value != nullptr ? value : ""; }
 
@@ -435,27 +433,18 @@ std::string AdapterImpl::programGroupName(std::uint32_t programGroup) const {
 }
 
 std::string AdapterImpl::parseMoClass(const std::string& notificationObject) const {
-    std::size_t begin = 0;
-    const std::size_t lastComma = notificationObject.rfind(',');
-    if (lastComma == std::string::npos) {
+    MoClass moClass = dolq::parseMoClass(notificationObject);
+    if (!moClass.hasComma) {
         DOLQ_TRACE(m_traceObject, kDetail,
                    "ObjClassParser- NotificationObj has no Comma Delimiter: notificationObject:%s",
                    notificationObject.c_str());
-    } else {
-        begin = lastComma + 1;
     }
-    const std::size_t equal = notificationObject.find('=', begin);
-    if (equal == std::string::npos) {
+    if (!moClass.hasEqual) {
         DOLQ_TRACE(m_traceObject, kDetail,
                    " ObjClassParser- NotificationObj has no Equal Delimiter: notificationObject:%s",
                    notificationObject.c_str());
-        return {};
     }
-    std::string moClass(notificationObject, begin, equal - begin);
-    moClass.erase(std::remove_if(moClass.begin(), moClass.end(),
-                                 [](unsigned char c) { return std::isspace(c) != 0; }),
-                  moClass.end());
-    return moClass;
+    return std::move(moClass.name);
 }
 
 void AdapterImpl::writeList(const std::vector<std::string>& list, std::stringstream& out) {

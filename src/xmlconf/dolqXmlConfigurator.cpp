@@ -10,6 +10,7 @@
 
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "trace/Trace.h"
+#include "xmlconf/MappingFileFormat.h"
 #include "xmlconf/XmlGuard.h"
 
 namespace dolq::xmlconf {
@@ -20,11 +21,6 @@ constexpr char kTraceUnit[] = "dolqXmlConfigurator";
 
 constexpr const char* kCategories[] = {"central", "local", "dynamic"};
 constexpr char kMappingFileTag[] = "alarm_mapping";
-
-constexpr char kMapping[] = "mapping";
-constexpr char kFaultId[] = "faultid";
-constexpr char kMinorType[] = "minor_type_id";
-constexpr char kMoClass[] = "managed_object_class";
 
 std::string textOf(const char* text) { return text != nullptr ? text : ""; }
 
@@ -45,24 +41,37 @@ private:
 
 // Where the reader stores what it finds: the one thing in which the generations differ.
 
-struct StoreIntoConfiguration {
-    ruxa::fm::dolq::v1::ConfigurationI* configuration;
-    void operator()(int faultId, int minorType) const {
-        configuration->setMapping(static_cast<std::uint32_t>(faultId),
-                                  static_cast<std::uint32_t>(minorType));
+class StoreIntoConfiguration final : public MappingFileObserver {
+public:
+    explicit StoreIntoConfiguration(ruxa::fm::dolq::v1::ConfigurationI& configuration)
+        : m_configuration(configuration) {}
+    void onMappingWithoutClass(const TiXmlElement&, std::uint32_t faultId,
+                               std::uint32_t minorType) override {
+        m_configuration.setMapping(faultId, minorType);
     }
-    void operator()(int faultId, int minorType, const std::string& moClass) const {
-        configuration->setMapping(static_cast<std::uint32_t>(faultId),
-                                  static_cast<std::uint32_t>(minorType), moClass);
+    void onMapping(const TiXmlElement&, std::uint32_t faultId, std::uint32_t minorType,
+                   const std::string& moClass) override {
+        m_configuration.setMapping(faultId, minorType, moClass);
     }
+
+private:
+    ruxa::fm::dolq::v1::ConfigurationI& m_configuration;
 };
 
-struct StoreIntoTable {
-    MappingTable& mapping;
-    void operator()(int faultId, int minorType, const std::string& moClass = {}) const {
-        mapping.set(static_cast<std::uint32_t>(faultId), static_cast<std::uint32_t>(minorType),
-                    moClass);
+class StoreIntoTable final : public MappingFileObserver {
+public:
+    explicit StoreIntoTable(MappingTable& mapping) : m_mapping(mapping) {}
+    void onMappingWithoutClass(const TiXmlElement&, std::uint32_t faultId,
+                               std::uint32_t minorType) override {
+        m_mapping.set(faultId, minorType, {});
     }
+    void onMapping(const TiXmlElement&, std::uint32_t faultId, std::uint32_t minorType,
+                   const std::string& moClass) override {
+        m_mapping.set(faultId, minorType, moClass);
+    }
+
+private:
+    MappingTable& m_mapping;
 };
 
 /// Calls `onClass` for each class of a comma-separated list, blanks removed: "A, ,B" holds "A", ""
@@ -90,7 +99,9 @@ void MappingXmlConfigurator::configure(MappingTable& mapping) {
 }
 
 template <typename ReadFile> void MappingXmlConfigurator::configureFrom(ReadFile readFile) {
-    const std::vector<std::string> paths = findAllMappingFiles(getProductNumber(), getRevision());
+    LoadModuleObserver nobody;
+    const std::vector<std::string> paths =
+        findAllMappingFiles(getProductNumber(), getRevision(), nobody);
     if (paths.empty()) {
         DOLQ_TRACE(m_traceObject, kDetail,
                    "No alarm mapping file found in Load Module: %s, Rev: %s, ThreadId = %d",
@@ -107,12 +118,12 @@ std::string MappingXmlConfigurator::getProductNumber() const {
 
 std::string MappingXmlConfigurator::getRevision() const { return textOf(std::getenv("ZBN_REV")); }
 
-std::vector<std::string>
-MappingXmlConfigurator::findAllMappingFiles(const std::string& productNumber,
-                                            const std::string& revision) {
+std::vector<std::string> MappingXmlConfigurator::findAllMappingFiles(
+    const std::string& productNumber, const std::string& revision, LoadModuleObserver& observer) {
     std::vector<std::string> all;
     for (const char* const category : kCategories) {
-        std::vector<std::string> paths = findMappingFiles(category, productNumber, revision);
+        std::vector<std::string> paths =
+            findMappingFiles(category, productNumber, revision, observer);
         all.insert(all.end(), std::make_move_iterator(paths.begin()),
                    std::make_move_iterator(paths.end()));
     }
@@ -121,7 +132,8 @@ MappingXmlConfigurator::findAllMappingFiles(const std::string& productNumber,
 
 std::vector<std::string> MappingXmlConfigurator::findMappingFiles(const std::string& category,
                                                                   const std::string& productNumber,
-                                                                  const std::string& revision) {
+                                                                  const std::string& revision,
+                                                                  LoadModuleObserver& observer) {
     std::vector<std::string> paths;
     char writableCategory[128] = {};
     category.copy(writableCategory, sizeof(writableCategory) - 1);
@@ -130,11 +142,14 @@ std::vector<std::string> MappingXmlConfigurator::findMappingFiles(const std::str
     if (result != 0) {
         DOLQ_TRACE(m_traceObject, kFailure, "Got error code %d from VELK, continuing anyway",
                    result);
+        observer.onFailedCategory(category, result);
         return paths;
     }
     for (const Velk_lm& loadModule : LoadModules(list)) {
-        if (productNumber != textOf(loadModule.productNumber) ||
-            revision != textOf(loadModule.revision)) {
+        const bool matches = productNumber == textOf(loadModule.productNumber) &&
+                             revision == textOf(loadModule.revision);
+        observer.onLoadModule(category, loadModule, matches);
+        if (!matches) {
             continue;
         }
         for (std::size_t i = 0; i < loadModule.fileCount; ++i) {
@@ -147,6 +162,7 @@ std::vector<std::string> MappingXmlConfigurator::findMappingFiles(const std::str
                 m_traceObject, kDetail,
                 "Found fault id to minor type mapping file '%s' in Load Module: %s, Rev:%s, ThreadId: %d",
                 path.c_str(), productNumber.c_str(), revision.c_str(), getpid());
+            observer.onMappingFile(path);
             paths.push_back(std::move(path));
         }
     }
@@ -155,28 +171,31 @@ std::vector<std::string> MappingXmlConfigurator::findMappingFiles(const std::str
 
 bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
                                              ruxa::fm::dolq::v1::ConfigurationI* configuration) {
-    const StoreIntoConfiguration store{configuration};
-    return readMappings(fileName, store);
+    StoreIntoConfiguration store(*configuration);
+    return readMappingFile(fileName, store);
 }
 
 bool MappingXmlConfigurator::readMappingFile(const std::string& fileName, MappingTable& mapping) {
-    const StoreIntoTable store{mapping};
-    return readMappings(fileName, store);
+    StoreIntoTable store(mapping);
+    return readMappingFile(fileName, store);
 }
 
-template <typename Store>
-bool MappingXmlConfigurator::readMappings(const std::string& fileName, Store& store) {
+bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
+                                             MappingFileObserver& observer) {
     TiXmlDocument document(fileName);
     if (!isSafeToParse(fileName) || !document.LoadFile(TIXML_ENCODING_UNKNOWN)) {
         DOLQ_TRACE(m_traceObject, kFlow, "Could not load XML file '%s'", fileName.c_str());
+        observer.onNotLoaded(document);
         return false;
     }
     const TiXmlElement* const root = document.FirstChildElement();
     if (root == nullptr) {
         DOLQ_TRACE(m_traceObject, kFlow, "XML data corrupt, no root element in file '%s'",
                    fileName.c_str());
+        observer.onNoRoot();
         return false;
     }
+    observer.onRoot(*root);
     for (const TiXmlElement* element = root->FirstChildElement(kMapping); element != nullptr;
          element = element->NextSiblingElement(kMapping)) {
         int faultId = 0;
@@ -187,8 +206,11 @@ bool MappingXmlConfigurator::readMappings(const std::string& fileName, Store& st
                 m_traceObject, kFlow,
                 "When parsing XML file '%s', a '%s' element that did not have all '%s' ,'%s' and '%s' integer attributes was encountered",
                 fileName.c_str(), kMapping, kFaultId, kMinorType, kMoClass);
+            observer.onSkipped(*element);
             continue;
         }
+        const auto storedFaultId = static_cast<std::uint32_t>(faultId);
+        const auto storedMinorType = static_cast<std::uint32_t>(minorType);
         const char* const moClasses = element->Attribute(kMoClass);
         if (moClasses == nullptr) {
             DOLQ_TRACE(m_traceObject, kFailure,
@@ -196,12 +218,13 @@ bool MappingXmlConfigurator::readMappings(const std::string& fileName, Store& st
                        faultId);
             DOLQ_TRACE(m_traceObject, kDetail, "Call DOLQ with %s=%d and %s=%d", kFaultId, faultId,
                        kMinorType, minorType);
-            store(faultId, minorType);
+            observer.onMappingWithoutClass(*element, storedFaultId, storedMinorType);
         } else {
             DOLQ_TRACE(m_traceObject, kDetail, "Call DOLQ with %s=%d,  %s=%d and %s=%s ", kFaultId,
                        faultId, kMinorType, minorType, kMoClass, moClasses);
-            forEachClass(moClasses,
-                         [&](const std::string& moClass) { store(faultId, minorType, moClass); });
+            forEachClass(moClasses, [&](const std::string& moClass) {
+                observer.onMapping(*element, storedFaultId, storedMinorType, moClass);
+            });
         }
     }
     return true;

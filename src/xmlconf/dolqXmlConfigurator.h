@@ -6,6 +6,8 @@
 #include "mapping/MappingTable.h"
 #include "ruxa/fm/dolq/v1/ConfigurationI.h"
 #include "trace/TraceObject.h"
+#include "xmlconf/LoadModuleObserver.h"
+#include "xmlconf/MappingFileObserver.h"
 
 namespace dolq::xmlconf {
 
@@ -30,20 +32,24 @@ public:
     bool readMappingFile(const std::string& fileName,
                          ruxa::fm::dolq::v1::ConfigurationI* configuration);
     bool readMappingFile(const std::string& fileName, MappingTable& mapping);
+    bool readMappingFile(const std::string& fileName, MappingFileObserver& observer);
 
-private:
+    /// The environment's `ZBN_NO` and `ZBN_REV`; empty when unset.
     std::string getProductNumber() const;
     std::string getRevision() const;
 
-    /// The paths of the mapping files, in reading order.
+    /// The paths of a load module's mapping files, in reading order.
+    std::vector<std::string> findAllMappingFiles(const std::string& productNumber,
+                                                 const std::string& revision,
+                                                 LoadModuleObserver& observer);
+
+private:
     std::vector<std::string> findMappingFiles(const std::string& category,
                                               const std::string& productNumber,
-                                              const std::string& revision);
-    std::vector<std::string> findAllMappingFiles(const std::string& productNumber,
-                                                 const std::string& revision);
+                                              const std::string& revision,
+                                              LoadModuleObserver& observer);
 
     template <typename ReadFile> void configureFrom(ReadFile readFile);
-    template <typename Store> bool readMappings(const std::string& fileName, Store& store);
 
     TraceObject m_traceObject{"ruxaDolqXmlLU"};
 };

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+class TiXmlDocument;
+class TiXmlElement;
+
+namespace dolq::xmlconf {
+
+/// Hears what the reader makes of one alarm mapping file, in document order. Elements know their
+/// row, column and attributes; they and the document last until the reader returns.
+class MappingFileObserver {
+public:
+    virtual ~MappingFileObserver() = default;
+
+    /// Nothing is read: the parser's error is in `document`, or it has none because the file is no
+    /// readable regular file, or its text not safe to parse.
+    virtual void onNotLoaded(const TiXmlDocument& /*document*/) {}
+    /// Nothing is read: the document has no element.
+    virtual void onNoRoot() {}
+    /// The mapping elements among the children of `root` follow.
+    virtual void onRoot(const TiXmlElement& /*root*/) {}
+
+    /// A mapping element without both ids.
+    virtual void onSkipped(const TiXmlElement& /*element*/) {}
+    /// A mapping element without a class list.
+    virtual void onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
+                                       std::uint32_t minorType) = 0;
+    /// One class of a mapping element's list; an element whose list is empty is not heard of.
+    virtual void onMapping(const TiXmlElement& element, std::uint32_t faultId,
+                           std::uint32_t minorType, const std::string& moClass) = 0;
+};
+
+} // namespace dolq::xmlconf

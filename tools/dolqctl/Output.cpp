@@ -1,0 +1,67 @@
+#include "Output.h"
+
+#include <cstdlib>
+#include <iostream>
+
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
+#include "Context.h"
+#include "Escape.h"
+
+namespace dolqctl {
+
+namespace {
+
+bool wantsColours() {
+    const char* const terminal = std::getenv("TERM");
+    return std::getenv("NO_COLOR") == nullptr && terminal != nullptr &&
+           std::string_view(terminal) != "dumb";
+}
+
+/// Indexed by `Style`: the number of the terminal's attribute.
+constexpr const char* kAttributes[] = {"0", "1", "2", "32", "33", "31"};
+
+} // namespace
+
+Output::Output()
+    : m_isTerminal(isatty(STDOUT_FILENO) == 1), m_colours(m_isTerminal && wantsColours()),
+      m_stream(std::cout) {}
+
+std::string Output::styled(Style style, std::string_view text) const {
+    if (!m_colours || style == Style::Plain) {
+        return std::string(text);
+    }
+    return std::string("\033[") + kAttributes[static_cast<std::size_t>(style)] + 'm' +
+           std::string(text) + "\033[0m";
+}
+
+void Output::line(std::string_view text) { m_stream << text << '\n'; }
+
+void Output::print(const Table& table) {
+    table.write(m_stream,
+                [this](Style style, std::string_view text) { return styled(style, text); });
+}
+
+void Output::print(const nlohmann::ordered_json& json) {
+    constexpr int kIndent = 2;
+    m_stream << json.dump(kIndent, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
+             << '\n';
+}
+
+bool Output::flush() { return static_cast<bool>(m_stream.flush()); }
+
+void tell(const std::string& text) {
+    std::cout.flush(); // what was printed before stands before it
+    std::cerr << "dolqctl: " << text << '\n';
+}
+
+std::string inQuotes(std::string_view text) {
+    return '"' + ruxa::trace::v2::escapedText(text) + '"';
+}
+
+std::string printable(std::string_view text) {
+    return text.empty() ? "-" : ruxa::trace::v2::escapedText(text);
+}
+
+} // namespace dolqctl

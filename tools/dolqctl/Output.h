@@ -1,0 +1,49 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "Table.h"
+
+namespace dolqctl {
+
+/// What a command prints on standard output: lines, tables aligned for a terminal, or JSON. Colours
+/// are for terminals only, and never used when `NO_COLOR` is set.
+class Output {
+public:
+    Output();
+
+    /// Whether a person looks at standard output.
+    bool isTerminal() const { return m_isTerminal; }
+
+    /// `text` in the colour of `style`, or as it stands where there are no colours.
+    std::string styled(Style style, std::string_view text) const;
+
+    void line(std::string_view text = {});
+    void print(const Table& table);
+    /// Indented. Bytes that are not UTF-8 become U+FFFD.
+    void print(const nlohmann::ordered_json& json);
+
+    /// For what is neither. Foreign text goes through `printable` first.
+    std::ostream& stream() { return m_stream; }
+
+    /// False when something of what was printed could not be written.
+    bool flush();
+
+private:
+    bool m_isTerminal;
+    bool m_colours;
+    std::ostream& m_stream;
+};
+
+/// `text` made fit for a terminal, in quotes, which are all that is left of nothing.
+std::string inQuotes(std::string_view text);
+
+/// Foreign text (of a file, an environment variable, the command line) made fit for a terminal: no
+/// control character, no broken UTF-8, "-" in place of nothing.
+std::string printable(std::string_view text);
+
+} // namespace dolqctl

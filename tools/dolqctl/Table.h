@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace dolqctl {
+
+enum class Style { Plain, Bold, Faint, Good, Warning, Bad };
+
+enum class Align { Left, Right };
+
+/// Rows under a heading, in columns two blanks apart that are as wide as a terminal shows them.
+/// No cell is left empty ("-" stands for nothing), and no line ends in blanks.
+class Table {
+public:
+    struct Column {
+        std::string heading;
+        Align align = Align::Left;
+    };
+    struct Cell {
+        Cell(std::string_view cellText, Style cellStyle = Style::Plain);
+        Cell(const std::string& cellText) : Cell(std::string_view(cellText)) {}
+        Cell(const char* cellText) : Cell(std::string_view(cellText)) {}
+        std::string text; // printable
+        Style style;
+    };
+    using Styled = std::function<std::string(Style, std::string_view)>;
+
+    explicit Table(std::vector<Column> columns);
+
+    /// One cell a column; foreign text may be given as it is.
+    void add(std::vector<Cell> cells);
+    bool isEmpty() const { return m_rows.empty(); }
+
+    void write(std::ostream& out, const Styled& styled) const;
+
+private:
+    std::vector<Column> m_columns;
+    std::vector<std::vector<Cell>> m_rows;
+};
+
+/// How many places of a terminal `text` takes: none for a combining character, two for a wide one.
+std::size_t displayWidth(std::string_view text);
+
+} // namespace dolqctl

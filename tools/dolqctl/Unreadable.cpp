@@ -1,0 +1,51 @@
+#include "Unreadable.h"
+
+#include <cerrno>
+#include <cstring>
+#include <limits>
+
+#include <tinyxml.h>
+
+#include "xmlconf/RegularFile.h"
+#include "xmlconf/XmlGuard.h"
+
+namespace dolqctl {
+
+namespace {
+
+std::string unsafeReason() {
+    return "not given to the parser: more than " + std::to_string(dolq::xmlconf::kMaxElementDepth) +
+           " levels of elements, more than " + std::to_string(dolq::xmlconf::kMaxAttributes) +
+           " attributes in one, or text broken off in the middle of a character or declaration";
+}
+
+std::string withoutFullStop(std::string text) {
+    if (!text.empty() && text.back() == '.') {
+        text.pop_back();
+    }
+    return text;
+}
+
+} // namespace
+
+Unreadable whyNotLoaded(const std::string& path, const TiXmlDocument& document) {
+    if (document.Error()) {
+        return {{path, document.ErrorRow(), document.ErrorCol()},
+                withoutFullStop(document.ErrorDesc())};
+    }
+    std::string content;
+    switch (const int error = dolq::xmlconf::readRegularFile(
+                path, std::numeric_limits<std::size_t>::max(), content)) {
+    case 0:
+        return {{path}, unsafeReason()};
+    case EISDIR:
+    case EINVAL:
+        return {{path}, "not a regular file"};
+    default:
+        return {{path}, std::strerror(error)};
+    }
+}
+
+Unreadable whyNoRoot(const std::string& path) { return {{path}, "no root element"}; }
+
+} // namespace dolqctl
