@@ -1,0 +1,146 @@
+// Loading mapping files against bare TinyXML, start-up of many threads, and the lookup by table
+// size.
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+#include <tinyxml.h>
+
+#include "Heap.h"
+#include "Timing.h"
+#include "mapping/dolqNotificationMapImpl.h"
+#include "ruxa/fm/dolq/v2/FmiFactory.h"
+
+namespace {
+
+using bench::median;
+using bench::secondsOf;
+
+constexpr int kFirstSize = 10;
+constexpr int kLastSize = 100000;
+constexpr std::uint32_t kUnknownFault = 0;
+constexpr char kClass[] = "board";
+
+/// A load module with one mapping file of `entries` entries. It is this program's own until the
+/// end of the scope.
+class LoadModule {
+public:
+    explicit LoadModule(int entries)
+        : m_directory(std::filesystem::temp_directory_path() /
+                      ("dolq-bench-" + std::to_string(entries))) {
+        std::filesystem::create_directories(m_directory);
+        std::ofstream(m_directory / "central.xml")
+            << "<loadModules><loadModule productNumber=\"CXC1\" revision=\"R1A\">"
+               "<file tag=\"alarm_mapping\" path=\"mapping.xml\"/></loadModule></loadModules>";
+        std::ofstream mapping(mappingFile());
+        mapping << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<mappings>\n";
+        for (int faultId = 1; faultId <= entries; ++faultId) {
+            mapping << "    <mapping faultid=\"" << faultId << "\" minor_type_id=\""
+                    << 9175040 + faultId << "\" managed_object_class=\"" << kClass << "\"/>\n";
+        }
+        mapping << "</mappings>\n";
+        setenv("VELK_MANIFEST_DIR", m_directory.c_str(), 1);
+        setenv("ZBN_NO", "CXC1", 1);
+        setenv("ZBN_REV", "R1A", 1);
+    }
+    ~LoadModule() { std::filesystem::remove_all(m_directory); }
+    LoadModule(const LoadModule&) = delete;
+    LoadModule& operator=(const LoadModule&) = delete;
+    std::string mappingFile() const { return m_directory / "mapping.xml"; }
+
+private:
+    std::filesystem::path m_directory;
+};
+
+void parseBarely(const std::string& file) {
+    TiXmlDocument document(file);
+    if (!document.LoadFile(TIXML_ENCODING_UNKNOWN)) {
+        std::fprintf(stderr, "TinyXML refuses %s\n", file.c_str());
+        std::abort();
+    }
+}
+
+void load() {
+    ruxa::fm::dolq::v2::getFmiFactory();
+    ruxa::fm::dolq::v2::freeFmiFactory();
+}
+
+template <typename Call> double peakBytesOf(Call call) {
+    bench::heap() = {true};
+    call();
+    bench::heap().counting = false;
+    return static_cast<double>(bench::heap().peakBytes);
+}
+
+/// Discovery, reading and table of a v2 factory, taking turns with a bare parse of the same file.
+void loadFile(benchmark::State& state) {
+    const LoadModule loadModule(static_cast<int>(state.range(0)));
+    const std::string file = loadModule.mappingFile();
+    std::vector<double> library;
+    std::vector<double> bare;
+    for (auto _ : state) {
+        library.push_back(secondsOf(load));
+        bare.push_back(secondsOf([&] { parseBarely(file); }));
+        state.SetIterationTime(library.back());
+    }
+    const double libraryBytes = peakBytesOf(load);
+    const double bareBytes = peakBytesOf([&] { parseBarely(file); });
+    state.counters["library_us"] = median(library) * 1e6;
+    state.counters["tinyxml_us"] = median(bare) * 1e6;
+    state.counters["time_ratio"] = median(library) / median(bare);
+    state.counters["library_kib"] = libraryBytes / 1024;
+    state.counters["tinyxml_kib"] = bareBytes / 1024;
+    state.counters["memory_ratio"] = libraryBytes / bareBytes;
+}
+BENCHMARK(loadFile)->RangeMultiplier(10)->Range(kFirstSize, kLastSize)->UseManualTime();
+
+/// Threads that get a factory of their own each, over a mapping file of 50 entries.
+void startUp(benchmark::State& state) {
+    const LoadModule loadModule(50);
+    const auto threadCount = static_cast<std::size_t>(state.range(0));
+    for (auto _ : state) {
+        std::vector<std::thread> threads;
+        for (std::size_t i = 0; i < threadCount; ++i) {
+            threads.emplace_back(load);
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+    }
+}
+BENCHMARK(startUp)->RangeMultiplier(2)->Range(1, 64)->UseRealTime()->Unit(benchmark::kMicrosecond);
+
+enum class Sought { First, Middle, Last, Miss };
+
+/// One lookup in a table of `range` entries, each of a fault of its own.
+void lookUp(benchmark::State& state, Sought sought) {
+    const auto size = static_cast<std::uint32_t>(state.range(0));
+    dolq::MappingTable table;
+    for (std::uint32_t faultId = 1; faultId <= size; ++faultId) {
+        table.set(faultId, faultId, kClass);
+    }
+    dolq::NotificationMapV2 map(table);
+    const std::string moClass = kClass;
+    const std::uint32_t faultIds[] = {1, (size + 1) / 2, size, kUnknownFault};
+    const std::uint32_t faultId = faultIds[static_cast<std::size_t>(sought)];
+    for (auto _ : state) {
+        std::uint32_t minorType = 0;
+        benchmark::DoNotOptimize(map.getMinorType(faultId, minorType, moClass));
+    }
+}
+BENCHMARK_CAPTURE(lookUp, first, Sought::First)->RangeMultiplier(10)->Range(kFirstSize, kLastSize);
+BENCHMARK_CAPTURE(lookUp, middle, Sought::Middle)
+    ->RangeMultiplier(10)
+    ->Range(kFirstSize, kLastSize);
+BENCHMARK_CAPTURE(lookUp, last, Sought::Last)->RangeMultiplier(10)->Range(kFirstSize, kLastSize);
+BENCHMARK_CAPTURE(lookUp, miss, Sought::Miss)->RangeMultiplier(10)->Range(kFirstSize, kLastSize);
+
+} // namespace
+
+BENCHMARK_MAIN();
