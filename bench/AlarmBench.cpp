@@ -19,6 +19,7 @@
 
 namespace {
 
+using bench::cpuSecondsOf;
 using bench::median;
 using bench::secondsOf;
 
@@ -55,8 +56,8 @@ void alternate(benchmark::State& state, const bench::Operation& operation) {
     };
     for (auto _ : state) {
         const bool libraryFirst = library.size() % 2 == 0;
-        const double first = libraryFirst ? secondsOf(callLibrary) : secondsOf(callDirectly);
-        const double second = libraryFirst ? secondsOf(callDirectly) : secondsOf(callLibrary);
+        const double first = libraryFirst ? cpuSecondsOf(callLibrary) : cpuSecondsOf(callDirectly);
+        const double second = libraryFirst ? cpuSecondsOf(callDirectly) : cpuSecondsOf(callLibrary);
         library.push_back(libraryFirst ? first : second);
         direct.push_back(libraryFirst ? second : first);
         state.SetIterationTime(library.back());
