@@ -3,8 +3,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -13,6 +11,7 @@
 #include <tinyxml.h>
 
 #include "Heap.h"
+#include "LoadModule.h"
 #include "Timing.h"
 #include "mapping/dolqNotificationMapImpl.h"
 #include "ruxa/fm/dolq/v2/FmiFactory.h"
@@ -27,37 +26,6 @@ constexpr int kFirstSize = 10;
 constexpr int kLastSize = 100000;
 constexpr std::uint32_t kUnknownFault = 0;
 constexpr char kClass[] = "board";
-
-/// A load module with one mapping file of `entries` entries. It is this program's own until the
-/// end of the scope.
-class LoadModule {
-public:
-    explicit LoadModule(int entries)
-        : m_directory(std::filesystem::temp_directory_path() /
-                      ("dolq-bench-" + std::to_string(entries))) {
-        std::filesystem::create_directories(m_directory);
-        std::ofstream(m_directory / "central.xml")
-            << "<loadModules><loadModule productNumber=\"CXC1\" revision=\"R1A\">"
-               "<file tag=\"alarm_mapping\" path=\"mapping.xml\"/></loadModule></loadModules>";
-        std::ofstream mapping(mappingFile());
-        mapping << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<mappings>\n";
-        for (int faultId = 1; faultId <= entries; ++faultId) {
-            mapping << "    <mapping faultid=\"" << faultId << "\" minor_type_id=\""
-                    << 9175040 + faultId << "\" managed_object_class=\"" << kClass << "\"/>\n";
-        }
-        mapping << "</mappings>\n";
-        setenv("VELK_MANIFEST_DIR", m_directory.c_str(), 1);
-        setenv("ZBN_NO", "CXC1", 1);
-        setenv("ZBN_REV", "R1A", 1);
-    }
-    ~LoadModule() { std::filesystem::remove_all(m_directory); }
-    LoadModule(const LoadModule&) = delete;
-    LoadModule& operator=(const LoadModule&) = delete;
-    std::string mappingFile() const { return m_directory / "mapping.xml"; }
-
-private:
-    std::filesystem::path m_directory;
-};
 
 [[noreturn]] void fail(const char* what, const std::string& file) {
     std::fprintf(stderr, "%s %s\n", what, file.c_str());
@@ -93,7 +61,7 @@ template <typename Call> double peakBytesOf(Call call) {
 
 /// Reading a file into a table takes turns with a bare parse of the same file.
 void loadFile(benchmark::State& state) {
-    const LoadModule loadModule(static_cast<int>(state.range(0)));
+    const bench::LoadModule loadModule(static_cast<int>(state.range(0)));
     const std::string file = loadModule.mappingFile();
     std::vector<double> library;
     std::vector<double> bare;
@@ -115,7 +83,7 @@ BENCHMARK(loadFile)->RangeMultiplier(10)->Range(kFirstSize, kLastSize)->UseManua
 
 /// Threads that get a factory of their own each, over a mapping file of 50 entries.
 void startUp(benchmark::State& state) {
-    const LoadModule loadModule(50);
+    const bench::LoadModule loadModule(50);
     const auto threadCount = static_cast<std::size_t>(state.range(0));
     for (auto _ : state) {
         std::vector<std::thread> threads;
