@@ -142,7 +142,7 @@ int main(int argc, char** argv) {
             ->RangeMultiplier(2)
             ->Range(1, kMostThreads)
             ->UseManualTime()
-            ->Iterations(5);
+            ->Iterations(10);
     }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
