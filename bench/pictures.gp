@@ -10,11 +10,12 @@ rows(run, prefix, fields) = read(sprintf(\
 
 set terminal svg size 900,480 font "sans-serif,13" background "white"
 set bmargin 6
+set rmargin 27
 set grid ytics linecolor rgb "#dddddd"
 set border 3
 set tics nomirror
 set key outside right top
-set label 1 system(sprintf("jq --raw-output '.machine + \"; \" + .compiler + \"; commit \" + .commit + \"; \" + .date' %s", results)) \
+set label 1 system(sprintf("jq --raw-output '.machine + \"; \" + .compiler + \"; commit \" + .commit + \"; \" + .date + \"; load average before \" + .load' %s", results)) \
     at screen 0.01,0.02 font ",10" textcolor rgb "#666666" noenhanced
 blue = "#1f77b4"; orange = "#ff7f0e"; green = "#2ca02c"; red = "#d62728"
 set linetype 1 linecolor rgb blue linewidth 2 pointtype 7 pointsize 0.6
@@ -30,7 +31,6 @@ set style histogram clustered gap 1
 set style fill solid 0.85 noborder
 set xtics rotate by -30 noenhanced font ",10"
 set bmargin 10
-set rmargin 22
 set yrange [0:*]
 
 set output pictures."/operations-null.svg"
@@ -59,7 +59,7 @@ set style data linespoints
 set xtics norotate enhanced font ",13"
 set bmargin 6
 set logscale xy
-set format x "%.0f"
+set format xy "%.0f"
 set yrange [*:*]
 
 set output pictures."/lookup.svg"
