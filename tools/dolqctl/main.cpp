@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "CheckCommand.h"
+#include "AlarmsCommand.h"
 #include "Context.h"
 #include "ExplainCommand.h"
 #include "GenerateCommand.h"
@@ -48,6 +49,8 @@ int run(int argc, char** argv) {
     dolqctl::addCheckCommand(app, context);
     dolqctl::addExplainCommand(app, context);
     dolqctl::addGenerateCommand(app, context);
+    dolqctl::addAlarmsCommand(app, context);
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& request) { // --help or --version
