@@ -1,6 +1,7 @@
 #include "AlarmList.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 #include <variant>
 
@@ -24,6 +25,12 @@ std::string textOf(const ruxa::ntf::Element& element) {
 
 bool isCorrelation(const std::string& entry) { return entry.rfind(kCorrelationPrefix, 0) == 0; }
 
+/// "32473/1/17 managedElement=1,board=3"
+std::string keyOf(const ruxa::ntf::AlarmRecord& record) {
+    return std::to_string(record.vendorId) + '/' + std::to_string(record.majorId) + '/' +
+           std::to_string(record.minorId) + ' ' + record.notificationObject;
+}
+
 void takeWhatItSays(const ruxa::ntf::AlarmRecord& record, Alarm& alarm) {
     alarm.severity = record.perceivedSeverity;
     alarm.lastTimeNs = record.eventTimeNs;
@@ -46,7 +53,7 @@ void takeWhatItSays(const ruxa::ntf::AlarmRecord& record, Alarm& alarm) {
 } // namespace
 
 AlarmList::Applied AlarmList::apply(const ruxa::ntf::AlarmRecord& record) {
-    const Key key(record.notificationObject, record.vendorId, record.majorId, record.minorId);
+    std::string key = keyOf(record);
     auto found = m_active.find(key);
     if (record.perceivedSeverity == kCleared) {
         if (found == m_active.end()) {
@@ -59,9 +66,12 @@ AlarmList::Applied AlarmList::apply(const ruxa::ntf::AlarmRecord& record) {
     }
     const bool isNew = found == m_active.end();
     if (isNew) {
-        found = m_active.emplace(key, Alarm()).first;
+        found = m_active.emplace(std::move(key), Alarm()).first;
         Alarm& alarm = found->second;
-        std::tie(alarm.object, alarm.vendorId, alarm.majorId, alarm.minorId) = key;
+        alarm.object = record.notificationObject;
+        alarm.vendorId = record.vendorId;
+        alarm.majorId = record.majorId;
+        alarm.minorId = record.minorId;
         alarm.firstTimeNs = record.eventTimeNs;
     }
     takeWhatItSays(record, found->second);
@@ -75,9 +85,12 @@ std::vector<const Alarm*> AlarmList::active() const {
     for (const auto& entry : m_active) {
         alarms.push_back(&entry.second);
     }
-    std::stable_sort(alarms.begin(), alarms.end(), [](const Alarm* left, const Alarm* right) {
-        return left->firstTimeNs < right->firstTimeNs;
-    });
+    const auto order = [](const Alarm& alarm) {
+        return std::tie(alarm.firstTimeNs, alarm.object, alarm.vendorId, alarm.majorId,
+                        alarm.minorId);
+    };
+    std::sort(alarms.begin(), alarms.end(),
+              [&](const Alarm* left, const Alarm* right) { return order(*left) < order(*right); });
     return alarms;
 }
 

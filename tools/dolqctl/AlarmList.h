@@ -1,10 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
-#include <tuple>
+#include <unordered_map>
 #include <vector>
 
 #include "AlarmRecord.h"
@@ -50,10 +49,8 @@ public:
     std::vector<const Alarm*> active() const;
 
 private:
-    using Key = std::tuple<std::string, std::uint32_t, std::uint16_t, std::uint16_t>;
-
-    std::map<Key, Alarm> m_active;
-    Alarm m_ceased; ///< the latest
+    std::unordered_map<std::string, Alarm> m_active; ///< by class and object, see `keyOf`
+    Alarm m_ceased;                                  ///< the latest
 };
 
 } // namespace dolqctl

@@ -179,9 +179,8 @@ private:
             return;
         }
         m_reported = m_counts.torn + m_counts.foreign;
-        m_output.flush(); // in its place among the alarms, where both go to one terminal
-        std::cerr << "dolqctl: left out of " << printable(m_reader.path().string()) << ": "
-                  << m_counts.torn << " torn and " << m_counts.foreign << " foreign lines\n";
+        tell("left out of " + printable(m_reader.path().string()) + ": torn lines " +
+             std::to_string(m_counts.torn) + ", foreign lines " + std::to_string(m_counts.foreign));
     }
 
     void follow() {
