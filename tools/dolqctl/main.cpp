@@ -4,10 +4,12 @@
 
 #include "CheckCommand.h"
 #include "AlarmsCommand.h"
+#include "CeaseCommand.h"
 #include "Context.h"
 #include "ExplainCommand.h"
 #include "GenerateCommand.h"
 #include "MappingsCommand.h"
+#include "RaiseCommand.h"
 
 namespace {
 
@@ -49,6 +51,8 @@ int run(int argc, char** argv) {
     dolqctl::addCheckCommand(app, context);
     dolqctl::addExplainCommand(app, context);
     dolqctl::addGenerateCommand(app, context);
+    dolqctl::addRaiseCommand(app, context);
+    dolqctl::addCeaseCommand(app, context);
     dolqctl::addAlarmsCommand(app, context);
 
     try {
