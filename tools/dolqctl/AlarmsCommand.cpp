@@ -19,8 +19,8 @@ namespace dolqctl {
 
 namespace {
 
-constexpr char kFooter[] = R"(
-The log is the one that the embedded notification service writes: --log, or else RUXA_NTF_LOG, or
+constexpr char kFooter[] =
+    R"(The log is the one that the embedded notification service writes: --log, or else RUXA_NTF_LOG, or
 else ruxa/notifications.jsonl in XDG_STATE_HOME or ~/.local/state. Notifications of one object and
 one notification class are one alarm: the latest raise says what it is, and a cease ends it.
 Lines that are no notifications are counted, reported on standard error and left out.

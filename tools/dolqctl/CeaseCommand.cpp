@@ -10,8 +10,8 @@ namespace dolqctl {
 
 namespace {
 
-constexpr char kFooter[] = R"(
-The traces of the call go to standard error, and also to where RUXA_TRACE_SINK says. Exit code 1:
+constexpr char kFooter[] =
+    R"(The traces of the call go to standard error, and also to where RUXA_TRACE_SINK says. Exit code 1:
 nothing was sent. It takes no alarm to be active.
 
 Example:

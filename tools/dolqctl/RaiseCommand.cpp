@@ -19,8 +19,8 @@ namespace {
 
 using ruxa::fm::fmi::v1::FaultManagementI;
 
-constexpr char kFooter[] = R"(
-Without a correlation option, or with --event-id or --event-uuid, it is a primary alarm; with
+constexpr char kFooter[] =
+    R"(Without a correlation option, or with --event-id or --event-uuid, it is a primary alarm; with
 --correlated-event-id or --correlated-event-uuid, which may be repeated, a secondary one. With
 --combined the library decides: secondary when the first --correlated-event-id is not 0, else
 primary with --event-id; the system's identity then comes from the environment.

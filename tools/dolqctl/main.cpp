@@ -2,10 +2,11 @@
 
 #include <CLI/CLI.hpp>
 
-#include "CheckCommand.h"
 #include "AlarmsCommand.h"
 #include "CeaseCommand.h"
+#include "CheckCommand.h"
 #include "Context.h"
+#include "DoctorCommand.h"
 #include "ExplainCommand.h"
 #include "GenerateCommand.h"
 #include "MappingsCommand.h"
@@ -54,6 +55,7 @@ int run(int argc, char** argv) {
     dolqctl::addRaiseCommand(app, context);
     dolqctl::addCeaseCommand(app, context);
     dolqctl::addAlarmsCommand(app, context);
+    dolqctl::addDoctorCommand(app, context);
 
     try {
         app.parse(argc, argv);
