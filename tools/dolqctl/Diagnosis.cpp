@@ -8,15 +8,15 @@
 namespace dolqctl {
 
 std::size_t Diagnosis::failures() const {
-    return static_cast<std::size_t>(
-        std::count_if(m_findings.begin(), m_findings.end(), [](const Finding& finding) {
-            return finding.status == Finding::Status::Failed;
+    return static_cast<std::size_t>(std::count_if(
+        m_observations.begin(), m_observations.end(), [](const Observation& observation) {
+            return observation.status == Observation::Status::Failed;
         }));
 }
 
-void Diagnosis::add(std::string& check, Finding::Status status, std::string& text,
+void Diagnosis::add(std::string& check, Observation::Status status, std::string& text,
                     std::string advice) {
-    m_findings.push_back({std::move(check), status, std::move(text), std::move(advice), {}});
+    m_observations.push_back({std::move(check), status, std::move(text), std::move(advice), {}});
 }
 
 std::string fileOfAddress(const void* address) {

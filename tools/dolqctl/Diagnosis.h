@@ -7,7 +7,7 @@
 namespace dolqctl {
 
 /// One thing that was looked at.
-struct Finding {
+struct Observation {
     enum class Status {
         Ok,
         Warning, ///< alarms go out, but not as somebody meant them to
@@ -22,23 +22,23 @@ struct Finding {
 
 class Diagnosis {
 public:
-    void ok(std::string check, std::string text) { add(check, Finding::Status::Ok, text, ""); }
+    void ok(std::string check, std::string text) { add(check, Observation::Status::Ok, text, ""); }
     void warn(std::string check, std::string text, std::string advice) {
-        add(check, Finding::Status::Warning, text, advice);
+        add(check, Observation::Status::Warning, text, advice);
     }
     void fail(std::string check, std::string text, std::string advice) {
-        add(check, Finding::Status::Failed, text, advice);
+        add(check, Observation::Status::Failed, text, advice);
     }
     /// How long the latest one took.
-    void took(double milliseconds) { m_findings.back().milliseconds = milliseconds; }
+    void took(double milliseconds) { m_observations.back().milliseconds = milliseconds; }
 
-    const std::vector<Finding>& findings() const { return m_findings; }
+    const std::vector<Observation>& observations() const { return m_observations; }
     std::size_t failures() const;
 
 private:
-    void add(std::string& check, Finding::Status status, std::string& text, std::string advice);
+    void add(std::string& check, Observation::Status status, std::string& text, std::string advice);
 
-    std::vector<Finding> m_findings;
+    std::vector<Observation> m_observations;
 };
 
 // The checks. Those of the trace backend come first: the backend reads its environment once, and

@@ -25,34 +25,36 @@ struct Look {
     Style style;
 };
 
-/// Indexed by `Finding::Status`.
+/// Indexed by `Observation::Status`.
 constexpr Look kLooks[] = {
     {"ok", Style::Good}, {"warning", Style::Warning}, {"failed", Style::Bad}};
 
-const Look& lookOf(const Finding& finding) {
-    return kLooks[static_cast<std::size_t>(finding.status)];
+const Look& lookOf(const Observation& observation) {
+    return kLooks[static_cast<std::size_t>(observation.status)];
 }
 
-std::string textOf(const Finding& finding) {
-    if (!finding.milliseconds) {
-        return finding.text;
+std::string textOf(const Observation& observation) {
+    if (!observation.milliseconds) {
+        return observation.text;
     }
     char duration[32] = "";
-    std::snprintf(duration, sizeof(duration), " (%.1f ms)", *finding.milliseconds);
-    return finding.text + duration;
+    std::snprintf(duration, sizeof(duration), " (%.1f ms)", *observation.milliseconds);
+    return observation.text + duration;
 }
 
 void printText(const Diagnosis& diagnosis, Output& output) {
     Table table({{"STATUS"}, {"CHECK"}, {"FINDING"}});
-    for (const Finding& finding : diagnosis.findings()) {
-        table.add({{lookOf(finding).name, lookOf(finding).style}, finding.check, textOf(finding)});
+    for (const Observation& observation : diagnosis.observations()) {
+        table.add({{lookOf(observation).name, lookOf(observation).style},
+                   observation.check,
+                   textOf(observation)});
     }
     output.print(table);
     output.line();
-    for (const Finding& finding : diagnosis.findings()) {
-        if (!finding.advice.empty()) {
-            output.line(output.styled(lookOf(finding).style, finding.check) + ": " +
-                        printable(finding.advice));
+    for (const Observation& observation : diagnosis.observations()) {
+        if (!observation.advice.empty()) {
+            output.line(output.styled(lookOf(observation).style, observation.check) + ": " +
+                        printable(observation.advice));
         }
     }
     const std::size_t failures = diagnosis.failures();
@@ -66,14 +68,15 @@ void printJson(const Diagnosis& diagnosis, Output& output) {
     nlohmann::ordered_json json;
     json["canRaise"] = diagnosis.failures() == 0;
     json["checks"] = nlohmann::ordered_json::array();
-    for (const Finding& finding : diagnosis.findings()) {
-        nlohmann::ordered_json check = {
-            {"check", finding.check}, {"status", lookOf(finding).name}, {"finding", finding.text}};
-        if (!finding.advice.empty()) {
-            check["advice"] = finding.advice;
+    for (const Observation& observation : diagnosis.observations()) {
+        nlohmann::ordered_json check = {{"check", observation.check},
+                                        {"status", lookOf(observation).name},
+                                        {"finding", observation.text}};
+        if (!observation.advice.empty()) {
+            check["advice"] = observation.advice;
         }
-        if (finding.milliseconds) {
-            check["milliseconds"] = *finding.milliseconds;
+        if (observation.milliseconds) {
+            check["milliseconds"] = *observation.milliseconds;
         }
         json["checks"].push_back(std::move(check));
     }
