@@ -62,6 +62,20 @@ void checkSink(Diagnosis& diagnosis, const std::string& sink) {
 
 } // namespace
 
+void diagnoseLog(Diagnosis& diagnosis) {
+    const char* const log = std::getenv("RUXA_NTF_LOG");
+    if (log == nullptr || *log == '\0') {
+        return; // the service finds a place by itself, or is another one
+    }
+    if (isWritable(log)) {
+        diagnosis.ok("notification log", std::string("is ") + log);
+    } else {
+        diagnosis.fail("notification log", std::string(log) + " cannot be written",
+                       "correct RUXA_NTF_LOG or the permissions: the embedded notification "
+                       "service refuses every alarm");
+    }
+}
+
 void diagnoseTraces(Diagnosis& diagnosis) {
     diagnosis.ok("library", "is " + fileOf(&ruxa::fm::dolq::v2::getFmiFactory));
     const char* const sink = std::getenv(kSinkVariable);

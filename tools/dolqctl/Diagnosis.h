@@ -47,6 +47,7 @@ void diagnoseTraces(Diagnosis& diagnosis);
 void diagnoseEnvironment(Diagnosis& diagnosis);
 void diagnoseMappings(Diagnosis& diagnosis);
 void diagnoseCorrelation(Diagnosis& diagnosis);
+void diagnoseLog(Diagnosis& diagnosis);
 void diagnoseNtf(Diagnosis& diagnosis);
 
 /// The file from which the dynamic linker took a function.

@@ -89,6 +89,7 @@ int run(bool asJson, Output& output) {
     diagnoseEnvironment(diagnosis);
     diagnoseMappings(diagnosis);
     diagnoseCorrelation(diagnosis);
+    diagnoseLog(diagnosis);
     diagnoseNtf(diagnosis);
     (asJson ? printJson : printText)(diagnosis, output);
     return diagnosis.failures() == 0 ? kFine : kFindings;
