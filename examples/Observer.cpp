@@ -4,15 +4,26 @@
 #include <fstream>
 #include <iostream>
 #include <sstream>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
 #include <unistd.h>
 
-#include "AlarmRecord.h"
-#include "NotificationLog.h"
+#include <nlohmann/json.hpp>
 
 namespace {
+
+using Json = nlohmann::json;
+
+/// The service has a default path, but there the log of other programs may lie.
+std::filesystem::path notificationLogPath() {
+    const char* variable = std::getenv("RUXA_NTF_LOG");
+    if (variable == nullptr || *variable == '\0') {
+        throw std::runtime_error("RUXA_NTF_LOG is not set: set it to the notification log's path");
+    }
+    return variable;
+}
 
 /// The trace's file, or an empty path when the trace goes elsewhere.
 std::filesystem::path traceFilePath() {
@@ -22,44 +33,35 @@ std::filesystem::path traceFilePath() {
     return sink.substr(0, kScheme.size()) == kScheme ? sink.substr(kScheme.size()) : "";
 }
 
-std::string valueText(const ruxa::ntf::Element& element) {
-    std::ostringstream text;
-    std::visit(
-        [&text](const auto& value) {
-            if constexpr (!std::is_same_v<std::decay_t<decltype(value)>, std::monostate>) {
-                text << value;
-            }
-        },
-        element.value);
-    return text.str();
-}
-
 void printField(const char* name, const std::string& value) {
     if (!value.empty()) {
         std::cout << "      " << name << value << '\n';
     }
 }
 
-void printNotification(const ruxa::ntf::AlarmRecord& alarm) {
-    std::cout << "   NOTIFICATION " << alarm.notificationId << ", "
-              << ruxa::ntf::formatTime(alarm.eventTimeNs) << '\n';
-    printField("object         ", alarm.notificationObject);
-    printField("severity       ", ruxa::ntf::severityName(alarm.perceivedSeverity));
-    printField("alarm          ", std::to_string(alarm.majorId) + "/" +
-                                      std::to_string(alarm.minorId) + " of vendor " +
-                                      std::to_string(alarm.vendorId));
-    printField("text           ", alarm.additionalText);
-    for (const ruxa::ntf::Element& info : alarm.additionalInfo) {
-        printField("information    ", valueText(info));
+void printValues(const char* name, const Json& elements) {
+    for (const Json& element : elements) {
+        const Json& value = element.at("value");
+        printField(name, value.is_string() ? value.get<std::string>() : value.dump());
     }
-    for (const ruxa::ntf::Element& action : alarm.proposedRepairActions) {
-        printField("repair action  ", valueText(action));
-    }
-    printField("further        ", std::string("event type ") +
-                                      ruxa::ntf::eventTypeName(alarm.eventType) +
-                                      ", probable cause " + std::to_string(alarm.probableCause) +
-                                      ", trend " + std::to_string(alarm.trend) + ", threshold " +
-                                      std::to_string(alarm.thresholdId));
+}
+
+void printNotification(const Json& alarm) {
+    const Json& classId = alarm.at("classId");
+    std::cout << "   NOTIFICATION " << alarm.at("notificationId").get<std::string>() << ", "
+              << alarm.at("eventTime").get<std::string>() << '\n';
+    printField("object         ", alarm.at("notificationObject"));
+    printField("severity       ", alarm.at("perceivedSeverity"));
+    printField("alarm          ", classId.at("majorId").dump() + "/" +
+                                      classId.at("minorId").dump() + " of vendor " +
+                                      classId.at("vendorId").dump());
+    printField("text           ", alarm.at("additionalText"));
+    printValues("information    ", alarm.at("additionalInfo"));
+    printValues("repair action  ", alarm.at("proposedRepairActions"));
+    printField("further        ", "event type " + alarm.at("eventType").get<std::string>() +
+                                      ", probable cause " + alarm.at("probableCause").dump() +
+                                      ", trend " + alarm.at("trend").dump() + ", threshold " +
+                                      alarm.at("thresholdId").dump());
 }
 
 /// A trace line reads "time process thread object group unit:line text".
@@ -104,8 +106,7 @@ std::vector<std::string> GrowingFile::newLines() {
     return lines;
 }
 
-Observer::Observer()
-    : m_notificationLog(ruxa::ntf::notificationLogPath()), m_traceFile(traceFilePath()) {}
+Observer::Observer() : m_notificationLog(notificationLogPath()), m_traceFile(traceFilePath()) {}
 
 void Observer::printPlaces() const {
     const bool isFile = !m_traceFile.path().empty();
@@ -119,11 +120,11 @@ void Observer::printPlaces() const {
 std::size_t Observer::printNews() {
     std::size_t count = 0;
     for (const std::string& line : m_notificationLog.newLines()) {
-        const ruxa::ntf::ParsedLine parsed = ruxa::ntf::parseLine(line);
-        if (parsed.kind != ruxa::ntf::ParsedLine::Kind::Notification) {
-            std::cout << "   unreadable line in the notification log: " << parsed.reason << '\n';
-        } else if (parsed.record.processId == getpid()) {
-            printNotification(parsed.record);
+        const Json alarm = Json::parse(line, nullptr, false);
+        if (!alarm.is_object()) {
+            std::cout << "   unreadable line in the notification log: " << line << '\n';
+        } else if (alarm.at("processId") == getpid()) {
+            printNotification(alarm);
             ++count;
         }
     }

@@ -7,8 +7,8 @@
 #include "ntf/FieldLimits.h"
 #include "trace/Trace.h"
 
-#ifndef RUXA_DOLQ_VENDOR_ID
-#error "RUXA_DOLQ_VENDOR_ID comes from the build"
+#if !defined(RUXA_DOLQ_VENDOR_ID) || !defined(RUXA_DOLQ_EVENT_TIME_UNKNOWN)
+#error "RUXA_DOLQ_VENDOR_ID and RUXA_DOLQ_EVENT_TIME_UNKNOWN come from the build"
 #endif
 
 namespace dolq {
@@ -19,6 +19,8 @@ constexpr char kTraceUnit[] = "dolqNtfSessionImpl";
 
 constexpr SaUint32T kVendorId = RUXA_DOLQ_VENDOR_ID;
 constexpr SaNtfElementIdT kThresholdId = 255;
+// For services that neither set the event time at allocation nor replace what they find in it.
+constexpr bool kSetsEventTime = RUXA_DOLQ_EVENT_TIME_UNKNOWN != 0;
 constexpr useconds_t kRetryDelayUs = 100000; // microseconds
 
 /// The answer of `call` once the service is no longer too busy to give one.
@@ -159,6 +161,9 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
 
     SaNtfNotificationHeaderT& header = notification.notificationHeader;
     *header.eventType = SA_NTF_ALARM_NOTIFICATIONS_START;
+    if constexpr (kSetsEventTime) {
+        *header.eventTime = static_cast<SaTimeT>(SA_TIME_UNKNOWN);
+    }
     copyName(data.notificationObject, *header.notificationObject);
     copyName(data.notificationObject, *header.notifyingObject);
     header.notificationClassId->vendorId = kVendorId;

@@ -2,6 +2,7 @@
 #include "RegularFile.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <limits>
 
@@ -14,7 +15,15 @@ enum class Verdict { GoOn, ParserStops, Unsafe };
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-bool isBlank(char byte) { return std::isspace(static_cast<unsigned char>(byte)) != 0; }
+// TinyXML asks the process's locale what a byte is. No locale differs on ASCII, which is nearly all
+// that is ever asked, so that the C library's call is kept for the rest.
+
+constexpr bool isAscii(char byte) { return static_cast<unsigned char>(byte) < 0x80; }
+
+bool isBlank(char byte) {
+    return isAscii(byte) ? byte == ' ' || (byte >= '\t' && byte <= '\r')
+                         : std::isspace(static_cast<unsigned char>(byte)) != 0;
+}
 
 bool isQuote(char byte) { return byte == '"' || byte == '\''; }
 
@@ -22,15 +31,25 @@ bool endsUnquotedValue(char byte) {
     return isBlank(byte) || isQuote(byte) || byte == '/' || byte == '>';
 }
 
-bool isNameStart(char byte) {
-    const auto code = static_cast<unsigned char>(byte);
-    return code >= 127 || std::isalpha(code) != 0 || byte == '_';
+constexpr bool isNameStart(char byte) {
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_' ||
+           byte == '\x7F' || !isAscii(byte);
 }
 
-bool isNamePart(char byte) {
-    return isNameStart(byte) || std::isdigit(static_cast<unsigned char>(byte)) != 0 ||
-           byte == '-' || byte == '.' || byte == ':';
+/// By byte: most of a mapping file is names, and each of their bytes is asked for.
+constexpr std::array<bool, 256> makeNameParts() {
+    std::array<bool, 256> parts{};
+    for (std::size_t code = 0; code < parts.size(); ++code) {
+        const char byte = static_cast<char>(code);
+        parts[code] = isNameStart(byte) || (byte >= '0' && byte <= '9') || byte == '-' ||
+                      byte == '.' || byte == ':';
+    }
+    return parts;
 }
+
+constexpr std::array<bool, 256> kNameParts = makeNameParts();
+
+bool isNamePart(char byte) { return kNameParts[static_cast<unsigned char>(byte)]; }
 
 /// Length of the UTF-8 character that `byte` begins; 1 for a byte that begins none.
 std::size_t utf8Length(char byte) {
@@ -80,16 +99,22 @@ private:
     }
 
     void skipBlanks() {
-        while (!m_rest.empty()) {
-            if (m_utf8 && (startsWith(kByteOrderMark) || startsWith("\xEF\xBF\xBE") ||
-                           startsWith("\xEF\xBF\xBF"))) {
-                m_rest.remove_prefix(3);
-            } else if (isBlank(m_rest.front())) {
-                m_rest.remove_prefix(1);
-            } else {
-                return;
+        do {
+            std::size_t at = 0;
+            while (at < m_rest.size() && isBlank(m_rest[at])) {
+                ++at;
             }
-        }
+            m_rest.remove_prefix(at);
+        } while (m_utf8 && !m_rest.empty() && m_rest.front() == kByteOrderMark.front() &&
+                 skipUtf8Blank());
+    }
+
+    /// What TinyXML takes for white space as well in UTF-8. Out of line: it is rare.
+    [[gnu::noinline]] bool skipUtf8Blank() {
+        const bool found =
+            startsWith(kByteOrderMark) || startsWith("\xEF\xBF\xBE") || startsWith("\xEF\xBF\xBF");
+        m_rest.remove_prefix(found ? 3 : 0);
+        return found;
     }
 
     Verdict skipPast(std::string_view end, std::size_t from) {
@@ -207,9 +232,11 @@ private:
         if (m_rest.empty() || !isNameStart(m_rest.front())) {
             return false;
         }
-        while (!m_rest.empty() && isNamePart(m_rest.front())) {
-            m_rest.remove_prefix(1);
+        std::size_t length = 1;
+        while (length < m_rest.size() && isNamePart(m_rest[length])) {
+            ++length;
         }
+        m_rest.remove_prefix(length);
         return true;
     }
 
@@ -248,6 +275,10 @@ private:
     Verdict skipCharactersTo(char end) {
         std::size_t at = 0;
         while (at < m_rest.size() && m_rest[at] != end) {
+            if (m_rest[at] != '&' && isAscii(m_rest[at])) {
+                ++at;
+                continue;
+            }
             const std::size_t length = m_rest[at] == '&' ? entityLength(m_rest.substr(at))
                                        : m_utf8          ? utf8Length(m_rest[at])
                                                          : 1;

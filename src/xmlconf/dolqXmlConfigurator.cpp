@@ -1,7 +1,9 @@
 #include "xmlconf/dolqXmlConfigurator.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 
 #include <Velk.h>
@@ -84,6 +86,20 @@ template <typename OnClass> void forEachClass(const std::string& attribute, OnCl
         onClass(classes.substr(begin, end - begin));
         begin = end + 1;
     }
+}
+
+/// `QueryIntAttribute`, which asks sscanf, but cheap for a plain number and nothing else.
+bool queryInt(const TiXmlElement& element, const char* name, int& value) {
+    const char* const text = element.Attribute(name);
+    int number = 0;
+    if (text != nullptr) {
+        const auto parsed = std::from_chars(text, text + std::strlen(text), number);
+        if (parsed.ec == std::errc{} && *parsed.ptr == '\0') {
+            value = number;
+            return true;
+        }
+    }
+    return element.QueryIntAttribute(name, &value) == TIXML_SUCCESS;
 }
 
 } // namespace
@@ -200,8 +216,7 @@ bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
          element = element->NextSiblingElement(kMapping)) {
         int faultId = 0;
         int minorType = 0;
-        if (element->QueryIntAttribute(kFaultId, &faultId) != TIXML_SUCCESS ||
-            element->QueryIntAttribute(kMinorType, &minorType) != TIXML_SUCCESS) {
+        if (!queryInt(*element, kFaultId, faultId) || !queryInt(*element, kMinorType, minorType)) {
             DOLQ_TRACE(
                 m_traceObject, kFlow,
                 "When parsing XML file '%s', a '%s' element that did not have all '%s' ,'%s' and '%s' integer attributes was encountered",

@@ -7,6 +7,8 @@
 
 namespace {
 
+constexpr SaTimeT kEventTimeAsAllocated = 7;
+
 /// All that one notification points to. Its handle is its address.
 struct Notification {
     SaNtfAlarmNotificationT* alarm;
@@ -48,6 +50,7 @@ SaAisErrorT saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT
                                            SaUint16T numProposedRepairActions, SaInt16T) {
     auto* const made = new Notification{};
     made->alarm = notification;
+    made->eventTime = kEventTimeAsAllocated;
     made->text.resize(lengthAdditionalText);
     made->info.resize(numAdditionalInfo);
     made->actions.resize(numProposedRepairActions);
@@ -87,6 +90,9 @@ SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT handle) {
     for (const std::vector<char>& value : sent.values) {
         line += std::string(" info ") + value.data();
     }
+    line += sent.eventTime == kEventTimeAsAllocated ? " time as-allocated"
+            : sent.eventTime == SA_TIME_UNKNOWN     ? " time unknown"
+                                                    : " time wrong";
     record(line);
     return SA_AIS_OK;
 }

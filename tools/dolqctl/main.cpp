@@ -2,11 +2,15 @@
 
 #include <CLI/CLI.hpp>
 
+#include "AlarmsCommand.h"
+#include "CeaseCommand.h"
 #include "CheckCommand.h"
 #include "Context.h"
+#include "DoctorCommand.h"
 #include "ExplainCommand.h"
 #include "GenerateCommand.h"
 #include "MappingsCommand.h"
+#include "RaiseCommand.h"
 
 namespace {
 
@@ -48,6 +52,11 @@ int run(int argc, char** argv) {
     dolqctl::addCheckCommand(app, context);
     dolqctl::addExplainCommand(app, context);
     dolqctl::addGenerateCommand(app, context);
+    dolqctl::addRaiseCommand(app, context);
+    dolqctl::addCeaseCommand(app, context);
+    dolqctl::addAlarmsCommand(app, context);
+    dolqctl::addDoctorCommand(app, context);
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& request) { // --help or --version

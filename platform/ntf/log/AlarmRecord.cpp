@@ -1,11 +1,11 @@
 #include "AlarmRecord.h"
 
+#include "RecordReader.h"
+
 #include <nlohmann/json.hpp>
 
 #include <ctime>
 #include <iterator>
-#include <limits>
-#include <stdexcept>
 #include <type_traits>
 
 namespace ruxa::ntf {
@@ -42,35 +42,10 @@ std::string toHex(std::string_view bytes) {
     return hex;
 }
 
-std::string fromHex(const std::string& hex) {
-    std::string bytes;
-    for (std::size_t at = 0; at + 1 < hex.size(); at += 2)
-        bytes += static_cast<char>(std::stoi(hex.substr(at, 2), nullptr, 16));
-    return bytes;
-}
-
 void putText(Json& json, const std::string& key, const std::string& text) {
     json[key] = text;
     if (!isUtf8(text))
         json[key + kBytesSuffix] = toHex(text);
-}
-
-std::string getText(const Json& json, const std::string& key) {
-    const auto bytes = json.find(key + kBytesSuffix);
-    return bytes != json.end() ? fromHex(bytes->get<std::string>())
-                               : json.at(key).get<std::string>();
-}
-
-template <typename Number> Number getNumber(const Json& json, const char* key) {
-    const Json& value = json.at(key);
-    const bool fits =
-        value.is_number_unsigned()
-            ? value.get<std::uint64_t>() <= std::uint64_t{std::numeric_limits<Number>::max()}
-            : value.is_number_integer() &&
-                  value.get<std::int64_t>() >= std::numeric_limits<Number>::min();
-    if (!fits)
-        throw std::out_of_range(std::string(key) + " is no number in range");
-    return value.get<Number>();
 }
 
 struct ElementKeys {
@@ -96,50 +71,6 @@ Json toJson(const std::vector<Element>& elements, const ElementKeys& keys) {
         list.push_back(std::move(json));
     }
     return list;
-}
-
-std::vector<Element> toElements(const Json& list, const ElementKeys& keys) {
-    std::vector<Element> elements;
-    for (const Json& json : list) {
-        Element element{
-            getNumber<std::uint16_t>(json, keys.id), getNumber<std::uint32_t>(json, keys.type), {}};
-        const Json& value = json.at("value");
-        if (value.is_number_unsigned())
-            element.value = value.get<std::uint64_t>();
-        else if (value.is_number_integer())
-            element.value = value.get<std::int64_t>();
-        else if (value.is_number_float())
-            element.value = value.get<double>();
-        else if (!value.is_null())
-            element.value = getText(json, "value");
-        elements.push_back(std::move(element));
-    }
-    return elements;
-}
-
-AlarmRecord toRecord(const Json& json) {
-    if (json.at("notificationType").get<std::string>() != kNotificationType)
-        throw std::invalid_argument("notificationType is not alarm");
-    const Json& classId = json.at("classId");
-    AlarmRecord record;
-    record.notificationId = std::stoull(json.at("notificationId").get<std::string>());
-    record.eventTimeNs = getNumber<std::int64_t>(json, "eventTimeNs");
-    record.eventType = getNumber<std::uint32_t>(json, "eventTypeCode");
-    record.notificationObject = getText(json, "notificationObject");
-    record.notifyingObject = getText(json, "notifyingObject");
-    record.vendorId = getNumber<std::uint32_t>(classId, "vendorId");
-    record.majorId = getNumber<std::uint16_t>(classId, "majorId");
-    record.minorId = getNumber<std::uint16_t>(classId, "minorId");
-    record.perceivedSeverity = getNumber<std::uint32_t>(json, "perceivedSeverityCode");
-    record.probableCause = getNumber<std::uint32_t>(json, "probableCause");
-    record.trend = getNumber<std::uint32_t>(json, "trend");
-    record.thresholdId = getNumber<std::uint16_t>(json, "thresholdId");
-    record.additionalText = getText(json, "additionalText");
-    record.additionalInfo = toElements(json.at("additionalInfo"), kInfoKeys);
-    record.proposedRepairActions = toElements(json.at("proposedRepairActions"), kActionKeys);
-    record.processId = getNumber<std::int32_t>(json, "processId");
-    record.threadId = getNumber<std::int32_t>(json, "threadId");
-    return record;
 }
 
 } // namespace
@@ -199,17 +130,13 @@ std::string toLine(const AlarmRecord& record) {
 
 ParsedLine parseLine(std::string_view line) {
     ParsedLine parsed;
-    try {
-        parsed.record = toRecord(Json::parse(line));
+    RecordReader reader(parsed.record);
+    Json::sax_parse(line.begin(), line.end(), &reader);
+    if (reader.isRecord())
         parsed.kind = ParsedLine::Kind::Notification;
-    } catch (const Json::parse_error& error) {
-        parsed.reason = error.what();
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (const std::exception& error) {
+    else if (reader.isDocument())
         parsed.kind = ParsedLine::Kind::Foreign;
-        parsed.reason = error.what();
-    }
+    parsed.reason = reader.reason();
     return parsed;
 }
 

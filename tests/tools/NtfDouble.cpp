@@ -1,0 +1,47 @@
+// An NTF client library with what real ones do that the embedded one does not: DOUBLE=stock gives
+// names of 256 bytes, packed gives memory that is no block of its own, refusing opens no session.
+
+#include <saNtf.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+std::string chosen() { return std::getenv("DOUBLE"); }
+
+SaNameT* stockName() { return static_cast<SaNameT*>(std::calloc(1, 2 + 256)); }
+
+alignas(16) unsigned char packed[4096];
+
+} // namespace
+
+SaAisErrorT saNtfInitialize(SaNtfHandleT* handle, const SaNtfCallbacksT*, SaVersionT*) {
+    *handle = 1;
+    return chosen() == "refusing" ? SA_AIS_ERR_UNAVAILABLE : SA_AIS_OK;
+}
+
+SaAisErrorT saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT* notification,
+                                           SaUint16T, SaUint16T, SaUint16T, SaUint16T, SaUint16T,
+                                           SaUint16T, SaInt16T) {
+    SaNtfNotificationHeaderT& header = notification->notificationHeader;
+    if (chosen() == "stock") {
+        header.notificationObject = stockName();
+        // Far from the other: their distance alone does not tell.
+        std::free(std::malloc(1));
+        static void* const between = std::malloc(4096);
+        static_cast<void>(between);
+        header.notifyingObject = stockName();
+    } else {
+        header.notificationObject = reinterpret_cast<SaNameT*>(packed);
+        header.notifyingObject = reinterpret_cast<SaNameT*>(packed + 2048);
+    }
+    return SA_AIS_OK;
+}
+
+SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT, SaUint16T, void**, SaNtfValueT*) {
+    return SA_AIS_ERR_UNAVAILABLE;
+}
+SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT) { return SA_AIS_ERR_UNAVAILABLE; }
+SaAisErrorT saNtfNotificationFree(SaNtfNotificationHandleT) { return SA_AIS_OK; }
+SaAisErrorT saNtfFinalize(SaNtfHandleT) { return SA_AIS_OK; }

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <string>
+
+#include "AlarmList.h"
+
+namespace dolqctl {
+
+/// Which alarms are shown. As it is made, all of them.
+struct AlarmFilter {
+    std::uint32_t severities = ~0U; ///< a bit for each SaNtfSeverityT
+    std::string object;             ///< it and the objects it contains; empty: any
+    std::int64_t sinceNs = std::numeric_limits<std::int64_t>::min(); ///< raised or ceased then
+
+    bool matches(const Alarm& alarm) const;
+};
+
+/// "major,critical": these. "minor+": minor and what is worse. Throws `std::invalid_argument`.
+std::uint32_t parseSeverities(const std::string& text);
+
+/// RFC 3339 ("2024-02-29T12:34:56Z", "2024-02-29T12:34:56.5+01:00") or how long ago, a number and
+/// s, m, h or d ("10m"). Throws `std::invalid_argument`.
+std::int64_t parseSince(const std::string& text, std::int64_t nowNs);
+
+} // namespace dolqctl

@@ -1,0 +1,183 @@
+#include "AlarmPrinter.h"
+
+#include <iomanip>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+#include "Correlation.h"
+
+namespace dolqctl {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr char kIndent[] = "          "; // of what stands below a row
+constexpr char kNothing[] = "-";
+
+std::string dump(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+Json toJson(const std::string& correlationInfo) {
+    if (correlationInfo.empty()) {
+        return nullptr;
+    }
+    const std::optional<Correlation> correlation = decodeCorrelation(correlationInfo);
+    if (!correlation) {
+        return {{"undecoded", correlationInfo}};
+    }
+    Json json = {{"systemUuid", correlation->systemUuid},
+                 {"computeName", correlation->computeName}};
+    if (correlation->isPrimary) {
+        json["primary"] = correlation->uuids.front();
+    } else {
+        json["secondary"] = correlation->uuids;
+    }
+    return json;
+}
+
+Json toJson(const Alarm& alarm, const char* state) {
+    Json json;
+    json["state"] = state;
+    json["object"] = alarm.object;
+    json["classId"] = {
+        {"vendorId", alarm.vendorId}, {"majorId", alarm.majorId}, {"minorId", alarm.minorId}};
+    json["severity"] = ruxa::ntf::severityName(alarm.severity);
+    json["firstTime"] = ruxa::ntf::formatTime(alarm.firstTimeNs);
+    json["lastTime"] = ruxa::ntf::formatTime(alarm.lastTimeNs);
+    json["endTime"] =
+        alarm.endTimeNs ? Json(ruxa::ntf::formatTime(*alarm.endTimeNs)) : Json(nullptr);
+    json["timesRaised"] = alarm.timesRaised;
+    json["text"] = alarm.text;
+    json["info"] = alarm.info;
+    json["correlation"] = toJson(alarm.correlationInfo);
+    json["programGroup"] = alarm.programGroup.empty() ? Json(nullptr) : Json(alarm.programGroup);
+    return json;
+}
+
+/// "2024-02-29T12:34:56Z": without the fraction.
+std::string secondsOf(std::int64_t timeNs) {
+    const std::string time = ruxa::ntf::formatTime(timeNs);
+    return time.substr(0, time.rfind('.')) + "Z";
+}
+
+/// "primary a1b2..., reported by compute-3 (0f4c...)"
+std::string correlationText(const std::string& correlationInfo) {
+    const std::optional<Correlation> correlation = decodeCorrelation(correlationInfo);
+    if (!correlation) {
+        return "undecoded " + correlationInfo;
+    }
+    std::string text = correlation->isPrimary ? "primary" : "secondary";
+    const char* separator = " ";
+    for (const std::string& uuid : correlation->uuids) {
+        text += separator + (uuid.empty() ? kNothing : uuid);
+        separator = ", ";
+    }
+    return text + ", reported by " + correlation->computeName + " (" + correlation->systemUuid +
+           ")";
+}
+
+Style styleOf(const Alarm& alarm) {
+    if (alarm.endTimeNs) {
+        return Style::Faint;
+    }
+    constexpr std::uint32_t kMajor = 4; // SA_NTF_SEVERITY_MAJOR
+    return alarm.severity >= kMajor ? Style::Bad : Style::Warning;
+}
+
+struct Cells {
+    std::string state, severity, first, last, ended, times, classId, object;
+};
+
+/// Every column before the last has a width that its contents are known to keep.
+std::string row(const Cells& cells, bool withState) {
+    std::ostringstream text;
+    text << std::left;
+    if (withState) {
+        text << std::setw(8) << cells.state;
+    }
+    text << std::setw(15) << cells.severity << std::setw(22) << cells.first << std::setw(22)
+         << cells.last;
+    if (withState) {
+        text << std::setw(22) << cells.ended;
+    }
+    text << std::right << std::setw(5) << cells.times << "  " << std::left << std::setw(18)
+         << cells.classId << cells.object;
+    return text.str();
+}
+
+} // namespace
+
+AlarmPrinter::AlarmPrinter(Output& output, Layout layout, bool withState)
+    : m_output(output), m_layout(layout), m_withState(withState) {}
+
+void AlarmPrinter::begin(const std::string& logPath) {
+    if (m_layout == Layout::Rows) {
+        m_output.line(
+            m_output.styled(Style::Bold, row({"STATE", "SEVERITY", "FIRST RAISED", "LAST RAISED",
+                                              "CEASED", "TIMES", "CLASS ID", "OBJECT"},
+                                             m_withState)));
+    } else if (m_layout == Layout::Json) {
+        m_output.line("{\n\"log\": " + dump(logPath) + ",\n\"alarms\": [");
+    }
+}
+
+void AlarmPrinter::print(const Alarm& alarm, const char* state) {
+    switch (m_layout) {
+    case Layout::Rows:
+        printRow(alarm, state);
+        break;
+    case Layout::Json:
+        m_output.stream() << (m_isFirst ? "" : ",\n") << dump(toJson(alarm, state));
+        break;
+    case Layout::Stream:
+        m_output.line(dump(toJson(alarm, state)));
+        break;
+    }
+    m_isFirst = false;
+}
+
+void AlarmPrinter::printRow(const Alarm& alarm, const char* state) {
+    const std::string classId = std::to_string(alarm.vendorId) + "/" +
+                                std::to_string(alarm.majorId) + "/" + std::to_string(alarm.minorId);
+    const Cells cells = {state,
+                         ruxa::ntf::severityName(alarm.severity),
+                         secondsOf(alarm.firstTimeNs),
+                         secondsOf(alarm.lastTimeNs),
+                         alarm.endTimeNs ? secondsOf(*alarm.endTimeNs) : kNothing,
+                         std::to_string(alarm.timesRaised),
+                         classId,
+                         printable(alarm.object)};
+    m_output.line(m_output.styled(styleOf(alarm), row(cells, m_withState)));
+    const auto below = [this](const char* what, const std::string& text) {
+        m_output.line(kIndent + (what + printable(text)));
+    };
+    if (!alarm.text.empty()) {
+        below("text: ", alarm.text);
+    }
+    for (const std::string& entry : alarm.info) {
+        below("info: ", entry);
+    }
+    if (!alarm.programGroup.empty()) {
+        below("program group: ", alarm.programGroup);
+    }
+    if (!alarm.correlationInfo.empty()) {
+        below("correlation: ", correlationText(alarm.correlationInfo));
+    }
+}
+
+void AlarmPrinter::end(const LogCounts& counts) {
+    if (m_layout != Layout::Json) {
+        return;
+    }
+    const Json json = {{"notifications", counts.notifications},
+                       {"ceasesWithoutAlarm", counts.ceasesWithoutAlarm},
+                       {"tornLines", counts.torn},
+                       {"foreignLines", counts.foreign}};
+    // The document goes on where its list of alarms ends.
+    m_output.line((m_isFirst ? "],\n" : "\n],\n") + dump(json).substr(1));
+}
+
+} // namespace dolqctl

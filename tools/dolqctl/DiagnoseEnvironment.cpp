@@ -1,0 +1,85 @@
+#include "Diagnosis.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <regex>
+
+namespace dolqctl {
+
+namespace {
+
+/// A variable that the library needs. False when there is no value to look at further.
+bool isSet(Diagnosis& diagnosis, const char* name, const char* without, std::string& value) {
+    const char* const text = std::getenv(name);
+    if (text == nullptr || *text == '\0') {
+        diagnosis.fail(name, text == nullptr ? "is not set" : "is set to nothing",
+                       std::string(without) + ": set " + name);
+        return false;
+    }
+    value = text;
+    return true;
+}
+
+bool hasWhiteSpace(const std::string& value) {
+    return std::any_of(value.begin(), value.end(),
+                       [](unsigned char c) { return std::isspace(c) != 0; });
+}
+
+/// They are compared letter for letter with those of the load modules.
+void checkIdentity(Diagnosis& diagnosis, const char* name) {
+    std::string value;
+    if (!isSet(diagnosis, name, "no load module is found without it, and so no mapping", value)) {
+        return;
+    }
+    if (hasWhiteSpace(value)) {
+        diagnosis.warn(name, "is '" + value + "', with white space in it",
+                       "compare it with the load modules': white space counts");
+    } else {
+        diagnosis.ok(name, "is " + value);
+    }
+}
+
+void checkNum(Diagnosis& diagnosis) {
+    const char* const number = std::getenv("ZBN_NO");
+    const char* const shown = std::getenv("ZBN_NUM");
+    if (shown == nullptr || number == nullptr || std::string(shown) == number) {
+        diagnosis.ok("ZBN_NUM", shown == nullptr ? "is not set; only a trace shows it"
+                                                 : std::string("is ") + shown);
+        return;
+    }
+    diagnosis.warn("ZBN_NUM", std::string("is ") + shown + ", but ZBN_NO is " + number,
+                   "set both alike: load modules are found by ZBN_NO, but the trace of a failed "
+                   "lookup shows ZBN_NUM");
+}
+
+void checkReporter(Diagnosis& diagnosis, const char* name) {
+    std::string value;
+    if (!isSet(diagnosis, name,
+               "raises that do not name the reporting system themselves are refused", value)) {
+        return;
+    }
+    static const std::regex kUuid("[0-9a-fA-F]{8}(-[0-9a-fA-F]{4}){3}-[0-9a-fA-F]{12}");
+    if (value.find_first_of("\"\\") != std::string::npos) {
+        diagnosis.warn(name, "is '" + value + "'",
+                       "take the quotes and backslashes out: no receiver can decode the "
+                       "correlation with them");
+    } else if (std::string(name) == "SYSTEM_UUID" && !std::regex_match(value, kUuid)) {
+        diagnosis.warn(name, "is '" + value + "', which is no UUID",
+                       "set the system's UUID: systems without one share their correlation UUIDs");
+    } else {
+        diagnosis.ok(name, "is " + value);
+    }
+}
+
+} // namespace
+
+void diagnoseEnvironment(Diagnosis& diagnosis) {
+    checkIdentity(diagnosis, "ZBN_NO");
+    checkIdentity(diagnosis, "ZBN_REV");
+    checkNum(diagnosis);
+    checkReporter(diagnosis, "SYSTEM_UUID");
+    checkReporter(diagnosis, "COMPUTE_NAME");
+}
+
+} // namespace dolqctl

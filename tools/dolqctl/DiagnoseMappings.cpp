@@ -1,0 +1,129 @@
+#include "Diagnosis.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <set>
+
+#include <Velk.h>
+
+#include "Discovery.h"
+#include "Inventory.h"
+
+namespace dolqctl {
+
+namespace {
+
+constexpr char kLoadModule[] = "load module";
+constexpr char kMappings[] = "mapping files";
+constexpr char kHandler[] = "load-module handler";
+
+std::string environment(const char* name) {
+    const char* const value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+/// Capitals and white space do not make a difference here.
+std::string blurred(const std::string& value) {
+    std::string letters;
+    for (const char c : value) {
+        if (std::isspace(static_cast<unsigned char>(c)) == 0) {
+            letters += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        }
+    }
+    return letters;
+}
+
+std::string joined(const std::set<std::string>& names) {
+    std::string list;
+    for (const std::string& name : names) {
+        list += (list.empty() ? "" : ", ") + name;
+    }
+    return list;
+}
+
+/// What is there in place of the load module: the nearest first.
+std::string nearestMisses(const Discovery& discovery, const Identity& identity) {
+    std::set<std::string> revisions;
+    std::set<std::string> similar;
+    std::set<std::string> products;
+    for (const Discovery::LoadModule& each : discovery.loadModules) {
+        const Identity& other = each.identity;
+        products.insert(other.productNumber);
+        if (other.productNumber == identity.productNumber) {
+            revisions.insert("'" + other.revision + "'");
+        } else if (blurred(other.productNumber) == blurred(identity.productNumber)) {
+            similar.insert("'" + other.productNumber + "'");
+        }
+    }
+    if (!revisions.empty()) {
+        return "the product is there in other revisions: " + joined(revisions);
+    }
+    if (!similar.empty()) {
+        return "a product number is there that is nearly the same: " + joined(similar);
+    }
+    return products.empty() ? "there are no load modules at all"
+                            : "the products there are: " + joined(products);
+}
+
+void checkHandler(Diagnosis& diagnosis, const Discovery& discovery) {
+    const std::string file = fileOf(&Velk_get_lms);
+    if (discovery.failedCategories.empty()) {
+        diagnosis.ok(kHandler, "answers, from " + file);
+        return;
+    }
+    for (const Discovery::FailedCategory& failure : discovery.failedCategories) {
+        diagnosis.warn(kHandler, text(failure), "mend what the handler reads; it is " + file);
+    }
+}
+
+bool checkLoadModule(Diagnosis& diagnosis, const Discovery& discovery, const Identity& identity) {
+    const auto matches =
+        std::count_if(discovery.loadModules.begin(), discovery.loadModules.end(),
+                      [](const Discovery::LoadModule& each) { return each.matches; });
+    if (matches == 0) {
+        diagnosis.fail(kLoadModule,
+                       "there is no load module of product '" + identity.productNumber +
+                           "', revision '" + identity.revision + "'",
+                       "correct ZBN_NO and ZBN_REV, or install the load module: " +
+                           nearestMisses(discovery, identity));
+        return false;
+    }
+    diagnosis.ok(kLoadModule, identity.productNumber + " " + identity.revision +
+                                  " is found, with " +
+                                  std::to_string(discovery.mappingFiles.size()) + " mapping files");
+    return true;
+}
+
+void checkMappings(Diagnosis& diagnosis, const Discovery& discovery) {
+    const Inventory inventory = readMappingFiles(discovery.mappingFiles);
+    const std::string count = std::to_string(inventory.effective.size()) + " mappings";
+    for (const Unreadable& file : inventory.unreadable) {
+        diagnosis.warn(kMappings, file.place.file + " is not read: " + file.reason,
+                       "mend the file: none of its mappings is used");
+    }
+    if (inventory.effective.empty()) {
+        diagnosis.fail(kMappings, "give no mapping at all",
+                       "without one every alarm is dropped: give the load module a mapping file");
+    } else if (!inventory.skipped.empty()) {
+        diagnosis.warn(kMappings,
+                       "give " + count +
+                           "; skipped elements: " + std::to_string(inventory.skipped.size()),
+                       "see 'dolqctl check --discovered'");
+    } else {
+        diagnosis.ok(kMappings, "give " + count);
+    }
+}
+
+} // namespace
+
+void diagnoseMappings(Diagnosis& diagnosis) {
+    const Identity identity = {environment("ZBN_NO"), environment("ZBN_REV")};
+    const Discovery discovery = discover(identity);
+    checkHandler(diagnosis, discovery);
+    if (checkLoadModule(diagnosis, discovery, identity)) {
+        checkMappings(diagnosis, discovery);
+    }
+}
+
+} // namespace dolqctl

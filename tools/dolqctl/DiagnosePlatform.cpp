@@ -1,0 +1,106 @@
+#include "Diagnosis.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+#include <ruxa/fm/dolq/v2/FmiFactory.h>
+#include <ruxa/trace/v2/TraceBackend.h>
+#include <ruxa/zum2/v1/CorrelationApi.h>
+#include <unistd.h>
+
+namespace dolqctl {
+
+namespace {
+
+using ruxa::trace::v2::TraceBackend;
+
+constexpr char kSinkVariable[] = "RUXA_TRACE_SINK";
+constexpr char kFileScheme[] = "file:";
+
+bool isOn(int group) {
+    return TraceBackend::isTraceGroupEnabled(TraceBackend::getDefaultTraceObject(),
+                                             static_cast<ruxa::trace::v2::TraceGroup::e>(group));
+}
+
+void checkGroups(Diagnosis& diagnosis) {
+    const std::string file = fileOf(&TraceBackend::isTraceGroupEnabled);
+    if (!isOn(0)) {
+        diagnosis.warn("trace backend", "group 0 is off, in " + file,
+                       "switch it on (RUXA_TRACE_GROUPS, or this platform's way): lost alarms "
+                       "leave no sign without it");
+        return;
+    }
+    diagnosis.ok("trace backend", std::string("group 0 (failures) is on, 4 (calls) ") +
+                                      (isOn(4) ? "on" : "off") + ", 8 (details) " +
+                                      (isOn(8) ? "on" : "off") + ", in " + file);
+}
+
+/// Whether a file can be appended to, or made: by the nearest thing of its path that exists.
+bool isWritable(const std::filesystem::path& path) {
+    if (::access(path.c_str(), F_OK) == 0) {
+        return ::access(path.c_str(), W_OK) == 0;
+    }
+    std::filesystem::path folder = std::filesystem::absolute(path).parent_path();
+    while (::access(folder.c_str(), F_OK) != 0 && folder.has_relative_path()) {
+        folder = folder.parent_path();
+    }
+    return ::access(folder.c_str(), W_OK | X_OK) == 0;
+}
+
+void checkSink(Diagnosis& diagnosis, const std::string& sink) {
+    const bool isFile = sink.rfind(kFileScheme, 0) == 0;
+    if (!isFile && sink != "stderr" && sink != "syslog") {
+        diagnosis.warn("trace sink", std::string(kSinkVariable) + " is '" + sink + "'",
+                       "set it to stderr, file:PATH or syslog: anything else counts as stderr");
+    } else if (isFile && !isWritable(sink.substr(sizeof(kFileScheme) - 1))) {
+        diagnosis.warn("trace sink", sink + " cannot be written",
+                       "correct the path or its permissions: the traces go to stderr instead");
+    } else {
+        diagnosis.ok("trace sink", "is " + sink);
+    }
+}
+
+} // namespace
+
+void diagnoseLog(Diagnosis& diagnosis) {
+    const char* const log = std::getenv("RUXA_NTF_LOG");
+    if (log == nullptr || *log == '\0') {
+        return; // the service finds a place by itself, or is another one
+    }
+    if (isWritable(log)) {
+        diagnosis.ok("notification log", std::string("is ") + log);
+    } else {
+        diagnosis.fail("notification log", std::string(log) + " cannot be written",
+                       "correct RUXA_NTF_LOG or the permissions: the embedded notification "
+                       "service refuses every alarm");
+    }
+}
+
+void diagnoseTraces(Diagnosis& diagnosis) {
+    diagnosis.ok("library", "is " + fileOf(&ruxa::fm::dolq::v2::getFmiFactory));
+    const char* const sink = std::getenv(kSinkVariable);
+    const std::string chosen = sink != nullptr ? sink : "stderr";
+    // The doctor tells what it finds itself: what the checks trace goes nowhere.
+    setenv(kSinkVariable, "file:/dev/null", 1);
+    checkGroups(diagnosis);
+    checkSink(diagnosis, chosen);
+}
+
+void diagnoseCorrelation(Diagnosis& diagnosis) {
+    constexpr char kCheck[] = "correlation service";
+    const std::string file = fileOf(&ruxa::zum2::v1::getAPI);
+    auto* const api = ruxa::zum2::v1::getAPI();
+    std::string uuid;
+    if (api == nullptr) {
+        diagnosis.fail(kCheck, "does not run, says " + file,
+                       "start it: alarms with event ids are refused without it");
+    } else if (!api->getDerivedCorrelationUUID(1, uuid) || uuid.empty()) {
+        diagnosis.warn(kCheck, "gives event 1 no correlation UUID, in " + file,
+                       "see its own log: primary alarms go out without correlation, secondary ones "
+                       "are refused");
+    } else {
+        diagnosis.ok(kCheck, "answers (event 1 is " + uuid + "), from " + file);
+    }
+}
+
+} // namespace dolqctl

@@ -1,0 +1,109 @@
+#include "DoctorCommand.h"
+
+#include <memory>
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include "Diagnosis.h"
+
+namespace dolqctl {
+
+namespace {
+
+constexpr char kFooter[] =
+    R"(Looks at the surroundings as they are for programs started from this shell. It opens a session with
+the notification service, but sends nothing.
+
+Exit code 0: an alarm could be raised now, warnings or not. 1: it could not.
+
+Example:
+  ZBN_NO=CXC1370001 ZBN_REV=R1A dolqctl doctor)";
+
+struct Look {
+    const char* name;
+    Style style;
+};
+
+/// Indexed by `Observation::Status`.
+constexpr Look kLooks[] = {
+    {"ok", Style::Good}, {"warning", Style::Warning}, {"failed", Style::Bad}};
+
+const Look& lookOf(const Observation& observation) {
+    return kLooks[static_cast<std::size_t>(observation.status)];
+}
+
+std::string textOf(const Observation& observation) {
+    if (!observation.milliseconds) {
+        return observation.text;
+    }
+    char duration[32] = "";
+    std::snprintf(duration, sizeof(duration), " (%.1f ms)", *observation.milliseconds);
+    return observation.text + duration;
+}
+
+void printText(const Diagnosis& diagnosis, Output& output) {
+    Table table({{"STATUS"}, {"CHECK"}, {"FINDING"}});
+    for (const Observation& observation : diagnosis.observations()) {
+        table.add({{lookOf(observation).name, lookOf(observation).style},
+                   observation.check,
+                   textOf(observation)});
+    }
+    output.print(table);
+    output.line();
+    for (const Observation& observation : diagnosis.observations()) {
+        if (!observation.advice.empty()) {
+            output.line(output.styled(lookOf(observation).style, observation.check) + ": " +
+                        printable(observation.advice));
+        }
+    }
+    const std::size_t failures = diagnosis.failures();
+    output.line(failures == 0
+                    ? output.styled(Style::Good, "An alarm could be raised now.")
+                    : output.styled(Style::Bad, "No alarm could be raised now: " +
+                                                    std::to_string(failures) + " failed."));
+}
+
+void printJson(const Diagnosis& diagnosis, Output& output) {
+    nlohmann::ordered_json json;
+    json["canRaise"] = diagnosis.failures() == 0;
+    json["checks"] = nlohmann::ordered_json::array();
+    for (const Observation& observation : diagnosis.observations()) {
+        nlohmann::ordered_json check = {{"check", observation.check},
+                                        {"status", lookOf(observation).name},
+                                        {"finding", observation.text}};
+        if (!observation.advice.empty()) {
+            check["advice"] = observation.advice;
+        }
+        if (observation.milliseconds) {
+            check["milliseconds"] = *observation.milliseconds;
+        }
+        json["checks"].push_back(std::move(check));
+    }
+    output.print(json);
+}
+
+int run(bool asJson, Output& output) {
+    Diagnosis diagnosis;
+    diagnoseTraces(diagnosis);
+    diagnoseEnvironment(diagnosis);
+    diagnoseMappings(diagnosis);
+    diagnoseCorrelation(diagnosis);
+    diagnoseLog(diagnosis);
+    diagnoseNtf(diagnosis);
+    (asJson ? printJson : printText)(diagnosis, output);
+    return diagnosis.failures() == 0 ? kFine : kFindings;
+}
+
+} // namespace
+
+void addDoctorCommand(CLI::App& app, Context& context) {
+    CLI::App* const command =
+        app.add_subcommand("doctor", "Check the surroundings that an alarm needs");
+    const auto json = std::make_shared<bool>(false);
+    command->add_flag("--json", *json, "Print JSON");
+    command->footer(kFooter);
+    command->callback([json, &context] { context.exitCode = run(*json, context.output); });
+}
+
+} // namespace dolqctl
