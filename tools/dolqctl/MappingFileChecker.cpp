@@ -164,12 +164,16 @@ void MappingFileChecker::checkNumber(const TiXmlElement& element, const char* na
     char* rest = nullptr;
     const long long meant = std::strtoll(attribute.Value(), &rest, 10);
     const std::string stored = std::to_string(static_cast<std::uint32_t>(number));
-    if (errno == ERANGE || meant < std::numeric_limits<std::int32_t>::min() ||
+    using Signed = std::numeric_limits<std::int32_t>;
+    if (errno == ERANGE || meant < Signed::min() ||
         meant > std::numeric_limits<std::uint32_t>::max()) {
         error(place, "beyond-32-bits",
               written(attribute) + " does not fit 32 bits: it is read as " + stored);
-    } else if (meant < 0) {
-        warning(place, "negative-number", written(attribute) + " is stored as " + stored);
+    } else if (meant > Signed::max()) {
+        warning(place, "beyond-32-bits",
+                written(attribute) + " does not fit 32 bits with a sign: what is read, here " +
+                    stored + ", is up to the C library; write " +
+                    std::to_string(static_cast<std::int32_t>(meant)));
     }
     if (rest[std::strspn(rest, " \t\n\v\f\r")] != '\0') {
         error(place, "text-after-number",
