@@ -279,23 +279,30 @@ private:
                 ++at;
                 continue;
             }
-            const std::size_t length = m_rest[at] == '&' ? entityLength(m_rest.substr(at))
-                                       : m_utf8          ? utf8Length(m_rest[at])
-                                                         : 1;
-            if (length == 0) {
-                return Verdict::ParserStops;
+            if (m_rest[at] == '&') {
+                const std::size_t length = entityLength(m_rest.substr(at));
+                if (length == 0) {
+                    return Verdict::ParserStops;
+                }
+                at += length;
+                continue;
             }
-            // TinyXML steps over a whole character, also over the end of its buffer, and turns
-            // CR LF into one byte beforehand.
-            if (length > m_rest.size() - at ||
-                (m_rest[at] != '&' &&
-                 m_rest.substr(at + 1, length - 1).find('\r') != m_rest.npos)) {
-                return Verdict::Unsafe;
+            at = characterEnd(at, m_utf8 ? utf8Length(m_rest[at]) : 1);
+            if (at == m_rest.npos) {
+                return Verdict::Unsafe; // TinyXML would step over the end of its buffer
             }
-            at += length;
         }
         m_rest.remove_prefix(at);
         return m_rest.empty() ? Verdict::ParserStops : Verdict::GoOn;
+    }
+
+    /// Where a character of `length` bytes at `at` ends, whatever its bytes are; npos if behind the
+    /// text. TinyXML has made one byte of CR LF beforehand.
+    std::size_t characterEnd(std::size_t at, std::size_t length) const {
+        for (; length > 0 && at < m_rest.size(); --length) {
+            at += m_rest.substr(at, 2) == "\r\n" ? 2 : 1;
+        }
+        return length == 0 ? at : m_rest.npos;
     }
 
     /// How much of `text` TinyXML takes for one character; 0 where it gives up. A numeric reference

@@ -1,11 +1,13 @@
 #include "AlarmFilter.h"
 
-#include <cmath>
-#include <cstdio>
+#include <cctype>
+#include <charconv>
+#include <cstdlib>
 #include <ctime>
-#include <regex>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace dolqctl {
 
@@ -32,17 +34,38 @@ bool contains(const std::string& object, const std::string& other) {
            (other.size() == object.size() || other[object.size()] == ',');
 }
 
-std::int64_t secondsOfUnit(char unit) {
-    switch (unit) {
-    case 's':
-        return 1;
-    case 'm':
-        return 60;
-    case 'h':
-        return 60 * 60;
-    default:
-        return 24 * 60 * 60;
+/// "10m" in seconds; 0 when `text` is none of the kind.
+std::int64_t parseAgo(const std::string& text) {
+    constexpr std::pair<char, std::int64_t> kUnits[] = {
+        {'s', 1}, {'m', 60}, {'h', 60 * 60}, {'d', 24 * 60 * 60}};
+    std::int32_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, number);
+    for (const auto& [unit, seconds] : kUnits) {
+        if (result.ec == std::errc{} && result.ptr + 1 == end && *result.ptr == unit) {
+            return number * seconds;
+        }
     }
+    return 0;
+}
+
+/// RFC 3339, in nanoseconds since 1970.
+std::optional<std::int64_t> parseTime(const std::string& text) {
+    std::tm time{};
+    const char* rest = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &time);
+    std::int64_t fractionNs = 0;
+    if (rest != nullptr && *rest == '.') {
+        for (std::int64_t digitNs = kNsPerSecond / 10; std::isdigit(*++rest) != 0; digitNs /= 10) {
+            fractionNs += (*rest - '0') * digitNs;
+        }
+    }
+    std::tm zone{};
+    if (rest == nullptr || (rest = strptime(rest, "%z", &zone)) == nullptr || *rest != '\0') {
+        return std::nullopt;
+    }
+    const std::int64_t seconds = timegm(&time) - zone.tm_gmtoff;
+    return std::abs(seconds) < kMostSeconds ? std::optional(seconds * kNsPerSecond + fractionNs)
+                                            : std::nullopt;
 }
 
 } // namespace
@@ -71,31 +94,15 @@ std::uint32_t parseSeverities(const std::string& text) {
 }
 
 std::int64_t parseSince(const std::string& text, std::int64_t nowNs) {
-    static const std::regex kAgo(R"((\d{1,9})([smhd]))");
-    static const std::regex kTime(
-        R"((\d{4}-\d\d-\d\d[Tt]\d\d:\d\d:\d\d)(\.\d{1,9})?(?:[Zz]|([+-])(\d\d):(\d\d)))");
-    std::smatch part;
-    if (std::regex_match(text, part, kAgo)) {
-        const std::int64_t ago = std::stoll(part[1]) * secondsOfUnit(part[2].str().front());
+    if (const std::int64_t ago = parseAgo(text); ago > 0) {
         return ago > nowNs / kNsPerSecond ? 0 : nowNs - ago * kNsPerSecond;
     }
-    std::tm time{};
-    if (!std::regex_match(text, part, kTime) ||
-        strptime(part[1].str().c_str(), "%Y-%m-%dT%H:%M:%S", &time) == nullptr) {
-        throw std::invalid_argument(
-            "no time: '" + text +
-            "'; give one like 2024-02-29T12:34:56Z, or how long ago, like 90s, 10m, 6h or 2d");
+    if (const std::optional<std::int64_t> time = parseTime(text)) {
+        return *time;
     }
-    std::int64_t seconds = timegm(&time);
-    if (part[3].matched) {
-        const std::int64_t offset = (std::stoll(part[4]) * 60 + std::stoll(part[5])) * 60;
-        seconds -= part[3] == "+" ? offset : -offset;
-    }
-    if (seconds <= -kMostSeconds || seconds >= kMostSeconds) {
-        throw std::invalid_argument("the time '" + text + "' is too far off");
-    }
-    const double fraction = part[2].matched ? std::stod("0" + part[2].str()) : 0;
-    return seconds * kNsPerSecond + std::llround(fraction * static_cast<double>(kNsPerSecond));
+    throw std::invalid_argument(
+        "no time: '" + text +
+        "'; give one like 2024-02-29T12:34:56Z, or how long ago, like 90s, 10m, 6h or 2d");
 }
 
 } // namespace dolqctl

@@ -227,7 +227,7 @@ private:
 } // namespace
 
 void addAlarmsCommand(CLI::App& app, Context& context) {
-    CLI::App* const command = app.add_subcommand("alarms", "Lists the active alarms");
+    CLI::App* const command = app.add_subcommand("alarms", "List the active alarms");
     const auto options = std::make_shared<Options>();
     command->add_option("--log", options->log, "The notification log to read")->type_name("FILE");
     command->add_flag(

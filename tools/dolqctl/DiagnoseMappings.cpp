@@ -89,15 +89,15 @@ bool checkLoadModule(Diagnosis& diagnosis, const Discovery& discovery, const Ide
                            nearestMisses(discovery, identity));
         return false;
     }
-    diagnosis.ok(kLoadModule, identity.productNumber + " " + identity.revision +
-                                  " is found, with " +
-                                  std::to_string(discovery.mappingFiles.size()) + " mapping files");
+    diagnosis.ok(kLoadModule,
+                 identity.productNumber + " " + identity.revision +
+                     " is found; mapping files: " + std::to_string(discovery.mappingFiles.size()));
     return true;
 }
 
 void checkMappings(Diagnosis& diagnosis, const Discovery& discovery) {
     const Inventory inventory = readMappingFiles(discovery.mappingFiles);
-    const std::string count = std::to_string(inventory.effective.size()) + " mappings";
+    const std::string count = "mappings: " + std::to_string(inventory.effective.size());
     for (const Unreadable& file : inventory.unreadable) {
         diagnosis.warn(kMappings, file.place.file + " is not read: " + file.reason,
                        "mend the file: none of its mappings is used");
@@ -107,11 +107,10 @@ void checkMappings(Diagnosis& diagnosis, const Discovery& discovery) {
                        "without one every alarm is dropped: give the load module a mapping file");
     } else if (!inventory.skipped.empty()) {
         diagnosis.warn(kMappings,
-                       "give " + count +
-                           "; skipped elements: " + std::to_string(inventory.skipped.size()),
+                       count + "; skipped elements: " + std::to_string(inventory.skipped.size()),
                        "see 'dolqctl check --discovered'");
     } else {
-        diagnosis.ok(kMappings, "give " + count);
+        diagnosis.ok(kMappings, count);
     }
 }
 

@@ -44,7 +44,7 @@ bool isWritable(const std::filesystem::path& path) {
     while (::access(folder.c_str(), F_OK) != 0 && folder.has_relative_path()) {
         folder = folder.parent_path();
     }
-    return ::access(folder.c_str(), W_OK | X_OK) == 0;
+    return std::filesystem::is_directory(folder) && ::access(folder.c_str(), W_OK | X_OK) == 0;
 }
 
 void checkSink(Diagnosis& diagnosis, const std::string& sink) {

@@ -66,6 +66,8 @@ const TextCase kTextCases[] = {
     {"ClosedInNumericReference", falselyClosed("&#x</b>x41;"), false},
     {"ClosedBehindSwallowedBracket", kUtf8 + falselyClosed("\xC3</b>"), false},
     {"ClosedBehindBomSwallowedBracket", "\xEF\xBB\xBF" + falselyClosed("\xF0 <</b>"), false},
+    {"ClosedBehindSwallowedLineEnd", kUtf8 + falselyClosed("\xE2\r\n</b>"), false},
+    {"LetterOfNoUtf8AtLineEnd", kUtf8 + "\r\n<a>Caf\xE9.\r\n</a>\r\n", true},
     {"ClosedBehindLatin1Letter", kLatin1 + falselyClosed("\xC3</b>"), true},
     {"ClosedAfterComment", falselyClosed("<!-- <b> --></b>"), true},
     // Openings that the parser sees in places where they are easily missed.
@@ -80,7 +82,6 @@ const TextCase kTextCases[] = {
     {"OpenedBehindMismatch", "<a></b></a/>" + kDeep, false},
     // Where the parser reads behind its buffer or does not return.
     {"CharacterCutOffInText", kUtf8 + "<a>x\xF0", false},
-    {"CharacterAroundLineEnd", kUtf8 + "<a b='\xE2\r\n'/>", false},
     {"ByteOrderMarkCutOff", "<a/>\xEF", false},
     {"DeclarationCutOff", "<?xml ", false},
 };

@@ -16,7 +16,7 @@ public:
     static void* registerTraceObject(const std::string& name);
     static void deregisterTraceObject(void* traceObject);
     static bool isTraceGroupEnabled(void* traceObject, TraceGroup::e group);
-    static const char* formatStr(const char* format, ...);
+    [[gnu::format(printf, 1, 2)]] static const char* formatStr(const char* format, ...);
     static void Trace(void* traceObject, TraceGroup::e group, const char* file, unsigned int line,
                       const char* text);
 };
