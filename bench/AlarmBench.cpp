@@ -25,7 +25,7 @@ using bench::secondsOf;
 
 constexpr int kCallsPerSample = 20;
 constexpr int kSamples = 2000;
-constexpr int kCallsPerThread = 5000;
+constexpr int kCallsPerThread = BENCH_CALLS_PER_THREAD;
 constexpr int kMostThreads = 8;
 
 /// The embedded service's log would fill the disk.
