@@ -24,8 +24,8 @@ std::uint32_t severityOf(const std::string& name) {
             return severity;
         }
     }
-    throw std::invalid_argument("unknown severity '" + name +
-                                "': indeterminate, warning, minor, major or critical");
+    throw std::invalid_argument("unknown severity \"" + name +
+                                "\": indeterminate, warning, minor, major or critical");
 }
 
 /// The object itself, or one whose distinguished name begins with it.
@@ -101,8 +101,8 @@ std::int64_t parseSince(const std::string& text, std::int64_t nowNs) {
         return *time;
     }
     throw std::invalid_argument(
-        "no time: '" + text +
-        "'; give one like 2024-02-29T12:34:56Z, or how long ago, like 90s, 10m, 6h or 2d");
+        "no time: \"" + text +
+        "\"; give one like 2024-02-29T12:34:56Z, or how long ago, like 90s, 10m, 6h or 2d");
 }
 
 } // namespace dolqctl
