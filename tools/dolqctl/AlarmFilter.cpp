@@ -1,6 +1,5 @@
 #include "AlarmFilter.h"
 
-#include <cctype>
 #include <charconv>
 #include <cstdlib>
 #include <ctime>
@@ -55,7 +54,8 @@ std::optional<std::int64_t> parseTime(const std::string& text) {
     const char* rest = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &time);
     std::int64_t fractionNs = 0;
     if (rest != nullptr && *rest == '.') {
-        for (std::int64_t digitNs = kNsPerSecond / 10; std::isdigit(*++rest) != 0; digitNs /= 10) {
+        for (std::int64_t digitNs = kNsPerSecond / 10; *++rest >= '0' && *rest <= '9';
+             digitNs /= 10) {
             fractionNs += (*rest - '0') * digitNs;
         }
     }
