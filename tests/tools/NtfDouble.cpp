@@ -26,12 +26,12 @@ SaAisErrorT saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT
                                            SaUint16T, SaInt16T) {
     SaNtfNotificationHeaderT& header = notification->notificationHeader;
     if (chosen() == "stock") {
-        header.notificationObject = stockName();
-        // Far from the other: their distance alone does not tell.
-        std::free(std::malloc(1));
+        // Never freed, and far from each other: their distance alone does not tell.
+        static SaNameT* const first = stockName();
         static void* const between = std::malloc(4096);
-        static_cast<void>(between);
-        header.notifyingObject = stockName();
+        static SaNameT* const second = stockName();
+        header.notificationObject = between != nullptr ? first : nullptr;
+        header.notifyingObject = second;
     } else {
         header.notificationObject = reinterpret_cast<SaNameT*>(packed);
         header.notifyingObject = reinterpret_cast<SaNameT*>(packed + 2048);

@@ -1,6 +1,5 @@
 #include "AlarmFilter.h"
 
-#include <cctype>
 #include <charconv>
 #include <cstdlib>
 #include <ctime>
@@ -24,8 +23,8 @@ std::uint32_t severityOf(const std::string& name) {
             return severity;
         }
     }
-    throw std::invalid_argument("unknown severity '" + name +
-                                "': indeterminate, warning, minor, major or critical");
+    throw std::invalid_argument("unknown severity \"" + name +
+                                "\": indeterminate, warning, minor, major or critical");
 }
 
 /// The object itself, or one whose distinguished name begins with it.
@@ -55,7 +54,8 @@ std::optional<std::int64_t> parseTime(const std::string& text) {
     const char* rest = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &time);
     std::int64_t fractionNs = 0;
     if (rest != nullptr && *rest == '.') {
-        for (std::int64_t digitNs = kNsPerSecond / 10; std::isdigit(*++rest) != 0; digitNs /= 10) {
+        for (std::int64_t digitNs = kNsPerSecond / 10; *++rest >= '0' && *rest <= '9';
+             digitNs /= 10) {
             fractionNs += (*rest - '0') * digitNs;
         }
     }
@@ -101,8 +101,8 @@ std::int64_t parseSince(const std::string& text, std::int64_t nowNs) {
         return *time;
     }
     throw std::invalid_argument(
-        "no time: '" + text +
-        "'; give one like 2024-02-29T12:34:56Z, or how long ago, like 90s, 10m, 6h or 2d");
+        "no time: \"" + text +
+        "\"; give one like 2024-02-29T12:34:56Z, or how long ago, like 90s, 10m, 6h or 2d");
 }
 
 } // namespace dolqctl

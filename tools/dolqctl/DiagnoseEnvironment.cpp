@@ -29,8 +29,8 @@ bool hasWhiteSpace(const std::string& value) {
 /// "0f4c2a1e-9b7d-4c3a-8e21-5d6f7a8b9c0d"
 bool isUuid(const std::string& value) {
     std::string shape;
-    for (const unsigned char c : value) {
-        shape += std::isxdigit(c) != 0 ? 'x' : static_cast<char>(c);
+    for (const char c : value) {
+        shape += std::isxdigit(static_cast<unsigned char>(c)) != 0 ? 'x' : c;
     }
     return shape == "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
 }
