@@ -472,6 +472,7 @@ void AdapterImpl::writeList(const std::vector<std::uint32_t>& list, std::strings
 
 template <typename T> std::string AdapterImpl::listText(const std::vector<T>& list) {
     std::stringstream out;
+    out.exceptions(std::ios_base::badbit); // or it would keep the lack of memory to itself
     writeList(list, out);
     return out.str();
 }

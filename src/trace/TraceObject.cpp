@@ -14,8 +14,11 @@ TraceObject::TraceObject(const char* suffix, UntilRegistered initially) {
 }
 
 TraceObject::~TraceObject() {
-    TraceBackend::deregisterTraceObject(m_handle);
-    m_handle = TraceBackend::getDefaultTraceObject();
+    try {
+        TraceBackend::deregisterTraceObject(m_handle);
+        m_handle = TraceBackend::getDefaultTraceObject();
+    } catch (...) { // a backend that runs out of memory here must not end the process
+    }
 }
 
 } // namespace dolq

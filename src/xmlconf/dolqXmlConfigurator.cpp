@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <memory>
 
 #include <Velk.h>
 #include <tinyxml.h>
@@ -40,6 +42,13 @@ public:
 private:
     Velk_lm_list& m_list;
 };
+
+/// Not by the document's own file name: when memory runs out, TinyXML leaves that file open.
+bool load(TiXmlDocument& document, const std::string& fileName) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(fileName.c_str(), "rb"),
+                                                               &std::fclose);
+    return file != nullptr && document.LoadFile(file.get(), TIXML_ENCODING_UNKNOWN);
+}
 
 // Where the reader stores what it finds: the one thing in which the generations differ.
 
@@ -199,7 +208,7 @@ bool MappingXmlConfigurator::readMappingFile(const std::string& fileName, Mappin
 bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
                                              MappingFileObserver& observer) {
     TiXmlDocument document(fileName);
-    if (!isSafeToParse(fileName) || !document.LoadFile(TIXML_ENCODING_UNKNOWN)) {
+    if (!isSafeToParse(fileName) || !load(document, fileName)) {
         DOLQ_TRACE(m_traceObject, kFlow, "Could not load XML file '%s'", fileName.c_str());
         observer.onNotLoaded(document);
         return false;

@@ -13,11 +13,14 @@ bool isTrace(const std::string& event) {
 
 } // namespace
 
+thread_local int PlatformCode::t_depth = 0;
+
 FakePlatform& platform() { return *g_platform; }
 
 void resetPlatform() { g_platform = std::make_unique<FakePlatform>(); }
 
 void FakePlatform::record(const std::string& event) {
+    const PlatformCode here;
     const std::lock_guard<std::mutex> lock(mutex);
     events.push_back(event);
 }
@@ -30,6 +33,7 @@ void FakePlatform::called(const std::string& function) {
 }
 
 SaAisErrorT FakePlatform::resultOf(const std::string& function) {
+    const PlatformCode here;
     called(function);
     const std::lock_guard<std::mutex> lock(mutex);
     std::deque<SaAisErrorT>& scripted = results[function];

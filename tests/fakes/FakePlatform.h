@@ -11,6 +11,20 @@
 
 #include <saNtf.h>
 
+/// While one lives, this thread runs code of the fakes themselves: what they allocate is no concern
+/// of a test that lets the library's allocations fail.
+class PlatformCode {
+public:
+    PlatformCode() { ++t_depth; }
+    ~PlatformCode() { --t_depth; }
+    PlatformCode(const PlatformCode&) = delete;
+    PlatformCode& operator=(const PlatformCode&) = delete;
+    static bool isRunning() { return t_depth != 0; }
+
+private:
+    static thread_local int t_depth;
+};
+
 /// The whole platform as the library sees it, replaced at link time. Answers are scripted here
 /// before a call, and everything that leaves the library is recorded here, in order.
 struct FakePlatform {

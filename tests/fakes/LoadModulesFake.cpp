@@ -12,6 +12,7 @@ const char* copied(const std::string& text) { return strdup(text.c_str()); }
 } // namespace
 
 extern "C" int Velk_get_lms(void* context, char* category, Velk_lm_list* list) {
+    const PlatformCode here;
     platform().record(std::string("Velk_get_lms ") + (context == nullptr ? "" : "with a context ") +
                       category);
     const int error = platform().loadModuleErrors[category];
@@ -39,6 +40,7 @@ extern "C" int Velk_get_lms(void* context, char* category, Velk_lm_list* list) {
 }
 
 extern "C" void Velk_free_buffers(Velk_lm_list* list) {
+    const PlatformCode here;
     platform().record("Velk_free_buffers");
     --platform().openLoadModuleLists;
     for (std::size_t i = 0; i < list->count; ++i) {

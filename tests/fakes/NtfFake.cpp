@@ -102,6 +102,7 @@ extern "C" {
 
 SaAisErrorT saNtfInitialize(SaNtfHandleT* handle, const SaNtfCallbacksT* callbacks,
                             SaVersionT* version) {
+    const PlatformCode here;
     recordCall("initialize", version->releaseCode, int{version->majorVersion},
                int{version->minorVersion}, callbacks == nullptr ? "null" : "callbacks");
     const SaAisErrorT result = platform().resultOf("initialize");
@@ -114,6 +115,7 @@ SaAisErrorT saNtfInitialize(SaNtfHandleT* handle, const SaNtfCallbacksT* callbac
 }
 
 SaAisErrorT saNtfFinalize(SaNtfHandleT handle) {
+    const PlatformCode here;
     recordCall("finalize");
     const SaAisErrorT result = platform().resultOf("finalize");
     const std::lock_guard<std::mutex> lock(g_mutex);
@@ -129,6 +131,7 @@ saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT* alarm,
                                SaUint16T numAdditionalInfo, SaUint16T numSpecificProblems,
                                SaUint16T numMonitoredAttributes, SaUint16T numProposedRepairActions,
                                SaInt16T variableDataSize) {
+    const PlatformCode here;
     recordCall("allocate", numCorrelatedNotifications, lengthAdditionalText, numAdditionalInfo,
                numSpecificProblems, numMonitoredAttributes, numProposedRepairActions,
                variableDataSize);
@@ -163,6 +166,7 @@ saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT* alarm,
 
 SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT handle, SaUint16T size, void** data,
                                 SaNtfValueT* value) {
+    const PlatformCode here;
     recordCall("value", size);
     const SaAisErrorT result = platform().resultOf("value");
     if (result == SA_AIS_OK) {
@@ -178,6 +182,7 @@ SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT handle, SaUint16T size,
 }
 
 SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT handle) {
+    const PlatformCode here;
     recordCall("send");
     const SaAisErrorT result = platform().resultOf("send");
     if (result == SA_AIS_OK) {
@@ -188,6 +193,7 @@ SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT handle) {
 }
 
 SaAisErrorT saNtfNotificationFree(SaNtfNotificationHandleT handle) {
+    const PlatformCode here;
     recordCall("free");
     const SaAisErrorT result = platform().resultOf("free");
     if (result != SA_AIS_ERR_TRY_AGAIN) {

@@ -15,6 +15,7 @@ thread_local std::string g_text;
 } // namespace
 
 void* TraceBackend::getDefaultTraceObject() {
+    const PlatformCode here;
     platform().record("getDefaultTraceObject");
     return &g_defaultObject;
 }
@@ -23,7 +24,8 @@ std::string TraceBackend::getTraceObjectPrefix() { return "prefix."; }
 
 void* TraceBackend::registerTraceObject(const std::string& name) {
     platform().called("registerTraceObject");
-    platform().record("registerTraceObject " + name);
+    platform().record("registerTraceObject " + name); // the last that can fail
+    const PlatformCode here;
     const std::lock_guard<std::mutex> lock(platform().mutex);
     auto* const handle = new char; // one address for each registration
     platform().traceObjects[handle] = name;
@@ -31,6 +33,7 @@ void* TraceBackend::registerTraceObject(const std::string& name) {
 }
 
 void TraceBackend::deregisterTraceObject(void* traceObject) {
+    const PlatformCode here;
     const std::lock_guard<std::mutex> lock(platform().mutex);
     const auto found = platform().traceObjects.find(traceObject);
     if (found == platform().traceObjects.end()) {
@@ -40,6 +43,7 @@ void TraceBackend::deregisterTraceObject(void* traceObject) {
     platform().events.push_back("deregisterTraceObject " + found->second);
     platform().traceObjects.erase(found);
     delete static_cast<char*>(traceObject);
+    platform().called("deregisterTraceObject");
 }
 
 bool TraceBackend::isTraceGroupEnabled(void*, TraceGroup::e group) {
@@ -51,12 +55,14 @@ const char* TraceBackend::formatStr(const char* format, ...) {
     ++platform().formattedTexts;
     std::va_list arguments;
     va_start(arguments, format);
-    std::va_list again;
-    va_copy(again, arguments);
-    g_text.resize(static_cast<std::size_t>(std::vsnprintf(nullptr, 0, format, arguments)));
-    std::vsnprintf(g_text.data(), g_text.size() + 1, format, again);
-    va_end(again);
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
     va_end(arguments);
+    std::string text(static_cast<std::size_t>(length), '\0'); // may fail, as a real backend may
+    va_start(arguments, format);
+    std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+    va_end(arguments);
+    const PlatformCode here;
+    g_text = text;
     return g_text.c_str();
 }
 

@@ -1,0 +1,272 @@
+#include <functional>
+#include <iterator>
+#include <new>
+
+#include <dirent.h>
+
+#include "FailingHeap.h"
+#include "LibraryTest.h"
+
+namespace {
+
+// Long enough for every copy of them to be an allocation.
+const std::string kUnitObject = "ManagedElement=1,Equipment=1,EquipmentSupportUnit=3";
+const std::string kClass = "EquipmentSupportUnit";
+const std::string kName = "the fault's own name, for traces";
+const std::string kText = "an additional text of some length";
+const std::string kUuid = "e7a6d7a4-1f0e-4c43-9c9c-3f8e2a1b0c4d";
+const Texts kInfo{"", "the client's first entry of information", "second"};
+const Events kEvents{4711, 0, 4712};
+
+struct Operation {
+    const char* name;
+    void (*call)(FaultManagementI&);
+};
+
+const Operation kOperations[] = {
+    {"Combined",
+     [](auto& client) {
+         client.raiseAlarm(kUnitObject, 7, kName, kText, kInfo, 1, 4711, kEvents);
+     }},
+    {"CombinedWithoutEvents",
+     [](auto& client) { client.raiseAlarm(kUnitObject, 7, kName, kText, kInfo, 9, 0, {}); }},
+    {"Cease", [](auto& client) { client.ceaseAlarm(kUnitObject, 7, kName); }},
+    {"Primary32Bit",
+     [](auto& client) {
+         client.raisePrimaryAlarm(kUnitObject, 7, kName, kText, kInfo, 2, 4711, kUuid, kUuid);
+     }},
+    {"Primary32BitWithGroup",
+     [](auto& client) {
+         client.raisePrimaryAlarm(kUnitObject, 7, kName, kText, kInfo, 2, 4711, "", "", 2);
+     }},
+    {"Primary128Bit",
+     [](auto& client) {
+         client.raisePrimaryAlarm(kUnitObject, 7, kName, kText, kInfo, 3, kUuid, kUuid, kUuid);
+     }},
+    {"Primary128BitWithGroup",
+     [](auto& client) {
+         client.raisePrimaryAlarm(kUnitObject, 7, kName, kText, kInfo, 3, kUuid, "", "", 3);
+     }},
+    {"Secondary32Bit",
+     [](auto& client) {
+         client.raiseSecondaryAlarm(kUnitObject, 7, kName, kText, kInfo, 4, kUuid, kUuid, kEvents);
+     }},
+    {"Secondary32BitWithGroup",
+     [](auto& client) {
+         client.raiseSecondaryAlarm(kUnitObject, 7, kName, kText, kInfo, 4, "", "", kEvents, 0);
+     }},
+    {"Secondary128Bit",
+     [](auto& client) {
+         client.raiseSecondaryAlarm(kUnitObject, 7, kName, kText, kInfo, 0, kUuid, kUuid, kInfo);
+     }},
+    {"CombinedWithGroup",
+     [](auto& client) {
+         client.raiseAlarm(kUnitObject, 7, kName, kText, kInfo, 1, 4711, kEvents, 1);
+     }},
+    {"Secondary128BitWithGroup",
+     [](auto& client) {
+         client.raiseSecondaryAlarm(kUnitObject, 7, kName, kText, kInfo, 0, "", "", kInfo, 1);
+     }},
+};
+
+/// A client whose load module brings a mapping file, and every allocation of whose calls fails
+/// once.
+class AllocationTest : public LibraryTest {
+protected:
+    void SetUp() override {
+        LibraryTest::SetUp();
+        platform().loadModules["local"] = {
+            {kUuid, kText, {{"alarm_mapping", m_file.path()}, {"other_files", "/else"}}}};
+    }
+
+    static std::size_t openFiles() {
+        DIR* const folder = opendir("/proc/self/fd");
+        std::size_t count = 0;
+        while (readdir(folder) != nullptr) {
+            ++count;
+        }
+        closedir(folder);
+        return count;
+    }
+
+    /// Lets the first, second, ... allocation of `call` fail, until it completes without a failure.
+    /// `prepare` comes before each call; `giveBack` afterwards and ends what the call began, so
+    /// that nothing of it may be left. `reported`: the failure has to reach the caller.
+    static void failEachAllocation(const std::function<void()>& prepare,
+                                   const std::function<void()>& call,
+                                   const std::function<void()>& giveBack, bool reported = true) {
+        const std::size_t files = openFiles();
+        std::size_t position = 1;
+        for (bool failed = true; failed; ++position) {
+            SCOPED_TRACE("allocation " + std::to_string(position));
+            prepare();
+            bool caught = false;
+            failing_heap::failAt(position);
+            try {
+                call();
+            } catch (const std::bad_alloc&) {
+                caught = true;
+            }
+            failed = failing_heap::stop();
+            giveBack();
+            EXPECT_EQ(caught, failed && reported);
+            if (!failing_heap::failedInTinyXml()) { // it loses what it was building
+                EXPECT_EQ(failing_heap::leakedBlocks(), 0U);
+            }
+            failing_heap::releaseLeakedBlocks();
+            EXPECT_EQ(openFiles(), files);
+            EXPECT_EQ(platform().openNotifications, 0);
+            EXPECT_EQ(platform().openLoadModuleLists, 0);
+            if (HasFailure()) {
+                break;
+            }
+        }
+        RecordProperty("allocations", std::to_string(position - 2));
+        EXPECT_GT(position, 2U); // one that failed, and the last, which did not
+    }
+
+    static void expectThatAlarmsPass(FaultManagementI& client) {
+        platform().sent.clear();
+        client.ceaseAlarm(kUnitObject, 7, kName);
+        EXPECT_EQ(platform().sent.size(), 1U);
+    }
+
+    static void nothing() {}
+
+    ScopedEnvironment m_number{"ZBN_NO", kUuid.c_str()};
+    ScopedEnvironment m_rev{"ZBN_REV", kText.c_str()};
+    ScopedEnvironment m_uuid{"SYSTEM_UUID", kUuid.c_str()};
+    ScopedEnvironment m_name{"COMPUTE_NAME", kUuid.c_str()};
+    TemporaryFile m_file{"<?xml version=\"1.0\"?><!-- a comment of the file --><mappings>text\n"
+                         "<mapping faultid=\"7\" minor_type_id=\"65538\" managed_object_class=\"" +
+                         kClass + ", AnotherManagedObjectClass\"/><mapping faultid=\"x\"/>" +
+                         "<mapping faultid=\"8\" minor_type_id=\"1\"><!-- --></mapping>" +
+                         "</mappings>"};
+};
+
+class AlarmAllocationTest : public AllocationTest, public testing::WithParamInterface<Operation> {};
+
+TEST_P(AlarmAllocationTest, AFailureReachesTheCallerAndNothingElse) {
+    const std::unique_ptr<FaultManagementI> client(v1::getFmiFactory()->createFaultManagement());
+    const auto clientV2 = v2::getFmiFactory()->createFaultManagement();
+    for (FaultManagementI* const each : {client.get(), clientV2.get()}) {
+        const std::size_t registrations = platform().traceObjects.size();
+        failEachAllocation(
+            nothing, [&] { GetParam().call(*each); },
+            [&] {
+                platform().sent.clear();
+                GetParam().call(*each);
+                EXPECT_EQ(platform().sent.size(), 1U);
+                EXPECT_EQ(platform().traceObjects.size(), registrations);
+            });
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, AlarmAllocationTest, testing::ValuesIn(kOperations),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(AllocationTest, GettingAFactoryFailsWithoutATrace) {
+    failEachAllocation(
+        nothing, [] { v1::getFmiFactory(); },
+        [] {
+            v1::freeFmiFactory();
+            EXPECT_TRUE(platform().holdsNothing());
+            std::unique_ptr<FaultManagementI> client(v1::getFmiFactory()->createFaultManagement());
+            expectThatAlarmsPass(*client);
+            client.reset();
+            v1::freeFmiFactory();
+        });
+}
+
+TEST_F(AllocationTest, GettingAV2FactoryFailsWithoutATrace) {
+    failEachAllocation(
+        nothing, [] { v2::getFmiFactory(); },
+        [] {
+            expectThatAlarmsPass(*v2::getFmiFactory()->createFaultManagement());
+            v2::freeFmiFactory();
+            EXPECT_TRUE(platform().holdsNothing());
+        });
+}
+
+TEST_F(AllocationTest, AnAdapterIsMadeWholeOrNotAtAll) {
+    v1::getFmiFactory();
+    v2::getFmiFactory();
+    FaultManagementI* client = nullptr;
+    std::shared_ptr<FaultManagementI> clientV2;
+    const auto expectOnlyTheMaps = [] {
+        EXPECT_EQ(platform().traceObjects.size(), 2U);
+        EXPECT_TRUE(platform().sessions.empty());
+    };
+    const auto forget = [&] {
+        delete client;
+        client = nullptr;
+        expectOnlyTheMaps();
+    };
+    const auto forgetV2 = [&] {
+        clientV2.reset();
+        expectOnlyTheMaps();
+    };
+    // An open session, and one that the service refuses, with its trace.
+    for (const SaAisErrorT result : {SA_AIS_OK, SA_AIS_ERR_LIBRARY}) {
+        const auto prepare = [&] { platform().results["initialize"] = {result}; };
+        failEachAllocation(
+            prepare, [&] { client = v1::getFmiFactory()->createFaultManagement(); }, forget);
+        failEachAllocation(
+            prepare, [&] { clientV2 = v2::getFmiFactory()->createFaultManagement(); }, forgetV2);
+    }
+}
+
+TEST_F(AllocationTest, DestructionReleasesEverythingAndThrowsNothing) {
+    FaultManagementI* client = nullptr;
+    std::shared_ptr<FaultManagementI> clientV2;
+    failEachAllocation(
+        [&] {
+            client = v1::getFmiFactory()->createFaultManagement();
+            clientV2 = v2::getFmiFactory()->createFaultManagement();
+            platform().results["finalize"] = {SA_AIS_ERR_LIBRARY, SA_AIS_ERR_LIBRARY};
+        },
+        [&] {
+            delete client;
+            clientV2.reset();
+            v1::freeFmiFactory();
+            v2::freeFmiFactory();
+        },
+        [] { EXPECT_TRUE(platform().holdsNothing()); }, false);
+}
+
+TEST_F(AllocationTest, ABackendThatCannotDeregisterDoesNotEndTheProcess) {
+    auto client = v2::getFmiFactory()->createFaultManagement();
+    platform().onCall["deregisterTraceObject"] = [] { throw std::bad_alloc(); };
+    client.reset();
+    v2::freeFmiFactory();
+}
+
+TEST_F(AllocationTest, AMappingIsSetWholeOrNotAtAll) {
+    const std::pair<const char*, void (*)(v1::ConfigurationI&)> rows[] = {
+        {"with a class", [](auto& table) { table.setMapping(9, 1, kClass); }},
+        {"without a class", [](auto& table) { table.setMapping(9, 1); }},
+        {"the built-in ones", [](auto& table) { table.configurationFile("any"); }},
+        {"more than a block of the table holds", [](auto& table) {
+             for (std::uint32_t fault = 700; fault > 170; --fault) {
+                 table.setMapping(fault, 1, kClass);
+             }
+         }}};
+    v1::getFmiFactory()->getConfiguration()->configurationFile(""); // makes what the thread keeps
+    for (const auto& [name, set] : rows) {
+        SCOPED_TRACE(name);
+        failEachAllocation([] { v1::getFmiFactory(); },
+                           [&, change = set] { change(*v1::getFmiFactory()->getConfiguration()); },
+                           [&, change = set] {
+                               change(*v1::getFmiFactory()->getConfiguration());
+                               const auto client = std::unique_ptr<FaultManagementI>(
+                                   v1::getFmiFactory()->createFaultManagement());
+                               expectThatAlarmsPass(*client);
+                               v1::freeFmiFactory();
+                           });
+        if (HasFailure()) {
+            break;
+        }
+    }
+}
+
+} // namespace
