@@ -3,6 +3,7 @@
 #include "saNtf.h"
 
 #include "AlarmNotification.h"
+#include "FaultSchedule.h"
 #include "HandleTable.h"
 #include "log/AlarmRecord.h"
 #include "log/NotificationLog.h"
@@ -22,9 +23,13 @@ constexpr SaVersionT kSupportedVersion = {'A', 1, 1};
 // it.
 HandleTable handles;
 
-/// Every call enters here: no exception reaches a C caller.
-template <typename Call> SaAisErrorT enter(Call call) noexcept {
+/// Every call enters here: no exception reaches a C caller, and a scheduled fault comes first.
+template <typename Call> SaAisErrorT enter(ServiceCall name, Call call) noexcept {
     try {
+        if (FaultSchedule* const faults = scheduledFaults()) {
+            if (const SaAisErrorT refused = faults->answerTo(name); refused != SA_AIS_OK)
+                return refused;
+        }
         return call();
     } catch (const std::bad_alloc&) {
         return SA_AIS_ERR_NO_MEMORY;
@@ -50,7 +55,7 @@ SaAisErrorT resultOfAppend(int error) {
 
 SaAisErrorT saNtfInitialize(SaNtfHandleT* ntfHandle, const SaNtfCallbacksT* /*callbacks*/,
                             SaVersionT* version) {
-    return enter([&] {
+    return enter(ServiceCall::Initialize, [&] {
         if (ntfHandle == nullptr || version == nullptr)
             return SA_AIS_ERR_INVALID_PARAM;
         const SaVersionT asked = *version;
@@ -64,7 +69,8 @@ SaAisErrorT saNtfInitialize(SaNtfHandleT* ntfHandle, const SaNtfCallbacksT* /*ca
 }
 
 SaAisErrorT saNtfFinalize(SaNtfHandleT ntfHandle) {
-    return enter([&] { return handles.close(ntfHandle) ? SA_AIS_OK : SA_AIS_ERR_BAD_HANDLE; });
+    return enter(ServiceCall::Finalize,
+                 [&] { return handles.close(ntfHandle) ? SA_AIS_OK : SA_AIS_ERR_BAD_HANDLE; });
 }
 
 SaAisErrorT
@@ -73,7 +79,7 @@ saNtfAlarmNotificationAllocate(SaNtfHandleT ntfHandle, SaNtfAlarmNotificationT* 
                                SaUint16T numAdditionalInfo, SaUint16T numSpecificProblems,
                                SaUint16T numMonitoredAttributes, SaUint16T numProposedRepairActions,
                                SaInt16T variableDataSize) {
-    return enter([&] {
+    return enter(ServiceCall::Allocate, [&] {
         if (notification == nullptr)
             return SA_AIS_ERR_INVALID_PARAM;
         if (variableDataSize < SA_NTF_ALLOC_SYSTEM_LIMIT)
@@ -97,7 +103,7 @@ saNtfAlarmNotificationAllocate(SaNtfHandleT ntfHandle, SaNtfAlarmNotificationT* 
 
 SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT notificationHandle, SaUint16T dataSize,
                                 void** dataPtr, SaNtfValueT* value) {
-    return enter([&] {
+    return enter(ServiceCall::Value, [&] {
         if (dataSize == 0 || dataPtr == nullptr || value == nullptr)
             return SA_AIS_ERR_INVALID_PARAM;
         const auto entry = handles.find(notificationHandle);
@@ -113,7 +119,7 @@ SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT notificationHandle, SaU
 
 SaAisErrorT saNtfPtrValGet(SaNtfNotificationHandleT notificationHandle, const SaNtfValueT* value,
                            void** dataPtr, SaUint16T* dataSize) {
-    return enter([&] {
+    return enter(ServiceCall::Get, [&] {
         if (value == nullptr || dataPtr == nullptr || dataSize == nullptr)
             return SA_AIS_ERR_INVALID_PARAM;
         const auto entry = handles.find(notificationHandle);
@@ -129,7 +135,7 @@ SaAisErrorT saNtfPtrValGet(SaNtfNotificationHandleT notificationHandle, const Sa
 }
 
 SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT notificationHandle) {
-    return enter([&] {
+    return enter(ServiceCall::Send, [&] {
         const auto entry = handles.find(notificationHandle);
         if (!entry.notification)
             return SA_AIS_ERR_BAD_HANDLE;
@@ -141,6 +147,7 @@ SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT notificationHandle) {
 }
 
 SaAisErrorT saNtfNotificationFree(SaNtfNotificationHandleT notificationHandle) {
-    return enter(
-        [&] { return handles.remove(notificationHandle) ? SA_AIS_OK : SA_AIS_ERR_BAD_HANDLE; });
+    return enter(ServiceCall::Free, [&] {
+        return handles.remove(notificationHandle) ? SA_AIS_OK : SA_AIS_ERR_BAD_HANDLE;
+    });
 }

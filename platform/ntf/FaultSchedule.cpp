@@ -1,0 +1,178 @@
+#include "FaultSchedule.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+#include <stdexcept>
+#include <thread>
+
+namespace ruxa::ntf {
+namespace {
+
+constexpr char kVariable[] = "RUXA_NTF_FAULTS";
+constexpr std::uint64_t kLargestNumber = 1'000'000'000;
+
+/// Indexed by ServiceCall.
+constexpr const char* kCallNames[kServiceCallCount] = {
+    "initialize", "finalize", "allocate", "value", "get", "send", "free"};
+
+constexpr std::size_t kFirstCode = SA_AIS_OK;
+constexpr char kCodePrefix[] = "SA_AIS_ERR_";
+/// The standard's names without their prefix, from SA_AIS_OK on.
+constexpr const char* kCodeNames[] = {"OK",
+                                      "LIBRARY",
+                                      "VERSION",
+                                      "INIT",
+                                      "TIMEOUT",
+                                      "TRY_AGAIN",
+                                      "INVALID_PARAM",
+                                      "NO_MEMORY",
+                                      "BAD_HANDLE",
+                                      "BUSY",
+                                      "ACCESS",
+                                      "NOT_EXIST",
+                                      "NAME_TOO_LONG",
+                                      "EXIST",
+                                      "NO_SPACE",
+                                      "INTERRUPT",
+                                      "NAME_NOT_FOUND",
+                                      "NO_RESOURCES",
+                                      "NOT_SUPPORTED",
+                                      "BAD_OPERATION",
+                                      "FAILED_OPERATION",
+                                      "MESSAGE_ERROR",
+                                      "QUEUE_FULL",
+                                      "QUEUE_NOT_AVAILABLE",
+                                      "BAD_FLAGS",
+                                      "TOO_BIG",
+                                      "NO_SECTIONS",
+                                      "NO_OP",
+                                      "REPAIR_PENDING",
+                                      "NO_BINDINGS",
+                                      "UNAVAILABLE",
+                                      "CAMPAIGN_ERROR_DETECTED",
+                                      "CAMPAIGN_PROC_FAILED",
+                                      "CAMPAIGN_CANCELED",
+                                      "CAMPAIGN_FAILED",
+                                      "CAMPAIGN_SUSPENDED",
+                                      "CAMPAIGN_SUSPENDING",
+                                      "ACCESS_DENIED",
+                                      "NOT_READY",
+                                      "DEPLOYMENT"};
+static_assert(kFirstCode + std::size(kCodeNames) - 1 == SA_AIS_ERR_DEPLOYMENT);
+
+std::string trimmed(const std::string& text) {
+    const std::size_t first = text.find_first_not_of(" \t\n");
+    const std::size_t last = text.find_last_not_of(" \t\n");
+    return first == std::string::npos ? std::string() : text.substr(first, last - first + 1);
+}
+
+/// The parts between the separators, blanks around them removed.
+std::vector<std::string> split(const std::string& text, char separator) {
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find(separator, begin), text.size());
+        parts.push_back(trimmed(text.substr(begin, end - begin)));
+        begin = end + 1;
+    }
+    return parts;
+}
+
+[[noreturn]] void refuse(const std::string& part, const std::string& whole,
+                         const std::string& reason) {
+    throw std::invalid_argument("'" + part + "' in '" + whole + "' " + reason);
+}
+
+template <typename Names> std::size_t indexOf(const std::string& name, const Names& names) {
+    return static_cast<std::size_t>(std::find(std::begin(names), std::end(names), name) -
+                                    std::begin(names));
+}
+
+/// The number that `text` is, or a number beyond the largest.
+std::uint64_t numberIn(const std::string& text) {
+    const bool isNumber = !text.empty() && text.size() < 11 &&
+                          text.find_first_not_of("0123456789") == std::string::npos;
+    return isNumber ? std::stoull(text) : kLargestNumber + 1;
+}
+
+} // namespace
+
+FaultSchedule::FaultSchedule(const std::string& text) {
+    for (const std::string& part : split(text, ';')) {
+        if (!part.empty()) {
+            m_faults.push_back(parseFault(part));
+        }
+    }
+}
+
+FaultSchedule::Fault FaultSchedule::parseFault(const std::string& text) {
+    const std::vector<std::string> parts = split(text, ',');
+    const std::vector<std::string> names = split(parts.front(), ':');
+    if (names.size() != 2) {
+        refuse(parts.front(), text, "is no CALL:RESULT");
+    }
+    const std::size_t call = indexOf(names[0], kCallNames);
+    if (call == kServiceCallCount) {
+        refuse(names[0], text,
+               "is no call: choose initialize, finalize, allocate, value, get, send or free");
+    }
+    const bool hasPrefix = names[1].rfind(kCodePrefix, 0) == 0;
+    const std::size_t code =
+        indexOf(hasPrefix ? names[1].substr(sizeof(kCodePrefix) - 1) : names[1], kCodeNames);
+    if (code == std::size(kCodeNames)) {
+        refuse(names[1], text, "is no result: OK, or an error's name, for instance TRY_AGAIN");
+    }
+    Fault fault;
+    fault.call = static_cast<ServiceCall>(call);
+    fault.result = static_cast<SaAisErrorT>(kFirstCode + code);
+    for (auto part = parts.begin() + 1; part != parts.end(); ++part) {
+        const std::vector<std::string> setting = split(*part, '=');
+        const std::uint64_t number = setting.size() == 2 ? numberIn(setting[1]) : 0;
+        if (setting.size() == 2 && number > kLargestNumber) {
+            refuse(setting[1], text, "is no number from 0 to 1000000000");
+        }
+        if (setting.size() == 2 && setting[0] == "times") {
+            fault.times = number;
+        } else if (setting.size() == 2 && setting[0] == "after") {
+            fault.after = number;
+        } else if (setting.size() == 2 && setting[0] == "delay") {
+            fault.delay = std::chrono::milliseconds(number);
+        } else {
+            refuse(*part, text, "is none of times=N, after=N and delay=MILLISECONDS");
+        }
+    }
+    return fault;
+}
+
+SaAisErrorT FaultSchedule::answerTo(ServiceCall call) {
+    const std::uint64_t before = m_calls[static_cast<std::size_t>(call)]++;
+    for (const Fault& fault : m_faults) {
+        if (fault.call == call && before >= fault.after && before - fault.after < fault.times) {
+            if (fault.delay.count() != 0) {
+                std::this_thread::sleep_for(fault.delay);
+            }
+            return fault.result;
+        }
+    }
+    return SA_AIS_OK;
+}
+
+FaultSchedule* scheduledFaults() {
+    // Never deleted: clients may call in while the process ends.
+    static FaultSchedule* const schedule = []() -> FaultSchedule* {
+        const char* const text = std::getenv(kVariable);
+        if (text == nullptr || *text == '\0') {
+            return nullptr;
+        }
+        try {
+            return new FaultSchedule(text);
+        } catch (const std::invalid_argument& wrong) {
+            std::fprintf(stderr, "%s: %s; no faults are made\n", kVariable, wrong.what());
+            return nullptr;
+        }
+    }();
+    return schedule;
+}
+
+} // namespace ruxa::ntf

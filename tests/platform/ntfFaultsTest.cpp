@@ -1,0 +1,84 @@
+#include "saNtf.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include <unistd.h>
+
+namespace {
+
+/// What a new process with the schedule gets for its calls, each made six times: `<call> <results>`
+/// on stderr.
+[[noreturn]] void callUnder(const char* schedule) {
+    ::setenv("RUXA_NTF_FAULTS", schedule, 1);
+    ::setenv("RUXA_NTF_LOG", "/dev/null", 1);
+    std::string results;
+    const auto sixTimes = [&](const char* name, auto call) {
+        results += name;
+        for (int i = 0; i < 6; ++i)
+            results += ' ' + std::to_string(call());
+        results += "; ";
+    };
+    SaNtfHandleT handle = 0;
+    SaVersionT version = {'A', 1, 1};
+    SaNtfAlarmNotificationT alarm{};
+    void* data = nullptr;
+    SaNtfValueT value{};
+    sixTimes("initialize", [&] { return saNtfInitialize(&handle, nullptr, &version); });
+    sixTimes("allocate",
+             [&] { return saNtfAlarmNotificationAllocate(handle, &alarm, 0, 0, 0, 0, 0, 0, -1); });
+    *alarm.notificationHeader.eventType = SA_NTF_ALARM_NOTIFICATIONS_START;
+    sixTimes("value",
+             [&] { return saNtfPtrValAllocate(alarm.notificationHandle, 1, &data, &value); });
+    const auto before = std::chrono::steady_clock::now();
+    sixTimes("send", [&] { return saNtfNotificationSend(alarm.notificationHandle); });
+    const auto taken = std::chrono::steady_clock::now() - before;
+    sixTimes("free", [&] { return saNtfNotificationFree(alarm.notificationHandle); });
+    sixTimes("finalize", [&] { return saNtfFinalize(handle); });
+    results += taken >= std::chrono::milliseconds(40) ? "delayed" : "at once";
+    std::fputs(results.c_str(), stderr);
+    std::_Exit(0);
+}
+
+struct Schedule {
+    const char* name;
+    const char* text;
+    const char* output; // a pattern
+};
+
+const Schedule kSchedules[] = {
+    {"Busy", "send:TRY_AGAIN,times=2", "^initialize 1 1 1 1 1 1; .*send 6 6 1 1 1 1; free 1 9"},
+    {"Later", "send:SA_AIS_ERR_NO_RESOURCES,after=3,times=1", "send 1 1 1 18 1 1; .*at once"},
+    {"FirstThatApplies", " send : LIBRARY , after=1 , times = 2 ;send:TIMEOUT,after=2;;",
+     "send 1 2 2 5 5 5;"},
+    {"EachCall",
+     "initialize:INIT,times=1;allocate:NO_MEMORY,times=2;value:DEPLOYMENT,times=3;"
+     "free:BUSY,times=1;finalize:EXIST,times=1",
+     "^initialize 4 1 1 1 1 1; allocate 8 8 1 1 1 1; value 40 40 40 1 1 1; send 1 1 1 1 1 1; "
+     "free 10 1 9 9 9 9; finalize 14 1 9 9 9 9;"},
+    {"Delay", "send:OK,delay=20,after=1,times=2", "send 1 1 1 1 1 1; .*delayed"},
+    {"NoCall", "send:BUSY;sendd:TRY_AGAIN",
+     "^RUXA_NTF_FAULTS: 'sendd' in 'sendd:TRY_AGAIN' is no call: .*; no faults are made\n.*"
+     "send 1 1 1 1 1 1"},
+    {"NoResult", "send:AGAIN", "^RUXA_NTF_FAULTS: 'AGAIN' in 'send:AGAIN' is no result"},
+    {"NoPair", "send,times=1", "^RUXA_NTF_FAULTS: 'send' in 'send,times=1' is no CALL:RESULT"},
+    {"NoNumber", "send:BUSY,times=-1", "^RUXA_NTF_FAULTS: '-1' in .* is no number"},
+    {"TooLarge", "send:BUSY,after=1000000001", "^RUXA_NTF_FAULTS: '1000000001' in .* is no number"},
+    {"NoSetting", "send:BUSY,time=1", "^RUXA_NTF_FAULTS: 'time=1' in .* is none of times=N"},
+    {"None", "", "^initialize 1 1 1 1 1 1; .*at once"},
+};
+
+class NtfFaultsDeathTest : public testing::Test, public testing::WithParamInterface<Schedule> {};
+
+TEST_P(NtfFaultsDeathTest, AreAsScheduled) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // the schedule is read once in a process
+    EXPECT_EXIT(callUnder(GetParam().text), testing::ExitedWithCode(0), GetParam().output);
+}
+INSTANTIATE_TEST_SUITE_P(, NtfFaultsDeathTest, testing::ValuesIn(kSchedules),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+} // namespace
