@@ -1,0 +1,77 @@
+#include <thread>
+
+#include "EmbeddedNode.h"
+
+namespace {
+
+using LoadTest = EmbeddedNode;
+
+long residentKiB() {
+    std::ifstream statm("/proc/self/statm");
+    long total = 0;
+    long resident = 0;
+    statm >> total >> resident;
+    return resident * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
+TEST_F(LoadTest, ProcessesAndThreadsAtOnceLoseNothing) {
+    constexpr unsigned kProcesses = 4;
+    constexpr unsigned kThreads = 8;
+    constexpr unsigned kClients = kProcesses * kThreads;
+    constexpr unsigned kAlarmsEach = scaled(100'000) / kClients;
+    std::vector<pid_t> processes;
+    for (unsigned process = 0; process < kProcesses; ++process) {
+        processes.push_back(start([process] {
+            std::vector<std::thread> threads;
+            for (unsigned thread = 0; thread < kThreads; ++thread) {
+                threads.emplace_back([number = process * kThreads + thread] {
+                    Client client;
+                    for (unsigned alarm = 0; alarm < kAlarmsEach; ++alarm) {
+                        client.raise(number, alarm + 1);
+                    }
+                });
+            }
+            for (std::thread& thread : threads) {
+                thread.join();
+            }
+        }));
+    }
+    for (const pid_t process : processes) {
+        EXPECT_EQ(exitStatus(process), 0);
+    }
+    std::vector<std::vector<unsigned>> seen(kClients, std::vector<unsigned>(kAlarmsEach));
+    std::ifstream log(m_log);
+    for (std::string line; std::getline(log, line);) {
+        const Origin origin = originOf(ruxa::ntf::parseLine(line).record);
+        ASSERT_TRUE(origin.alarm != 0 && origin.client < kClients && origin.alarm <= kAlarmsEach)
+            << line;
+        ++seen[origin.client][origin.alarm - 1];
+    }
+    const std::vector<std::vector<unsigned>> once(kClients, std::vector<unsigned>(kAlarmsEach, 1));
+    EXPECT_TRUE(seen == once);
+    EXPECT_EQ(linesOf(m_trace).size(), 0U);
+}
+
+TEST_F(LoadTest, MemoryStaysAsItIsOverManyAlarms) {
+    if (kSanitized) {
+        GTEST_SKIP() << "a sanitizer keeps freed memory";
+    }
+    setenv("RUXA_NTF_LOG", "/dev/null", 1);
+    EXPECT_EQ(exitStatus(start([] {
+                  constexpr unsigned kAlarms = kOptimised ? 1'000'000 : 100'000;
+                  Client client;
+                  for (unsigned alarm = 0; alarm < 1000; ++alarm) {
+                      client.raise(1, alarm);
+                  }
+                  const long before = residentKiB();
+                  for (unsigned alarm = 0; alarm < kAlarms; ++alarm) {
+                      client.raise(1, alarm);
+                  }
+                  const long after = residentKiB();
+                  std::printf("resident KiB: %ld before, %ld after\n", before, after);
+                  EXPECT_LE(after - before, 128);
+              })),
+              0);
+}
+
+} // namespace
