@@ -10,6 +10,7 @@
 #include "adapter/CorrelationInfo.h"
 #include "adapter/MoClass.h"
 #include "mapping/MinorType.h"
+#include "trace/Probe.h"
 #include "trace/Trace.h"
 
 namespace dolq {
@@ -42,12 +43,14 @@ void AdapterImpl::raiseAlarm(const std::string& notificationObject, std::uint32_
                              const std::vector<std::string>& additionalInfo,
                              std::uint32_t perceivedSeverity, std::uint32_t eventId,
                              const std::vector<std::uint32_t>& correlatedEvents) {
+    const AlarmProbe probe(notificationObject, faultId);
     raiseAlarmImpl(notificationObject, faultId, faultIdName, additionalText, additionalInfo,
                    perceivedSeverity, eventId, correlatedEvents, kNoProgramGroup);
 }
 
 void AdapterImpl::ceaseAlarm(const std::string& notificationObject, std::uint32_t faultId,
                              const std::string& faultIdName) {
+    const AlarmProbe probe(notificationObject, faultId);
     DOLQ_TRACE(m_traceObject, kFlow,
                " Cease Alarm initiated: notificationObject:%s, faultId:%u, faultIdName:%s",
                notificationObject.c_str(), faultId, faultIdName.c_str());
@@ -57,6 +60,7 @@ void AdapterImpl::ceaseAlarm(const std::string& notificationObject, std::uint32_
         DOLQ_TRACE(m_traceObject, kFailure,
                    "Minor type not found. notificationObject:%s, faultId:%u",
                    notificationObject.c_str(), faultId);
+        DOLQ_PROBE(alarm_drop, "no mapping", 0);
         return;
     }
     m_session->sendNotification(NotificationData(notificationObject, SA_NTF_SEVERITY_CLEARED, "",
@@ -70,6 +74,7 @@ void AdapterImpl::raisePrimaryAlarm(const std::string& notificationObject, std::
                                     const std::vector<std::string>& additionalInfo,
                                     std::uint32_t perceivedSeverity, std::uint32_t eventId,
                                     const std::string& systemUUID, const std::string& computeName) {
+    const AlarmProbe probe(notificationObject, faultId);
     DOLQ_TRACE(
         m_traceObject, kFlow,
         "Raise Primary Alarm Initiated: notificationObject:%s, faultId:%u, faultIdName:%s, additionalText:%s, additionalInfo:%s, perceivedSeverity:%u, eventId:%u, systemUUID:%s, computeName:%s",
@@ -88,6 +93,7 @@ void AdapterImpl::raisePrimaryAlarm(const std::string& notificationObject, std::
                                     std::uint32_t perceivedSeverity, std::uint32_t eventId,
                                     const std::string& systemUUID, const std::string& computeName,
                                     std::uint32_t programGroup) {
+    const AlarmProbe probe(notificationObject, faultId);
     const std::string group = programGroupName(programGroup);
     DOLQ_TRACE(
         m_traceObject, kFlow,
@@ -107,6 +113,7 @@ void AdapterImpl::raisePrimaryAlarm(const std::string& notificationObject, std::
                                     std::uint32_t perceivedSeverity,
                                     const std::string& correlatedEvent128Bit,
                                     const std::string& systemUUID, const std::string& computeName) {
+    const AlarmProbe probe(notificationObject, faultId);
     DOLQ_TRACE(
         m_traceObject, kFlow,
         "Raise Primary Alarm initiated: notificationObject:%s, faultId:%u, faultIdName:%s, additionalText:%s, additionalInfo:%s, perceivedSeverity:%u, correlatedEvent128Bit:%s, systemUUID:%s, computeName:%s",
@@ -123,6 +130,7 @@ void AdapterImpl::raisePrimaryAlarm(
     const std::string& additionalText, const std::vector<std::string>& additionalInfo,
     std::uint32_t perceivedSeverity, const std::string& correlatedEvent128Bit,
     const std::string& systemUUID, const std::string& computeName, std::uint32_t programGroup) {
+    const AlarmProbe probe(notificationObject, faultId);
     const std::string group = programGroupName(programGroup);
     DOLQ_TRACE(
         m_traceObject, kFlow,
@@ -141,6 +149,7 @@ void AdapterImpl::raiseSecondaryAlarm(const std::string& notificationObject, std
                                       std::uint32_t perceivedSeverity,
                                       const std::string& systemUUID, const std::string& computeName,
                                       const std::vector<std::uint32_t>& correlatedEvents32Bit) {
+    const AlarmProbe probe(notificationObject, faultId);
     DOLQ_TRACE(
         m_traceObject, kFlow,
         "Raise Secondary Alarm Initiated: notificationObject:%s, faultId:%u, faultIdName:%s, additionalText:%s, additionalInfo:%s, perceivedSeverity:%u, systemUUID:%s, computeName:%s, correlatedEvents32Bit:%s",
@@ -157,6 +166,7 @@ void AdapterImpl::raiseSecondaryAlarm(
     const std::string& additionalText, const std::vector<std::string>& additionalInfo,
     std::uint32_t perceivedSeverity, const std::string& systemUUID, const std::string& computeName,
     const std::vector<std::uint32_t>& correlatedEvents32Bit, std::uint32_t programGroup) {
+    const AlarmProbe probe(notificationObject, faultId);
     const std::string group = programGroupName(programGroup);
     DOLQ_TRACE(
         m_traceObject, kFlow,
@@ -176,6 +186,7 @@ void AdapterImpl::raiseSecondaryAlarm(const std::string& notificationObject, std
                                       std::uint32_t perceivedSeverity,
                                       const std::string& systemUUID, const std::string& computeName,
                                       const std::vector<std::string>& correlatedEvents128Bit) {
+    const AlarmProbe probe(notificationObject, faultId);
     DOLQ_TRACE(
         m_traceObject, kFlow,
         "Raise Secondary Alarm Initiated: notificationObject:%s, faultId:%u, faultIdName:%s, additionalText:%s, additionalInfo:%s, perceivedSeverity:%u, systemUUID:%s, computeName:%s, correlatedEvents128Bit:%s",
@@ -193,6 +204,7 @@ void AdapterImpl::raiseAlarm(const std::string& notificationObject, std::uint32_
                              std::uint32_t perceivedSeverity, std::uint32_t eventId,
                              const std::vector<std::uint32_t>& correlatedEvents,
                              std::uint32_t programGroup) {
+    const AlarmProbe probe(notificationObject, faultId);
     raiseAlarmImpl(notificationObject, faultId, faultIdName, additionalText, additionalInfo,
                    perceivedSeverity, eventId, correlatedEvents, programGroupName(programGroup));
 }
@@ -202,6 +214,7 @@ void AdapterImpl::raiseSecondaryAlarm(
     const std::string& additionalText, const std::vector<std::string>& additionalInfo,
     std::uint32_t perceivedSeverity, const std::string& systemUUID, const std::string& computeName,
     const std::vector<std::string>& correlatedEvents128Bit, std::uint32_t programGroup) {
+    const AlarmProbe probe(notificationObject, faultId);
     const std::string group = programGroupName(programGroup);
     DOLQ_TRACE(
         m_traceObject, kFlow,
@@ -255,6 +268,7 @@ void AdapterImpl::raisePrimaryAlarmForEventId(
         if (api == nullptr) {
             DOLQ_TRACE(m_traceObject, kFailure,
                        "ZumCs getAPI returns a null pointer. Alarm not raised.");
+            DOLQ_PROBE(alarm_drop, "no correlation service", 0);
             return;
         }
         if (!api->getDerivedCorrelationUUID(eventId, correlationUUID)) {
@@ -298,6 +312,7 @@ void AdapterImpl::raiseSecondaryAlarmForEvents32Bit(
         if (api == nullptr) {
             DOLQ_TRACE(m_traceObject, kFailure,
                        "ZumCs getAPI call returns a null pointer. Alarm not raised.");
+            DOLQ_PROBE(alarm_drop, "no correlation service", 0);
             return;
         }
         for (const std::uint32_t event : correlatedEvents32Bit) {
@@ -331,6 +346,7 @@ void AdapterImpl::raiseSecondaryAlarmImpl(
             m_traceObject, kFailure,
             "Alarm not raised due to correlatedEvents128Bit is empty. Object:%s, Fault Id: %d",
             notificationObject.c_str(), faultId);
+        DOLQ_PROBE(alarm_drop, "no correlated event", 0);
         return;
     }
     raiseCorrelatedAlarm(notificationObject, faultId, additionalText, additionalInfo,
@@ -356,6 +372,7 @@ void AdapterImpl::raiseCorrelatedAlarm(
             m_traceObject, kFailure,
             "Alarm not raised due to either systemUUID or computeName is empty. Object:%s, Fault Id: %d",
             notificationObject.c_str(), faultId);
+        DOLQ_PROBE(alarm_drop, "no system identity", 0);
         return;
     }
     std::vector<std::string> list;
@@ -398,6 +415,7 @@ void AdapterImpl::sendNotification(const std::string& notificationObject,
         DOLQ_TRACE(m_traceObject, kFailure,
                    " Minor type not found. notificationObject:%s, faultId:%u",
                    notificationObject.c_str(), faultId);
+        DOLQ_PROBE(alarm_drop, "no mapping", 0);
         return;
     }
     const std::uint32_t majorId = majorIdOf(minorType);

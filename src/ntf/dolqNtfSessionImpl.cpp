@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "ntf/FieldLimits.h"
+#include "trace/Probe.h"
 #include "trace/Trace.h"
 
 #if !defined(RUXA_DOLQ_VENDOR_ID) || !defined(RUXA_DOLQ_EVENT_TIME_UNKNOWN)
@@ -30,6 +31,7 @@ template <typename Call> SaAisErrorT retryWhileBusy(Call call) {
         if (result != SA_AIS_ERR_TRY_AGAIN) {
             return result;
         }
+        DOLQ_PROBE(service_retry, kRetryDelayUs);
         usleep(kRetryDelayUs);
     }
 }
@@ -108,6 +110,7 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
         additionalInfo.c_str(), data.majorId, data.minorId, data.programGroup.c_str());
     if (m_ntfHandle == 0) {
         DOLQ_TRACE(m_traceObject, kFlow, "m_ntfHandle: !m_ntfHandle:%llu", m_ntfHandle);
+        DOLQ_PROBE(alarm_drop, "no session", 0);
         return;
     }
     traceCuts(data);
@@ -118,6 +121,7 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
         sentCount(data.additionalInfo), hasProgramGroup(data) ? 1 : 0);
     if (result != SA_AIS_OK) {
         DOLQ_TRACE(m_traceObject, kFailure, "Allocate Alarm:  errorCode:%x", result);
+        DOLQ_PROBE(alarm_drop, "allocate refused", result);
         return;
     }
     AllocatedAlarm alarm(*this, notification.notificationHandle);
@@ -125,12 +129,14 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
     if (result != SA_AIS_OK) {
         static_cast<void>(alarm.free());
         DOLQ_TRACE(m_traceObject, kFailure, "Populate Alarm:  errorCode:%x", result);
+        DOLQ_PROBE(alarm_drop, "value refused", result);
         return;
     }
     result = sendAlarm(notification.notificationHandle);
     if (result != SA_AIS_OK) {
         static_cast<void>(alarm.free());
         DOLQ_TRACE(m_traceObject, kFailure, "Send Alarm:  errorCode:%x", result);
+        DOLQ_PROBE(alarm_drop, "send refused", result);
         return;
     }
     result = alarm.free();

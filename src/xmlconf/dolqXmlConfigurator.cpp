@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
+#include "trace/Probe.h"
 #include "trace/Trace.h"
 #include "xmlconf/MappingFileFormat.h"
 #include "xmlconf/XmlGuard.h"
@@ -207,6 +208,7 @@ bool MappingXmlConfigurator::readMappingFile(const std::string& fileName, Mappin
 
 bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
                                              MappingFileObserver& observer) {
+    DOLQ_PROBE(mapping_file, fileName.c_str());
     TiXmlDocument document(fileName);
     if (!isSafeToParse(fileName) || !load(document, fileName)) {
         DOLQ_TRACE(m_traceObject, kFlow, "Could not load XML file '%s'", fileName.c_str());
