@@ -81,7 +81,7 @@ void printTraceLine(const std::string& line, bool isShortened) {
         return;
     }
     if (isShortened && group != "0" && text.size() > kShortLength) {
-        text = text.substr(0, kShortLength) + "...";
+        text.replace(kShortLength, std::string::npos, "...");
     }
     std::cout << "   trace " << group << "  " << text << '\n';
 }

@@ -41,7 +41,7 @@ namespace {
     sixTimes("finalize", [&] { return saNtfFinalize(handle); });
     results += taken >= std::chrono::milliseconds(40) ? "delayed" : "at once";
     std::fputs(results.c_str(), stderr);
-    std::_Exit(0);
+    std::exit(0); // counts coverage, too
 }
 
 struct Schedule {
