@@ -18,7 +18,7 @@ std::optional<Correlation> decodeCorrelation(const std::string& entry) {
         return std::nullopt;
     }
     try {
-        const Json json = Json::parse(entry.begin() + std::strlen(kPrefix), entry.end());
+        const Json json = Json::parse(entry.substr(std::strlen(kPrefix)));
         Correlation correlation;
         json.at("C").at(0).at("I").get_to(correlation.systemUuid);
         json.at("C").at(0).at("n").get_to(correlation.computeName);

@@ -23,10 +23,10 @@ struct Observation {
 class Diagnosis {
 public:
     void ok(std::string check, std::string text) { add(check, Observation::Status::Ok, text, ""); }
-    void warn(std::string check, std::string text, std::string advice) {
+    void warn(std::string check, std::string text, const std::string& advice) {
         add(check, Observation::Status::Warning, text, advice);
     }
-    void fail(std::string check, std::string text, std::string advice) {
+    void fail(std::string check, std::string text, const std::string& advice) {
         add(check, Observation::Status::Failed, text, advice);
     }
     /// How long the latest one took.

@@ -11,11 +11,13 @@
 
 #include <malloc.h>
 
-// A sanitizer's allocator can tell by itself; without one these are null.
+// A sanitizer's allocator can tell by itself; without one these are null. The names are its own.
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" {
 [[gnu::weak]] int __sanitizer_get_ownership(const volatile void* block);
 [[gnu::weak]] std::size_t __sanitizer_get_allocated_size(const volatile void* block);
 }
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
 namespace dolqctl {
 

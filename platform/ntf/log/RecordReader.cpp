@@ -47,11 +47,11 @@ bool toBytes(const Scalar& value, std::string& bytes) {
 }
 
 template <auto Member>
-constexpr auto number = [](auto& owner, Scalar& value) { return toNumber(value, owner.*Member); };
+constexpr auto kNumber = [](auto& owner, Scalar& value) { return toNumber(value, owner.*Member); };
 template <auto Member>
-constexpr auto text = [](auto& owner, Scalar& value) { return toText(value, owner.*Member); };
+constexpr auto kText = [](auto& owner, Scalar& value) { return toText(value, owner.*Member); };
 template <auto Member>
-constexpr auto bytes = [](auto& owner, Scalar& value) { return toBytes(value, owner.*Member); };
+constexpr auto kBytes = [](auto& owner, Scalar& value) { return toBytes(value, owner.*Member); };
 
 bool storeId(AlarmRecord& record, Scalar& value) {
     const auto* const digits = std::get_if<std::string>(&value);
@@ -94,37 +94,37 @@ template <typename Owner> struct Field {
 
 constexpr Field<AlarmRecord> kRecordFields[] = {
     {"notificationId", storeId},
-    {"eventTimeNs", number<&AlarmRecord::eventTimeNs>},
+    {"eventTimeNs", kNumber<&AlarmRecord::eventTimeNs>},
     {"notificationType", isAlarm},
-    {"eventTypeCode", number<&AlarmRecord::eventType>},
-    {"notificationObject", text<&AlarmRecord::notificationObject>},
-    {"notificationObjectHex", bytes<&AlarmRecord::notificationObject>, Presence::Optional},
-    {"notifyingObject", text<&AlarmRecord::notifyingObject>},
-    {"notifyingObjectHex", bytes<&AlarmRecord::notifyingObject>, Presence::Optional},
-    {"perceivedSeverityCode", number<&AlarmRecord::perceivedSeverity>},
-    {"probableCause", number<&AlarmRecord::probableCause>},
-    {"trend", number<&AlarmRecord::trend>},
-    {"thresholdId", number<&AlarmRecord::thresholdId>},
-    {"additionalText", text<&AlarmRecord::additionalText>},
-    {"additionalTextHex", bytes<&AlarmRecord::additionalText>, Presence::Optional},
-    {"processId", number<&AlarmRecord::processId>},
-    {"threadId", number<&AlarmRecord::threadId>},
+    {"eventTypeCode", kNumber<&AlarmRecord::eventType>},
+    {"notificationObject", kText<&AlarmRecord::notificationObject>},
+    {"notificationObjectHex", kBytes<&AlarmRecord::notificationObject>, Presence::Optional},
+    {"notifyingObject", kText<&AlarmRecord::notifyingObject>},
+    {"notifyingObjectHex", kBytes<&AlarmRecord::notifyingObject>, Presence::Optional},
+    {"perceivedSeverityCode", kNumber<&AlarmRecord::perceivedSeverity>},
+    {"probableCause", kNumber<&AlarmRecord::probableCause>},
+    {"trend", kNumber<&AlarmRecord::trend>},
+    {"thresholdId", kNumber<&AlarmRecord::thresholdId>},
+    {"additionalText", kText<&AlarmRecord::additionalText>},
+    {"additionalTextHex", kBytes<&AlarmRecord::additionalText>, Presence::Optional},
+    {"processId", kNumber<&AlarmRecord::processId>},
+    {"threadId", kNumber<&AlarmRecord::threadId>},
     // Seen when they begin: what is inside has fields of its own.
     {"classId", nullptr},
     {"additionalInfo", nullptr},
     {"proposedRepairActions", nullptr}};
 
-constexpr Field<AlarmRecord> kClassFields[] = {{"vendorId", number<&AlarmRecord::vendorId>},
-                                               {"majorId", number<&AlarmRecord::majorId>},
-                                               {"minorId", number<&AlarmRecord::minorId>}};
+constexpr Field<AlarmRecord> kClassFields[] = {{"vendorId", kNumber<&AlarmRecord::vendorId>},
+                                               {"majorId", kNumber<&AlarmRecord::majorId>},
+                                               {"minorId", kNumber<&AlarmRecord::minorId>}};
 
-constexpr Field<Element> kInfoFields[] = {{"infoId", number<&Element::id>},
-                                          {"infoType", number<&Element::type>},
+constexpr Field<Element> kInfoFields[] = {{"infoId", kNumber<&Element::id>},
+                                          {"infoType", kNumber<&Element::type>},
                                           {"value", storeValue},
                                           {"valueHex", storeValueBytes, Presence::Optional}};
 
-constexpr Field<Element> kActionFields[] = {{"actionId", number<&Element::id>},
-                                            {"actionValueType", number<&Element::type>},
+constexpr Field<Element> kActionFields[] = {{"actionId", kNumber<&Element::id>},
+                                            {"actionValueType", kNumber<&Element::type>},
                                             {"value", storeValue},
                                             {"valueHex", storeValueBytes, Presence::Optional}};
 
