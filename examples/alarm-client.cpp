@@ -77,8 +77,8 @@ void raiseAndCease(Walkthrough& walkthrough, fmi::FaultManagementI& alarms) {
     });
     walkthrough.step(
         "raise a secondary alarm, with two 128-bit events and a program group", 1, [&] {
-            const std::vector<std::string> events = {"a1b2c3d4-e5f6-4711-8899-aabbccddeeff",
-                                                     "5e6f7a8b-9c0d-4e1f-a2b3-c4d5e6f7a8b9"};
+            const std::vector<std::string> events = {"7d3f5a10-42c8-4e9b-b1f6-0c9a8e7d6b51",
+                                                     "c28e91d4-6b7f-4a35-9d02-f1e8b3a4c576"};
             alarms.raiseSecondaryAlarm(kLinkFailure.object, kLinkFailure.id, kLinkFailure.name,
                                        "No signal on port 7", {"Cable=12", "Peer=compute-2"},
                                        fmi::PerceivedSeverityCritical, kSystemUuid, kComputeName,

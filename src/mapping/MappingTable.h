@@ -7,7 +7,7 @@
 
 namespace dolq {
 
-/// The fault-to-alarm table: an ordered map from (fault id, managed object class) to minor type.
+/// The fault-to-alarm table: each fault id and managed object class has one minor type.
 /// Ordered by fault id, then by class byte for byte. The empty class is a class like any other.
 ///
 /// Every lookup reads the table from the front, so the entries lie side by side in sorted blocks of

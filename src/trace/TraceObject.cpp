@@ -13,7 +13,7 @@ TraceObject::TraceObject(const char* suffix, UntilRegistered initially) {
     m_handle = TraceBackend::registerTraceObject(TraceBackend::getTraceObjectPrefix() + suffix);
 }
 
-// As every destructor it ends the process rather than let an exception of the backend out.
+// A backend that throws here ends the process: no destructor lets an exception out.
 TraceObject::~TraceObject() {
     TraceBackend::deregisterTraceObject(m_handle);
     m_handle = TraceBackend::getDefaultTraceObject();

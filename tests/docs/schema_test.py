@@ -63,9 +63,20 @@ def refusals(path):
 class Schemas(unittest.TestCase):
     def test_accept_every_sample_but_the_one_with_mistakes(self):
         samples = sorted((REPOSITORY / "examples" / "loadmodules").rglob("*.xml"))
+        samples.append(REPOSITORY / "tests/second-platform/mappings.xml")
         refused = [sample.name for sample in samples if refusals(sample)]
         self.assertGreaterEqual(len(samples), 7)
         self.assertEqual(refused, ["transport.xml"])
+
+    def test_accept_the_examples_of_the_documents(self):
+        for page in (REPOSITORY / "README.md", REPOSITORY / "docs/mapping-files.md"):
+            examples = re.findall(r"^```xml\n(.*?)^```", page.read_text(encoding="utf-8"), re.M | re.S)
+            self.assertTrue(examples, page.name)
+            for example in examples:
+                with tempfile.NamedTemporaryFile("w", suffix=".xml") as file:
+                    file.write(example)
+                    file.flush()
+                    self.assertEqual(refusals(pathlib.Path(file.name)), [], page.name)
 
     def test_refuse_each_planted_mistake_and_nothing_else(self):
         path = REPOSITORY / "examples/loadmodules/transport/transport.xml"

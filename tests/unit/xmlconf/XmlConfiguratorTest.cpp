@@ -1,5 +1,7 @@
 #include <algorithm>
 
+#include <sys/stat.h>
+
 #include "LibraryTest.h"
 #include "xmlconf/dolqXmlConfigurator.h"
 
@@ -232,6 +234,17 @@ TEST_F(DiscoveryTest, ReadsTheFilesOfTheLoadModuleInOrderAndGoesOnWithoutTheMiss
                              "registerTraceObject prefix.DolqTraceLU"}));
     client->ceaseAlarm(kObject, 7, "");
     EXPECT_EQ(sentAlarm().minorId, 2U); // the last file read wins
+}
+
+TEST_F(DiscoveryTest, AFileThatItMayNotReadIsTraced) {
+    const bool isRoot = geteuid() == 0; // who may read everything
+    chmod(m_first.path().c_str(), 0);
+    ASSERT_EQ(isRoot ? seteuid(65534) : 0, 0);
+    dolq::MappingTable table;
+    EXPECT_FALSE(dolq::xmlconf::MappingXmlConfigurator().readMappingFile(m_first.path(), table));
+    ASSERT_EQ(isRoot ? seteuid(0) : 0, 0);
+    EXPECT_EQ(platform().traces(4),
+              Texts{"dolqXmlConfigurator|Could not load XML file '" + m_first.path() + '\''});
 }
 
 TEST_F(DiscoveryTest, WithoutAnIdentityOnlyAModuleWithoutOneMatches) {
