@@ -11,6 +11,7 @@
 #include <ruxa/fm/dolq/v2/FmiFactory.h>
 
 #include "AisText.h"
+#include "IdOption.h"
 #include "SendWitness.h"
 #include "TraceCapture.h"
 
@@ -51,7 +52,7 @@ void addAlarmOptions(CLI::App& command, AlarmOptions& options) {
                     "Notification object, e.g. managedElement=1,Board=3")
         ->type_name("DN")
         ->required();
-    command.add_option("--fault", options.faultId, "Fault id")->required();
+    command.add_option("--fault", options.faultId, "Fault id")->required()->check(checkId);
     command.add_option("--name", options.faultIdName, "The fault's name, for the traces");
     command.add_flag("--v1", options.v1, "Through the first generation of the library's interface");
     command.add_flag("--verbose", options.details, "Show the traces of group 8 (details), too");

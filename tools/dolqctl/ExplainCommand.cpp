@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Explanation.h"
+#include "IdOption.h"
 #include "MappingText.h"
 #include "ReadingProblems.h"
 #include "mapping/MinorType.h"
@@ -149,7 +150,7 @@ void addExplainCommand(CLI::App& app, Context& context) {
     CLI::App* const command = app.add_subcommand(
         "explain", "Tell whether a fault on an object would raise an alarm, and why not");
     const auto options = std::make_shared<Options>();
-    command->add_option("--fault", options->faultId, "Fault id")->required();
+    command->add_option("--fault", options->faultId, "Fault id")->required()->check(checkId);
     command
         ->add_option("--object", options->object,
                      "Notification object, a distinguished name such as Shelf=1,Port=3")

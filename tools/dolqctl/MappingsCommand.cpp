@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Discovery.h"
+#include "IdOption.h"
 #include "Inventory.h"
 #include "MappingText.h"
 #include "ReadingProblems.h"
@@ -170,7 +171,8 @@ void addMappingsCommand(CLI::App& app, Context& context) {
         "mappings", "Show which mappings a load module's programs get, and from which file");
     const auto options = std::make_shared<Options>();
     addIdentityOptions(*command, options->identity);
-    command->add_option("--fault", options->faultId, "Only mappings of this fault id");
+    command->add_option("--fault", options->faultId, "Only mappings of this fault id")
+        ->check(checkId);
     command->add_option("--class", options->moClass, "Only mappings of this managed object class");
     command->add_flag("--json", options->json, "Print JSON");
     command->footer(kFooter);

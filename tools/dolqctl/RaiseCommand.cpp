@@ -12,6 +12,7 @@
 #include <CLI/CLI.hpp>
 
 #include "AlarmSending.h"
+#include "IdOption.h"
 
 namespace dolqctl {
 
@@ -150,7 +151,8 @@ std::function<Kind()> addCorrelationOptions(CLI::App& command, Options& options)
     auto* const computeName =
         command.add_option("--compute-name", options.computeName,
                            "The reporting computer; by default the environment's COMPUTE_NAME");
-    ids->allow_extra_args(false);
+    id->check(checkId);
+    ids->allow_extra_args(false)->check(checkId);
     uuids->allow_extra_args(false)->excludes(ids);
     uuid->excludes(id)->excludes(ids)->excludes(uuids);
     uuids->excludes(id);
