@@ -83,6 +83,10 @@ Explanation explain(std::uint32_t faultId, const std::string& object, const Inve
                  ? "without a class"
                  : "for the class " + inQuotes(explanation.moClass.name)));
         explanation.obstacles.insert(explanation.obstacles.end(), problems.begin(), problems.end());
+        for (const Place& place : inventory.skipped) {
+            explanation.obstacles.push_back(lineText(place) +
+                                            ": an element is skipped, see 'dolqctl check'");
+        }
     }
     addIdentityObstacle("SYSTEM_UUID", explanation);
     addIdentityObstacle("COMPUTE_NAME", explanation);
