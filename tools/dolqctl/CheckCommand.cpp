@@ -19,7 +19,8 @@ constexpr char kFooter[] =
 lost or not what is written, a warning something that works but was hardly meant. Several files
 are read one on top of the other, as the files of one load module are.
 
-Exit codes: 0 no error; 1 errors, or with --strict warnings; 2 wrong usage, or no file to check.
+Exit codes: 0 no error; 1 errors, with --strict warnings, or load modules that could not be asked
+for their files; 2 wrong usage, or no file to check.
 
 Example:
   dolqctl check --strict central.xml site-override.xml)";
@@ -51,10 +52,10 @@ std::string counted(std::ptrdiff_t count, const std::string& what) {
 }
 
 int run(const Options& options, Output& output) {
-    const std::vector<std::string> paths = pathsOf(options.sources);
+    const SourceFiles files = filesOf(options.sources);
     quietTraces();
     MappingFileChecker checker;
-    for (const std::string& path : paths) {
+    for (const std::string& path : files.paths) {
         checker.check(path);
     }
     const std::vector<Finding>& findings = checker.findings();
@@ -63,7 +64,7 @@ int run(const Options& options, Output& output) {
     });
     const auto warnings = static_cast<std::ptrdiff_t>(findings.size()) - errors;
     if (options.json) {
-        Json json{{"files", paths},
+        Json json{{"files", files.paths},
                   {"errors", errors},
                   {"warnings", warnings},
                   {"findings", Json::array()}};
@@ -80,9 +81,9 @@ int run(const Options& options, Output& output) {
                         ' ' + finding.message + " [" + finding.rule + ']');
         }
         output.line(counted(errors, "error") + ", " + counted(warnings, "warning") + " in " +
-                    counted(static_cast<std::ptrdiff_t>(paths.size()), "file"));
+                    counted(static_cast<std::ptrdiff_t>(files.paths.size()), "file"));
     }
-    return errors > 0 || (options.strict && warnings > 0) ? kFindings : kFine;
+    return !files.isComplete || errors > 0 || (options.strict && warnings > 0) ? kFindings : kFine;
 }
 
 } // namespace

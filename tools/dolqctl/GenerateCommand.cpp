@@ -44,7 +44,11 @@ int run(const Options& options, Output& output) {
         throw CommandError("--namespace " + inQuotes(options.nameSpace) +
                            " is no C++ namespace, such as \"alarm_client\" or \"site::alarms\"");
     }
-    const Inventory inventory = readMappingFiles(pathsOf(options.sources));
+    const SourceFiles files = filesOf(options.sources);
+    if (!files.isComplete) {
+        throw CommandError("no header is written from a part of the mapping files");
+    }
+    const Inventory inventory = readMappingFiles(files.paths);
     for (const Unreadable& unreadable : inventory.unreadable) {
         tell(text(unreadable.place) + ": the file is not read: " + unreadable.reason);
     }

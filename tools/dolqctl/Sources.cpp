@@ -1,6 +1,7 @@
 #include "Sources.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 
@@ -10,16 +11,16 @@ namespace dolqctl {
 
 namespace {
 
-std::vector<std::string> discoveredPaths(const Identity& identity) {
+SourceFiles discovered(const Identity& identity) {
     const Discovery discovery = discover(identity);
-    if (!discovery.failedCategories.empty()) {
-        throw CommandError(text(discovery.failedCategories.front()));
+    for (const Discovery::FailedCategory& failure : discovery.failedCategories) {
+        tell(text(failure));
     }
     if (discovery.mappingFiles.empty()) {
         throw CommandError("no mapping file belongs to the load module " + text(identity) +
                            ": check --product and --revision, or ZBN_NO and ZBN_REV");
     }
-    return discovery.mappingFiles;
+    return {discovery.mappingFiles, discovery.failedCategories.empty()};
 }
 
 } // namespace
@@ -34,18 +35,20 @@ void addSourceOptions(CLI::App& command, Sources& sources) {
     addIdentityOptions(command, sources.identity);
 }
 
-std::vector<std::string> pathsOf(const Sources& sources) {
+SourceFiles filesOf(const Sources& sources) {
     if (sources.files.empty() && !sources.discovered) {
         throw CommandError("name a mapping FILE or give --discovered");
     }
+    SourceFiles files =
+        sources.discovered ? discovered(sources.identity) : SourceFiles{sources.files};
     std::vector<std::string> distinct;
-    for (const std::string& path :
-         sources.discovered ? discoveredPaths(sources.identity) : sources.files) {
+    for (const std::string& path : files.paths) {
         if (std::find(distinct.begin(), distinct.end(), path) == distinct.end()) {
             distinct.push_back(path);
         }
     }
-    return distinct;
+    files.paths = std::move(distinct);
+    return files;
 }
 
 } // namespace dolqctl

@@ -17,8 +17,13 @@ struct Sources {
 /// FILE..., --discovered and the identity options that go with it.
 void addSourceOptions(CLI::App& command, Sources& sources);
 
-/// The files in reading order, each once. Throws CommandError when there is none, or when the
-/// load-module handler could not be asked for all of them.
-std::vector<std::string> pathsOf(const Sources& sources);
+struct SourceFiles {
+    std::vector<std::string> paths; ///< in reading order, each file once
+    bool isComplete = true;         ///< the load-module handler could be asked for all of them
+};
+
+/// Tells of what the load-module handler could not be asked for. Throws CommandError when there is
+/// no file.
+SourceFiles filesOf(const Sources& sources);
 
 } // namespace dolqctl
