@@ -1,6 +1,8 @@
 #include "Sources.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -23,6 +25,12 @@ SourceFiles discovered(const Identity& identity) {
     return {discovery.mappingFiles, discovery.failedCategories.empty()};
 }
 
+/// By another spelling or a link, too.
+bool isSameFile(const std::string& path, const std::string& other) {
+    std::error_code ignored; // of a file that is not there
+    return path == other || std::filesystem::equivalent(path, other, ignored);
+}
+
 } // namespace
 
 void addSourceOptions(CLI::App& command, Sources& sources) {
@@ -43,7 +51,8 @@ SourceFiles filesOf(const Sources& sources) {
         sources.discovered ? discovered(sources.identity) : SourceFiles{sources.files};
     std::vector<std::string> distinct;
     for (const std::string& path : files.paths) {
-        if (std::find(distinct.begin(), distinct.end(), path) == distinct.end()) {
+        const auto isPath = [&](const std::string& other) { return isSameFile(path, other); };
+        if (std::none_of(distinct.begin(), distinct.end(), isPath)) {
             distinct.push_back(path);
         }
     }
