@@ -1,7 +1,7 @@
 #include "AlarmFilter.h"
 
+#include <algorithm>
 #include <charconv>
-#include <cstdlib>
 #include <ctime>
 #include <optional>
 #include <sstream>
@@ -33,11 +33,11 @@ bool contains(const std::string& object, const std::string& other) {
            (other.size() == object.size() || other[object.size()] == ',');
 }
 
-/// "10m" in seconds; 0 when `text` is none of the kind.
-std::int64_t parseAgo(const std::string& text) {
+/// "10m" in seconds.
+std::optional<std::int64_t> parseAgo(const std::string& text) {
     constexpr std::pair<char, std::int64_t> kUnits[] = {
         {'s', 1}, {'m', 60}, {'h', 60 * 60}, {'d', 24 * 60 * 60}};
-    std::int32_t number = 0;
+    std::uint32_t number = 0;
     const char* const end = text.data() + text.size();
     const auto result = std::from_chars(text.data(), end, number);
     for (const auto& [unit, seconds] : kUnits) {
@@ -45,7 +45,7 @@ std::int64_t parseAgo(const std::string& text) {
             return number * seconds;
         }
     }
-    return 0;
+    return std::nullopt;
 }
 
 /// RFC 3339, in nanoseconds since 1970.
@@ -63,9 +63,15 @@ std::optional<std::int64_t> parseTime(const std::string& text) {
     if (rest == nullptr || (rest = strptime(rest, "%z", &zone)) == nullptr || *rest != '\0') {
         return std::nullopt;
     }
+    std::tm minute = time;
+    minute.tm_sec = 0; // a leap second may well be in the next day
+    timegm(&minute);
+    if (minute.tm_mday != time.tm_mday) {
+        return std::nullopt; // there is no such day
+    }
     const std::int64_t seconds = timegm(&time) - zone.tm_gmtoff;
-    return std::abs(seconds) < kMostSeconds ? std::optional(seconds * kNsPerSecond + fractionNs)
-                                            : std::nullopt;
+    // No alarm is beyond what the nanoseconds reach.
+    return std::clamp(seconds, -kMostSeconds, kMostSeconds - 1) * kNsPerSecond + fractionNs;
 }
 
 } // namespace
@@ -94,8 +100,8 @@ std::uint32_t parseSeverities(const std::string& text) {
 }
 
 std::int64_t parseSince(const std::string& text, std::int64_t nowNs) {
-    if (const std::int64_t ago = parseAgo(text); ago > 0) {
-        return ago > nowNs / kNsPerSecond ? 0 : nowNs - ago * kNsPerSecond;
+    if (const std::optional<std::int64_t> ago = parseAgo(text)) {
+        return *ago > nowNs / kNsPerSecond ? 0 : nowNs - *ago * kNsPerSecond;
     }
     if (const std::optional<std::int64_t> time = parseTime(text)) {
         return *time;
