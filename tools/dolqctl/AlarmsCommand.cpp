@@ -95,11 +95,8 @@ public:
           m_printer(output, layout(options), options.history || options.follow) {}
 
     void run() {
-        if (!m_reader.open() && !m_options.follow) {
-            throw CommandError("there is no notification log " +
-                               printable(m_reader.path().string()) +
-                               ": nothing was sent yet, or the programs log elsewhere, see "
-                               "RUXA_NTF_LOG and --log");
+        if (!m_reader.open()) {
+            missing();
         }
         m_printer.begin(m_reader.path().string());
         readToEnd();
@@ -123,6 +120,16 @@ private:
             return AlarmPrinter::Layout::Rows;
         }
         return options.follow ? AlarmPrinter::Layout::Stream : AlarmPrinter::Layout::Json;
+    }
+
+    void missing() const {
+        const std::string log = printable(m_reader.path().string());
+        if (!m_options.follow) {
+            throw CommandError("there is no notification log " + log +
+                               ": nothing was sent yet, or the programs log elsewhere, see "
+                               "RUXA_NTF_LOG and --log");
+        }
+        tell("there is no notification log " + log + " yet: waiting for it");
     }
 
     void readToEnd() {
