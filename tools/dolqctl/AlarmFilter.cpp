@@ -77,7 +77,9 @@ std::optional<std::int64_t> parseTime(const std::string& text) {
 } // namespace
 
 bool AlarmFilter::matches(const Alarm& alarm) const {
-    const bool hasSeverity = alarm.severity >= 32 || ((severities >> alarm.severity) & 1U) != 0;
+    const bool hasSeverity =
+        severities == kAnySeverity ||
+        (alarm.severity <= kLastSeverity && ((severities >> alarm.severity) & 1U) != 0);
     return hasSeverity && (object.empty() || contains(object, alarm.object)) &&
            alarm.endTimeNs.value_or(alarm.lastTimeNs) >= sinceNs;
 }

@@ -10,8 +10,9 @@ namespace dolqctl {
 
 /// Which alarms are shown. As it is made, all of them.
 struct AlarmFilter {
-    std::uint32_t severities = ~0U; ///< a bit for each SaNtfSeverityT
-    std::string object;             ///< it and the objects it contains; empty: any
+    static constexpr std::uint32_t kAnySeverity = ~0U; ///< unknown ones, too
+    std::uint32_t severities = kAnySeverity;           ///< or a bit for each SaNtfSeverityT
+    std::string object; ///< it and the objects it contains; empty: any
     std::int64_t sinceNs = std::numeric_limits<std::int64_t>::min(); ///< raised or ceased then
 
     bool matches(const Alarm& alarm) const;

@@ -20,6 +20,12 @@ std::string dump(const Json& json) {
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+std::string severityText(std::uint32_t severity) {
+    constexpr std::uint32_t kLastKnown = 5; // SA_NTF_SEVERITY_CRITICAL
+    const std::string name = ruxa::ntf::severityName(severity);
+    return severity <= kLastKnown ? name : name + " (" + std::to_string(severity) + ')';
+}
+
 Json toJson(const std::string& correlationInfo) {
     if (correlationInfo.empty()) {
         return nullptr;
@@ -44,7 +50,7 @@ Json toJson(const Alarm& alarm, const char* state) {
     json["object"] = alarm.object;
     json["classId"] = {
         {"vendorId", alarm.vendorId}, {"majorId", alarm.majorId}, {"minorId", alarm.minorId}};
-    json["severity"] = ruxa::ntf::severityName(alarm.severity);
+    json["severity"] = severityText(alarm.severity);
     json["firstTime"] = ruxa::ntf::formatTime(alarm.firstTimeNs);
     json["lastTime"] = ruxa::ntf::formatTime(alarm.lastTimeNs);
     json["endTime"] =
@@ -72,7 +78,7 @@ std::string correlationText(const std::string& correlationInfo) {
     std::string text = correlation->isPrimary ? "primary" : "secondary";
     const char* separator = " ";
     for (const std::string& uuid : correlation->uuids) {
-        text += separator + (uuid.empty() ? kNothing : uuid);
+        text += uuid.empty() ? ", without an event" : separator + uuid;
         separator = ", ";
     }
     return text + ", reported by " + correlation->computeName + " (" + correlation->systemUuid +
@@ -91,14 +97,15 @@ struct Cells {
     std::string state, severity, first, last, ended, times, classId, object;
 };
 
-/// Every column before the last has a width that its contents are known to keep.
+/// Every column before the last has a width that its contents are known to keep, save a severity
+/// that is unknown.
 std::string row(const Cells& cells, bool withState) {
     std::ostringstream text;
     text << std::left;
     if (withState) {
         text << std::setw(8) << cells.state;
     }
-    text << std::setw(15) << cells.severity << std::setw(22) << cells.first << std::setw(22)
+    text << std::setw(14) << cells.severity << ' ' << std::setw(22) << cells.first << std::setw(22)
          << cells.last;
     if (withState) {
         text << std::setw(22) << cells.ended;
@@ -143,7 +150,7 @@ void AlarmPrinter::printRow(const Alarm& alarm, const char* state) {
     const std::string classId = std::to_string(alarm.vendorId) + "/" +
                                 std::to_string(alarm.majorId) + "/" + std::to_string(alarm.minorId);
     const Cells cells = {state,
-                         ruxa::ntf::severityName(alarm.severity),
+                         severityText(alarm.severity),
                          secondsOf(alarm.firstTimeNs),
                          secondsOf(alarm.lastTimeNs),
                          alarm.endTimeNs ? secondsOf(*alarm.endTimeNs) : kNothing,

@@ -58,6 +58,13 @@ FileState stateOf(const std::string& path, const Inventory& inventory) {
             Style::Warning};
 }
 
+/// Which of the options that choose mappings were given, as they were.
+std::string given(const Options& options) {
+    const std::string fault = options.faultId ? "--fault " + std::to_string(*options.faultId) : "";
+    const std::string moClass = options.moClass ? "--class " + inQuotes(*options.moClass) : "";
+    return fault + (fault.empty() || moClass.empty() ? "" : " and ") + moClass;
+}
+
 std::vector<const EffectiveMapping*> chosen(const Inventory& inventory, const Options& options) {
     std::vector<const EffectiveMapping*> mappings;
     for (const EffectiveMapping& effective : inventory.effective) {
@@ -158,7 +165,7 @@ int run(const Options& options, Output& output) {
         tell(problem);
     }
     if (mappings.empty() && !inventory.effective.empty()) {
-        tell("no mapping fits --fault and --class");
+        tell("no mapping fits " + given(options));
     }
     const bool isComplete = discovery.failedCategories.empty() && inventory.unreadable.empty();
     return isComplete && !mappings.empty() ? kFine : kFindings;

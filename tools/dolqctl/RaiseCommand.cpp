@@ -68,8 +68,8 @@ std::uint32_t codeOf(const char* what, const std::string& value, const Names& na
         for (const char* const each : names) {
             known += std::string(each) + ", ";
         }
-        throw CommandError(std::string("unknown ") + what + " \"" + printable(value) +
-                           "\": choose from " + known + "or give a code");
+        throw CommandError(std::string("unknown ") + what + ' ' + inQuotes(value) +
+                           ": choose from " + known + "or give a code");
     }
     return code;
 }
