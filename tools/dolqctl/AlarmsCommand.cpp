@@ -98,9 +98,17 @@ public:
         if (!m_reader.open()) {
             missing();
         }
+        // What is no regular file may keep a read waiting, which a held signal would not end.
+        if (m_options.follow && m_reader.size() != 0) {
+            holdEnds();
+        }
         m_printer.begin(m_reader.path().string());
+        m_output.flush();
         readToEnd();
         m_progress.clear();
+        if (m_hasEnded) {
+            return;
+        }
         if (!m_options.follow) {
             takeRest();
         }
@@ -133,8 +141,12 @@ private:
     }
 
     void readToEnd() {
-        for (std::string_view line; m_reader.next(line);) {
+        constexpr std::uint64_t kLinesBetweenLooks = 1024;
+        for (std::string_view line; !m_hasEnded && m_reader.next(line);) {
             take(line);
+            if (m_holdsEnds && m_lines % kLinesBetweenLooks == 0) {
+                waitForEnd({});
+            }
         }
     }
 
@@ -192,26 +204,35 @@ private:
 
     void follow() {
         m_follows = true;
-        // Waiting for the signals that end it is what paces the polling.
-        sigset_t ends;
-        sigemptyset(&ends);
-        sigaddset(&ends, SIGINT);
-        sigaddset(&ends, SIGTERM);
-        pthread_sigmask(SIG_BLOCK, &ends, nullptr);
+        holdEnds();
         constexpr timespec kInterval = {0, 200'000'000};
-        do {
+        while (!m_hasEnded) {
             readNew();
             report();
             if (!m_output.flush()) {
                 return;
             }
-        } while (sigtimedwait(&ends, nullptr, &kInterval) < 0);
+            waitForEnd(kInterval); // which paces the polling
+        }
+    }
+
+    /// From now on the signals that end the command wait until they are asked for.
+    void holdEnds() {
+        m_holdsEnds = true;
+        sigemptyset(&m_ends);
+        sigaddset(&m_ends, SIGINT);
+        sigaddset(&m_ends, SIGTERM);
+        pthread_sigmask(SIG_BLOCK, &m_ends, nullptr);
+    }
+
+    void waitForEnd(const timespec& interval) {
+        m_hasEnded = m_hasEnded || sigtimedwait(&m_ends, nullptr, &interval) >= 0;
     }
 
     void readNew() {
         const LogReader::State state = m_reader.state();
         readToEnd(); // of the file before, if it was replaced: nobody writes to it any more
-        if (state != LogReader::State::Same) {
+        if (!m_hasEnded && state != LogReader::State::Same) {
             takeRest();
             m_reader.reopen();
             readToEnd();
@@ -229,6 +250,9 @@ private:
     std::uint64_t m_lines = 0;
     std::uint64_t m_reported = 0;
     bool m_follows = false;
+    sigset_t m_ends{}; ///< the signals that end --follow
+    bool m_holdsEnds = false;
+    bool m_hasEnded = false;
 };
 
 } // namespace
