@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <cstring>
 
+#include "Invisible.h"
 #include "Output.h"
 #include "mapping/dolqNotificationMapImpl.h"
 
@@ -15,6 +17,12 @@ std::string withoutWhiteSpace(std::string text) {
     text.erase(std::remove_if(text.begin(), text.end(),
                               [](unsigned char c) { return std::isspace(c) != 0; }),
                text.end());
+    for (const Invisible& character : kInvisible) {
+        for (std::size_t at = findInvisible(text, character); at != text.npos;
+             at = findInvisible(text, character, at)) {
+            text.erase(at, std::strlen(character.bytes));
+        }
+    }
     return text;
 }
 

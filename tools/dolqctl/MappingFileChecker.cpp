@@ -9,6 +9,7 @@
 
 #include <tinyxml.h>
 
+#include "Invisible.h"
 #include "Output.h"
 #include "Spelling.h"
 #include "Unreadable.h"
@@ -27,16 +28,6 @@ using dolq::xmlconf::kMoClass;
 /// What a notification object's class loses, apart from the blank, which the file's class loses
 /// too.
 constexpr char kOtherWhiteSpace[] = "\t\n\v\f\r";
-
-/// Characters that look like a blank or like nothing, and are part of a class.
-struct Invisible {
-    const char* utf8;
-    const char* name;
-};
-constexpr Invisible kInvisible[] = {
-    {"\u00A0", "U+00A0"}, {"\u2007", "U+2007"}, {"\u200B", "U+200B"},
-    {"\u202F", "U+202F"}, {"\u3000", "U+3000"}, {"\uFEFF", "U+FEFF"},
-};
 
 const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name) {
     const TiXmlAttribute* attribute = element.FirstAttribute();
@@ -251,7 +242,7 @@ void MappingFileChecker::checkClass(const TiXmlElement& element, const std::stri
                   " never matches: a notification object's class ends before its '='");
     }
     for (const Invisible& character : kInvisible) {
-        if (moClass.find(character.utf8) != moClass.npos) {
+        if (findInvisible(moClass, character) != moClass.npos) {
             warning(place, "invisible-in-class",
                     "the class " + inQuotes(moClass) + " holds " + character.name +
                         ", which looks like a blank or like nothing but is not removed");
