@@ -8,6 +8,9 @@
 #ifdef RUXA_DOLQ_PROBES
 #define SDT_USE_VARIADIC
 #include <sys/sdt.h>
+#ifdef __clang__ // what sdt.h's macros are made of counts as written where a probe stands
+#pragma clang diagnostic ignored "-Wgnu-zero-variadic-macro-arguments"
+#endif
 #define DOLQ_PROBE(...) STAP_PROBEV(ruxa_dolq, __VA_ARGS__)
 #else
 #define DOLQ_PROBE(...) static_cast<void>(0)
