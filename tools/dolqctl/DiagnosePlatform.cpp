@@ -2,7 +2,9 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <system_error>
 
+#include <fcntl.h>
 #include <ruxa/fm/dolq/v2/FmiFactory.h>
 #include <ruxa/trace/v2/TraceBackend.h>
 #include <ruxa/zum2/v1/CorrelationApi.h>
@@ -35,16 +37,32 @@ void checkGroups(Diagnosis& diagnosis) {
                                       (isOn(8) ? "on" : "off") + ", in " + file);
 }
 
+/// Whether an existing file can be appended to. It is opened, since the superuser is granted access
+/// to what cannot be written; without waiting for the reader of a FIFO.
+bool canAppend(const std::filesystem::path& path) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (file < 0) {
+        return false;
+    }
+    ::close(file);
+    return true;
+}
+
 /// Whether a file can be appended to, or made: by the nearest thing of its path that exists.
 bool isWritable(const std::filesystem::path& path) {
     if (::access(path.c_str(), F_OK) == 0) {
-        return ::access(path.c_str(), W_OK) == 0;
+        return canAppend(path);
     }
-    std::filesystem::path folder = std::filesystem::absolute(path).parent_path();
+    std::error_code error;
+    std::filesystem::path folder = std::filesystem::absolute(path, error).parent_path();
+    if (error || !path.has_filename()) {
+        return false;
+    }
     while (::access(folder.c_str(), F_OK) != 0 && folder.has_relative_path()) {
         folder = folder.parent_path();
     }
-    return std::filesystem::is_directory(folder) && ::access(folder.c_str(), W_OK | X_OK) == 0;
+    return std::filesystem::is_directory(folder, error) &&
+           ::access(folder.c_str(), W_OK | X_OK) == 0;
 }
 
 void checkSink(Diagnosis& diagnosis, const std::string& sink) {
