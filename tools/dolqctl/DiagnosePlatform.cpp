@@ -10,6 +10,8 @@
 #include <ruxa/zum2/v1/CorrelationApi.h>
 #include <unistd.h>
 
+#include "NotificationLog.h"
+
 namespace dolqctl {
 
 namespace {
@@ -81,16 +83,20 @@ void checkSink(Diagnosis& diagnosis, const std::string& sink) {
 } // namespace
 
 void diagnoseLog(Diagnosis& diagnosis) {
-    const char* const log = std::getenv("RUXA_NTF_LOG");
-    if (log == nullptr || *log == '\0') {
-        return; // the service finds a place by itself, or is another one
-    }
+    constexpr char kCheck[] = "notification log";
+    const char* const chosen = std::getenv("RUXA_NTF_LOG");
+    const bool isChosen = chosen != nullptr && *chosen != '\0';
+    const std::string log = isChosen ? chosen : ruxa::ntf::notificationLogPath().string();
     if (isWritable(log)) {
-        diagnosis.ok("notification log", std::string("is ") + log);
-    } else {
-        diagnosis.fail("notification log", std::string(log) + " cannot be written",
+        diagnosis.ok(kCheck, "is " + log + (isChosen ? "" : ", as RUXA_NTF_LOG is not set"));
+    } else if (isChosen) {
+        diagnosis.fail(kCheck, log + " cannot be written",
                        "correct RUXA_NTF_LOG or the permissions: the embedded notification "
                        "service refuses every alarm");
+    } else { // which only the embedded service minds, and nobody chose that one here
+        diagnosis.warn(kCheck, log + " cannot be written, and RUXA_NTF_LOG is not set",
+                       "with the embedded notification service set it, or every alarm is refused; "
+                       "another service needs no log");
     }
 }
 
