@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "NotificationLog.h"
+#include "Settings.h"
 
 namespace dolqctl {
 
@@ -18,6 +19,7 @@ namespace {
 
 using ruxa::trace::v2::TraceBackend;
 
+constexpr char kGroupsVariable[] = "RUXA_TRACE_GROUPS";
 constexpr char kSinkVariable[] = "RUXA_TRACE_SINK";
 constexpr char kFileScheme[] = "file:";
 
@@ -32,6 +34,14 @@ void checkGroups(Diagnosis& diagnosis) {
         diagnosis.warn("trace backend", "group 0 is off, in " + file,
                        "switch it on (RUXA_TRACE_GROUPS, or this platform's way): lost alarms "
                        "leave no sign without it");
+        return;
+    }
+    const char* const chosen = std::getenv(kGroupsVariable);
+    if (chosen != nullptr && !ruxa::trace::v2::parseGroups(chosen)) {
+        diagnosis.warn(
+            "trace backend", std::string(kGroupsVariable) + " is '" + chosen + "'",
+            "set it to all, none, or numbers from 0 to 8 joined by commas: with anything "
+            "else the embedded backend traces group 0 alone");
         return;
     }
     diagnosis.ok("trace backend", std::string("group 0 (failures) is on, 4 (calls) ") +
