@@ -7,8 +7,6 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
-#include <optional>
-#include <string_view>
 
 namespace ruxa::trace::v2 {
 namespace {
@@ -38,6 +36,8 @@ std::optional<unsigned> parseGroup(std::string_view text) {
     return group;
 }
 
+} // namespace
+
 std::optional<std::uint32_t> parseGroups(std::string_view text) {
     if (trimmed(text) == "all") {
         return kAllGroups;
@@ -57,8 +57,6 @@ std::optional<std::uint32_t> parseGroups(std::string_view text) {
     }
     return groups;
 }
-
-} // namespace
 
 std::uint32_t enabledGroups() {
     const char* const value = std::getenv(kGroupsVariable);

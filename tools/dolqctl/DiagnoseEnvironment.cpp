@@ -50,16 +50,19 @@ void checkIdentity(Diagnosis& diagnosis, const char* name) {
 }
 
 void checkNum(Diagnosis& diagnosis) {
+    constexpr char kCheck[] = "ZBN_NUM";
     const char* const number = std::getenv("ZBN_NO");
-    const char* const shown = std::getenv("ZBN_NUM");
-    if (shown == nullptr || number == nullptr || std::string(shown) == number) {
-        diagnosis.ok("ZBN_NUM", shown == nullptr ? "is not set; only a trace shows it"
-                                                 : std::string("is ") + shown);
-        return;
+    const char* const shown = std::getenv(kCheck);
+    if (shown == nullptr || *shown == '\0') {
+        diagnosis.warn(kCheck, shown == nullptr ? "is not set" : "is set to nothing",
+                       "set it as ZBN_NO: only a trace shows it, that of a failed lookup");
+    } else if (number != nullptr && std::string(shown) != number) {
+        diagnosis.warn(kCheck, std::string("is ") + shown + ", but ZBN_NO is " + number,
+                       "set both alike: load modules are found by ZBN_NO, but the trace of a "
+                       "failed lookup shows ZBN_NUM");
+    } else {
+        diagnosis.ok(kCheck, std::string("is ") + shown);
     }
-    diagnosis.warn("ZBN_NUM", std::string("is ") + shown + ", but ZBN_NO is " + number,
-                   "set both alike: load modules are found by ZBN_NO, but the trace of a failed "
-                   "lookup shows ZBN_NUM");
 }
 
 void checkReporter(Diagnosis& diagnosis, const char* name) {

@@ -9,6 +9,7 @@
 
 #include "Discovery.h"
 #include "Inventory.h"
+#include "ReadingProblems.h"
 
 namespace dolqctl {
 
@@ -62,8 +63,7 @@ std::string nearestMisses(const Discovery& discovery, const Identity& identity) 
     if (!similar.empty()) {
         return "a product number is there that is nearly the same: " + joined(similar);
     }
-    return products.empty() ? "there are no load modules at all"
-                            : "the products there are: " + joined(products);
+    return "the products there are: " + joined(products);
 }
 
 void checkHandler(Diagnosis& diagnosis, const Discovery& discovery) {
@@ -85,8 +85,10 @@ bool checkLoadModule(Diagnosis& diagnosis, const Discovery& discovery, const Ide
         diagnosis.fail(kLoadModule,
                        "there is no load module of product '" + identity.productNumber +
                            "', revision '" + identity.revision + "'",
-                       "correct ZBN_NO and ZBN_REV, or install the load module: " +
-                           nearestMisses(discovery, identity));
+                       discovery.loadModules.empty()
+                           ? "install the load module: " + noLoadModulesAtAll()
+                           : "correct ZBN_NO and ZBN_REV, or install the load module: " +
+                                 nearestMisses(discovery, identity));
         return false;
     }
     diagnosis.ok(kLoadModule,

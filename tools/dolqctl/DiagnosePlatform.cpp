@@ -2,11 +2,16 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <system_error>
 
+#include <fcntl.h>
 #include <ruxa/fm/dolq/v2/FmiFactory.h>
 #include <ruxa/trace/v2/TraceBackend.h>
 #include <ruxa/zum2/v1/CorrelationApi.h>
 #include <unistd.h>
+
+#include "NotificationLog.h"
+#include "Settings.h"
 
 namespace dolqctl {
 
@@ -14,6 +19,7 @@ namespace {
 
 using ruxa::trace::v2::TraceBackend;
 
+constexpr char kGroupsVariable[] = "RUXA_TRACE_GROUPS";
 constexpr char kSinkVariable[] = "RUXA_TRACE_SINK";
 constexpr char kFileScheme[] = "file:";
 
@@ -30,21 +36,45 @@ void checkGroups(Diagnosis& diagnosis) {
                        "leave no sign without it");
         return;
     }
+    const char* const chosen = std::getenv(kGroupsVariable);
+    if (chosen != nullptr && !ruxa::trace::v2::parseGroups(chosen)) {
+        diagnosis.warn(
+            "trace backend", std::string(kGroupsVariable) + " is '" + chosen + "'",
+            "set it to all, none, or numbers from 0 to 8 joined by commas: with anything "
+            "else the embedded backend traces group 0 alone");
+        return;
+    }
     diagnosis.ok("trace backend", std::string("group 0 (failures) is on, 4 (calls) ") +
                                       (isOn(4) ? "on" : "off") + ", 8 (details) " +
                                       (isOn(8) ? "on" : "off") + ", in " + file);
 }
 
+/// Whether an existing file can be appended to. It is opened, since the superuser is granted access
+/// to what cannot be written; without waiting for the reader of a FIFO.
+bool canAppend(const std::filesystem::path& path) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (file < 0) {
+        return false;
+    }
+    ::close(file);
+    return true;
+}
+
 /// Whether a file can be appended to, or made: by the nearest thing of its path that exists.
 bool isWritable(const std::filesystem::path& path) {
     if (::access(path.c_str(), F_OK) == 0) {
-        return ::access(path.c_str(), W_OK) == 0;
+        return canAppend(path);
     }
-    std::filesystem::path folder = std::filesystem::absolute(path).parent_path();
+    std::error_code error;
+    std::filesystem::path folder = std::filesystem::absolute(path, error).parent_path();
+    if (error || !path.has_filename()) {
+        return false;
+    }
     while (::access(folder.c_str(), F_OK) != 0 && folder.has_relative_path()) {
         folder = folder.parent_path();
     }
-    return std::filesystem::is_directory(folder) && ::access(folder.c_str(), W_OK | X_OK) == 0;
+    return std::filesystem::is_directory(folder, error) &&
+           ::access(folder.c_str(), W_OK | X_OK) == 0;
 }
 
 void checkSink(Diagnosis& diagnosis, const std::string& sink) {
@@ -63,16 +93,20 @@ void checkSink(Diagnosis& diagnosis, const std::string& sink) {
 } // namespace
 
 void diagnoseLog(Diagnosis& diagnosis) {
-    const char* const log = std::getenv("RUXA_NTF_LOG");
-    if (log == nullptr || *log == '\0') {
-        return; // the service finds a place by itself, or is another one
-    }
+    constexpr char kCheck[] = "notification log";
+    const char* const chosen = std::getenv("RUXA_NTF_LOG");
+    const bool isChosen = chosen != nullptr && *chosen != '\0';
+    const std::string log = isChosen ? chosen : ruxa::ntf::notificationLogPath().string();
     if (isWritable(log)) {
-        diagnosis.ok("notification log", std::string("is ") + log);
-    } else {
-        diagnosis.fail("notification log", std::string(log) + " cannot be written",
+        diagnosis.ok(kCheck, "is " + log + (isChosen ? "" : ", as RUXA_NTF_LOG is not set"));
+    } else if (isChosen) {
+        diagnosis.fail(kCheck, log + " cannot be written",
                        "correct RUXA_NTF_LOG or the permissions: the embedded notification "
                        "service refuses every alarm");
+    } else { // which only the embedded service minds, and nobody chose that one here
+        diagnosis.warn(kCheck, log + " cannot be written, and RUXA_NTF_LOG is not set",
+                       "with the embedded notification service set it, or every alarm is refused; "
+                       "another service needs no log");
     }
 }
 
