@@ -78,8 +78,11 @@ bool readDocument(const std::string& text, const std::string& directory,
 } // namespace
 
 int readManifest(const std::string& path, std::vector<LoadModule>& modules) {
+    const dolq::xmlconf::File file = dolq::xmlconf::openRegularFile(path);
+    const int openError = file != nullptr ? 0 : errno;
     std::string text;
-    switch (dolq::xmlconf::readRegularFile(path, kMaxManifestSize, text)) {
+    switch (openError != 0 ? openError
+                           : dolq::xmlconf::readWhole(file.get(), kMaxManifestSize, text)) {
     case 0:
         break;
     case ENOENT:

@@ -8,35 +8,31 @@
 
 namespace dolq::xmlconf {
 
-namespace {
-
-class FileDescriptor {
-public:
-    explicit FileDescriptor(int descriptor) : m_descriptor(descriptor) {}
-    ~FileDescriptor() {
-        if (m_descriptor >= 0) {
-            ::close(m_descriptor);
-        }
-    }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    int get() const { return m_descriptor; }
-
-private:
-    int m_descriptor;
-};
-
-} // namespace
-
-int readRegularFile(const std::string& path, std::size_t maxSize, std::string& content) {
+File openRegularFile(const std::string& path) {
     // O_NONBLOCK: opening a FIFO without a writer does not wait.
-    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     struct stat status {};
-    if (file.get() < 0 || ::fstat(file.get(), &status) != 0) {
-        return errno;
+    if (descriptor < 0 || ::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        const int error = descriptor < 0 ? errno : S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+        if (descriptor >= 0) {
+            ::close(descriptor);
+        }
+        errno = error;
+        return {nullptr, &std::fclose};
     }
-    if (!S_ISREG(status.st_mode)) {
-        return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    File file(::fdopen(descriptor, "rb"), &std::fclose);
+    if (file == nullptr) {
+        ::close(descriptor);
+        errno = ENOMEM;
+    }
+    return file;
+}
+
+int readWhole(std::FILE* file, std::size_t maxSize, std::string& content) {
+    const int descriptor = ::fileno(file);
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0) {
+        return errno;
     }
     const auto size = static_cast<std::size_t>(status.st_size);
     if (size > maxSize) {
@@ -45,7 +41,9 @@ int readRegularFile(const std::string& path, std::size_t maxSize, std::string& c
     content.resize(size);
     std::size_t filled = 0;
     while (filled < size) {
-        const ssize_t got = ::read(file.get(), &content[filled], size - filled);
+        // By offset: the stream stays where it is.
+        const ssize_t got =
+            ::pread(descriptor, &content[filled], size - filled, static_cast<off_t>(filled));
         if (got < 0 && errno != EINTR) {
             return errno;
         }

@@ -337,9 +337,9 @@ private:
 
 bool isSafeText(std::string_view text) { return Scanner(text).isSafe(); }
 
-bool isSafeToParse(const std::string& path) {
+bool isSafeToParse(std::FILE* file) {
     std::string content;
-    return readRegularFile(path, std::numeric_limits<std::size_t>::max(), content) == 0 &&
+    return readWhole(file, std::numeric_limits<std::size_t>::max(), content) == 0 &&
            isSafeText(content);
 }
 

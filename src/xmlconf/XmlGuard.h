@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
+#include <cstdio>
 #include <string_view>
 
 namespace dolq::xmlconf {
@@ -15,7 +15,7 @@ constexpr std::size_t kMaxAttributes = 1000;
 /// its end. True says nothing about well-formedness: what TinyXML refuses by itself is safe.
 bool isSafeText(std::string_view text);
 
-/// Whether `path` is a readable regular file whose content is safe text.
-bool isSafeToParse(const std::string& path);
+/// Whether the content of `file`, which is at its beginning and stays there, is safe text.
+bool isSafeToParse(std::FILE* file);
 
 } // namespace dolq::xmlconf

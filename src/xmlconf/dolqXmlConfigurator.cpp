@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
-#include <memory>
 
 #include <Velk.h>
 #include <tinyxml.h>
@@ -16,6 +14,7 @@
 #include "trace/Probe.h"
 #include "trace/Trace.h"
 #include "xmlconf/MappingFileFormat.h"
+#include "xmlconf/RegularFile.h"
 #include "xmlconf/XmlGuard.h"
 
 namespace dolq::xmlconf {
@@ -44,11 +43,12 @@ private:
     Velk_lm_list& m_list;
 };
 
-/// Not by the document's own file name: when memory runs out, TinyXML leaves that file open.
+/// Opened once, so that what was looked over is what TinyXML parses; and not by TinyXML, which
+/// leaves a file open when memory runs out.
 bool load(TiXmlDocument& document, const std::string& fileName) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(fileName.c_str(), "rb"),
-                                                               &std::fclose);
-    return file != nullptr && document.LoadFile(file.get(), TIXML_ENCODING_UNKNOWN);
+    const File file = openRegularFile(fileName);
+    return file != nullptr && isSafeToParse(file.get()) &&
+           document.LoadFile(file.get(), TIXML_ENCODING_UNKNOWN);
 }
 
 // Where the reader stores what it finds: the one thing in which the generations differ.
@@ -210,7 +210,7 @@ bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
                                              MappingFileObserver& observer) {
     DOLQ_PROBE(mapping_file, fileName.c_str());
     TiXmlDocument document(fileName);
-    if (!isSafeToParse(fileName) || !load(document, fileName)) {
+    if (!load(document, fileName)) {
         DOLQ_TRACE(m_traceObject, kFlow, "Could not load XML file '%s'", fileName.c_str());
         observer.onNotLoaded(document);
         return false;

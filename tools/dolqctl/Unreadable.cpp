@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <limits>
 
 #include <tinyxml.h>
 
@@ -33,9 +32,8 @@ Unreadable whyNotLoaded(const std::string& path, const TiXmlDocument& document) 
         return {{path, document.ErrorRow(), document.ErrorCol()},
                 withoutFullStop(document.ErrorDesc())};
     }
-    std::string content;
-    switch (const int error = dolq::xmlconf::readRegularFile(
-                path, std::numeric_limits<std::size_t>::max(), content)) {
+    const dolq::xmlconf::File file = dolq::xmlconf::openRegularFile(path);
+    switch (const int error = file != nullptr ? 0 : errno) {
     case 0:
         return {{path}, unsafeReason()};
     case EISDIR:

@@ -10,6 +10,8 @@
 
 #include <sys/stat.h>
 
+#include "xmlconf/RegularFile.h"
+
 namespace dolq::xmlconf {
 namespace {
 
@@ -90,6 +92,11 @@ std::string rowName(const testing::TestParamInfo<TextCase>& row) { return row.pa
 
 INSTANTIATE_TEST_SUITE_P(, XmlGuardText, testing::ValuesIn(kTextCases), rowName);
 
+bool isSafe(const std::string& path) {
+    const File file = openRegularFile(path);
+    return file != nullptr && isSafeToParse(file.get());
+}
+
 TEST(XmlGuardFile, OnlyReadableRegularFilesAreSafe) {
     std::string directory = testing::TempDir() + "xmlguardXXXXXX";
     ASSERT_NE(mkdtemp(directory.data()), nullptr);
@@ -98,12 +105,12 @@ TEST(XmlGuardFile, OnlyReadableRegularFilesAreSafe) {
     std::ofstream(file) << "<a/>";
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
 
-    EXPECT_TRUE(isSafeToParse(file));
-    EXPECT_FALSE(isSafeToParse(directory));
-    EXPECT_FALSE(isSafeToParse(fifo));
-    EXPECT_FALSE(isSafeToParse(directory + "/absent.xml"));
+    EXPECT_TRUE(isSafe(file));
+    EXPECT_FALSE(isSafe(directory));
+    EXPECT_FALSE(isSafe(fifo));
+    EXPECT_FALSE(isSafe(directory + "/absent.xml"));
     std::ofstream(file) << kDeep;
-    EXPECT_FALSE(isSafeToParse(file));
+    EXPECT_FALSE(isSafe(file));
 
     EXPECT_EQ(
         std::remove(file.c_str()) + std::remove(fifo.c_str()) + std::remove(directory.c_str()), 0);
