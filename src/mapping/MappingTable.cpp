@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace dolq {
 
@@ -22,16 +23,17 @@ bool isBefore(const MappingTable::Entry& entry, const Key& key) {
 
 void MappingTable::set(std::uint32_t faultId, std::uint32_t minorType, const std::string& moClass) {
     const Key key{faultId, moClass};
-    if (m_blocks.empty()) {
-        m_blocks.push_back({Entry{faultId, minorType, moClass}});
+    // Mappings mostly arrive in key order.
+    if (m_blocks.empty() || isBefore(m_blocks.back().back(), key)) {
+        append({faultId, minorType, moClass});
         return;
     }
-    // The first block whose last entry is not before the key, or else the last block.
+    // The first block whose last entry is not before the key.
     const auto found =
-        std::partition_point(m_blocks.begin(), std::prev(m_blocks.end()),
+        std::partition_point(m_blocks.begin(), m_blocks.end(),
                              [&](const Block& block) { return isBefore(block.back(), key); });
     const auto place = std::lower_bound(found->begin(), found->end(), key, isBefore);
-    if (place != found->end() && place->faultId == faultId && place->moClass == moClass) {
+    if (place->faultId == faultId && place->moClass == moClass) {
         place->minorType = minorType;
         return;
     }
@@ -43,16 +45,25 @@ void MappingTable::set(std::uint32_t faultId, std::uint32_t minorType, const std
     set(faultId, minorType, moClass);
 }
 
-/// Moves the upper part of a full block into a new one after it. The last block gives up only its
-/// last entry: mappings mostly arrive in key order, and then all blocks but the last stay full.
+void MappingTable::append(Entry entry) {
+    if (!m_blocks.empty() && m_blocks.back().size() < kBlockSize) {
+        m_blocks.back().push_back(std::move(entry));
+        return;
+    }
+    Block block;
+    block.reserve(m_blocks.empty() ? 1 : kBlockSize); // most tables are small
+    block.push_back(std::move(entry));
+    m_blocks.push_back(std::move(block));
+}
+
+/// Moves the upper half of a full block into a new one after it.
 void MappingTable::splitBlock(std::size_t index) {
     Block upper;
     upper.reserve(kBlockSize);
     const auto next = m_blocks.insert(m_blocks.begin() + static_cast<std::ptrdiff_t>(index) + 1,
                                       std::move(upper));
     Block& full = *std::prev(next);
-    const std::size_t kept = next + 1 == m_blocks.end() ? full.size() - 1 : full.size() / 2;
-    const auto cut = full.begin() + static_cast<std::ptrdiff_t>(kept);
+    const auto cut = full.begin() + kBlockSize / 2;
     next->assign(std::make_move_iterator(cut), std::make_move_iterator(full.end()));
     full.erase(cut, full.end());
 }

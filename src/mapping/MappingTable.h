@@ -30,6 +30,7 @@ public:
     const std::vector<Block>& blocks() const { return m_blocks; }
 
 private:
+    void append(Entry entry);
     void splitBlock(std::size_t index);
 
     std::vector<Block> m_blocks;

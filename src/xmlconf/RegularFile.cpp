@@ -1,5 +1,6 @@
 #include "RegularFile.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include <fcntl.h>
@@ -38,21 +39,22 @@ int readWhole(std::FILE* file, std::size_t maxSize, std::string& content) {
     if (size > maxSize) {
         return EFBIG;
     }
-    content.resize(size);
-    std::size_t filled = 0;
-    while (filled < size) {
+    content.clear();
+    content.reserve(size);
+    char chunk[16384];
+    while (content.size() < size) {
         // By offset: the stream stays where it is.
         const ssize_t got =
-            ::pread(descriptor, &content[filled], size - filled, static_cast<off_t>(filled));
+            ::pread(descriptor, chunk, std::min(sizeof(chunk), size - content.size()),
+                    static_cast<off_t>(content.size()));
         if (got < 0 && errno != EINTR) {
             return errno;
         }
         if (got == 0) {
             break; // it has shrunk meanwhile
         }
-        filled += got > 0 ? static_cast<std::size_t>(got) : 0;
+        content.append(chunk, got > 0 ? static_cast<std::size_t>(got) : 0);
     }
-    content.resize(filled);
     return 0;
 }
 

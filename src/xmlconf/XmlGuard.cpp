@@ -25,7 +25,7 @@ bool isBlank(char byte) {
                          : std::isspace(static_cast<unsigned char>(byte)) != 0;
 }
 
-bool isQuote(char byte) { return byte == '"' || byte == '\''; }
+constexpr bool isQuote(char byte) { return byte == '"' || byte == '\''; }
 
 bool endsUnquotedValue(char byte) {
     return isBlank(byte) || isQuote(byte) || byte == '/' || byte == '>';
@@ -36,20 +36,27 @@ constexpr bool isNameStart(char byte) {
            byte == '\x7F' || !isAscii(byte);
 }
 
-/// By byte: most of a mapping file is names, and each of their bytes is asked for.
-constexpr std::array<bool, 256> makeNameParts() {
-    std::array<bool, 256> parts{};
-    for (std::size_t code = 0; code < parts.size(); ++code) {
-        const char byte = static_cast<char>(code);
-        parts[code] = isNameStart(byte) || (byte >= '0' && byte <= '9') || byte == '-' ||
-                      byte == '.' || byte == ':';
+/// By byte: a mapping file is names and short values, and each of their bytes is asked for.
+template <typename Holds> constexpr std::array<bool, 256> makeTable(Holds holds) {
+    std::array<bool, 256> table{};
+    for (std::size_t code = 0; code < table.size(); ++code) {
+        table[code] = holds(static_cast<char>(code));
     }
-    return parts;
+    return table;
 }
 
-constexpr std::array<bool, 256> kNameParts = makeNameParts();
+constexpr std::array<bool, 256> kNameParts = makeTable([](char byte) {
+    return isNameStart(byte) || (byte >= '0' && byte <= '9') || byte == '-' || byte == '.' ||
+           byte == ':';
+});
+
+/// What neither ends a text, whatever it stands in, nor belongs to a longer character.
+constexpr std::array<bool, 256> kPlain = makeTable(
+    [](char byte) { return isAscii(byte) && !isQuote(byte) && byte != '<' && byte != '&'; });
 
 bool isNamePart(char byte) { return kNameParts[static_cast<unsigned char>(byte)]; }
+
+bool isPlain(char byte) { return kPlain[static_cast<unsigned char>(byte)]; }
 
 /// Length of the UTF-8 character that `byte` begins; 1 for a byte that begins none.
 std::size_t utf8Length(char byte) {
@@ -99,6 +106,12 @@ private:
     }
 
     void skipBlanks() {
+        if (!m_rest.empty() && (m_rest.front() <= ' ' || !isAscii(m_rest.front()))) {
+            skipBlankRun();
+        }
+    }
+
+    void skipBlankRun() {
         do {
             std::size_t at = 0;
             while (at < m_rest.size() && isBlank(m_rest[at])) {
@@ -138,6 +151,9 @@ private:
     }
 
     Verdict markup() {
+        if (m_rest.size() > 1 && isNameStart(m_rest[1])) { // first: nearly all of the markup
+            return element();
+        }
         if (m_depth > 0 && startsWith("</")) {
             --m_depth; // a name that differs from the opening one ends the parse
             return skipPast(">", 2);
@@ -150,9 +166,6 @@ private:
         }
         if (startsWith("<![CDATA[")) {
             return skipPast("]]>", 9);
-        }
-        if (m_rest.size() > 1 && isNameStart(m_rest[1])) {
-            return element();
         }
         return skipPast(">", 1);
     }
@@ -246,7 +259,7 @@ private:
             return Verdict::ParserStops;
         }
         skipBlanks();
-        if (!startsWith("=")) {
+        if (m_rest.empty() || m_rest.front() != '=') {
             return Verdict::ParserStops;
         }
         m_rest.remove_prefix(1);
@@ -271,15 +284,21 @@ private:
         return Verdict::GoOn;
     }
 
-    /// Stops in front of `end`, which an entity or a UTF-8 character can swallow.
+    /// Stops in front of `end`, a quote or '<', which an entity or a UTF-8 character can swallow.
     Verdict skipCharactersTo(char end) {
-        std::size_t at = 0;
-        while (at < m_rest.size() && m_rest[at] != end) {
-            if (m_rest[at] != '&' && isAscii(m_rest[at])) {
+        for (std::size_t at = 0;;) {
+            while (at < m_rest.size() && isPlain(m_rest[at])) {
                 ++at;
-                continue;
             }
-            if (m_rest[at] == '&') {
+            if (at == m_rest.size()) {
+                return Verdict::ParserStops;
+            }
+            const char byte = m_rest[at];
+            if (byte == end) {
+                m_rest.remove_prefix(at);
+                return Verdict::GoOn;
+            }
+            if (byte == '&') {
                 const std::size_t length = entityLength(m_rest.substr(at));
                 if (length == 0) {
                     return Verdict::ParserStops;
@@ -287,13 +306,11 @@ private:
                 at += length;
                 continue;
             }
-            at = characterEnd(at, m_utf8 ? utf8Length(m_rest[at]) : 1);
+            at = characterEnd(at, m_utf8 ? utf8Length(byte) : 1);
             if (at == m_rest.npos) {
                 return Verdict::Unsafe; // TinyXML would step over the end of its buffer
             }
         }
-        m_rest.remove_prefix(at);
-        return m_rest.empty() ? Verdict::ParserStops : Verdict::GoOn;
     }
 
     /// Where a character of `length` bytes at `at` ends, whatever its bytes are; npos if behind the

@@ -1,6 +1,5 @@
 #include "xmlconf/dolqXmlConfigurator.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
@@ -88,13 +87,18 @@ private:
 
 /// Calls `onClass` for each class of a comma-separated list, blanks removed: "A, ,B" holds "A", ""
 /// and "B"; nothing follows a final comma; a list of blanks alone holds none.
-template <typename OnClass> void forEachClass(const std::string& attribute, OnClass onClass) {
-    std::string classes = attribute;
-    classes.erase(std::remove(classes.begin(), classes.end(), ' '), classes.end());
-    for (std::size_t begin = 0; begin < classes.size();) {
-        const std::size_t end = std::min(classes.find(',', begin), classes.size());
-        onClass(classes.substr(begin, end - begin));
-        begin = end + 1;
+template <typename OnClass> void forEachClass(const char* classes, OnClass onClass) {
+    std::string moClass;
+    for (; *classes != '\0'; ++classes) {
+        if (*classes == ',') {
+            onClass(moClass);
+            moClass.clear();
+        } else if (*classes != ' ') {
+            moClass += *classes;
+        }
+    }
+    if (!moClass.empty()) {
+        onClass(moClass);
     }
 }
 
@@ -215,7 +219,7 @@ bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
         observer.onNotLoaded(document);
         return false;
     }
-    const TiXmlElement* const root = document.FirstChildElement();
+    TiXmlElement* const root = document.FirstChildElement();
     if (root == nullptr) {
         DOLQ_TRACE(m_traceObject, kFlow, "XML data corrupt, no root element in file '%s'",
                    fileName.c_str());
@@ -223,37 +227,43 @@ bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
         return false;
     }
     observer.onRoot(*root);
-    for (const TiXmlElement* element = root->FirstChildElement(kMapping); element != nullptr;
-         element = element->NextSiblingElement(kMapping)) {
-        int faultId = 0;
-        int minorType = 0;
-        if (!queryInt(*element, kFaultId, faultId) || !queryInt(*element, kMinorType, minorType)) {
-            DOLQ_TRACE(
-                m_traceObject, kFlow,
-                "When parsing XML file '%s', a '%s' element that did not have all '%s' ,'%s' and '%s' integer attributes was encountered",
-                fileName.c_str(), kMapping, kFaultId, kMinorType, kMoClass);
-            observer.onSkipped(*element);
-            continue;
-        }
-        const auto storedFaultId = static_cast<std::uint32_t>(faultId);
-        const auto storedMinorType = static_cast<std::uint32_t>(minorType);
-        const char* const moClasses = element->Attribute(kMoClass);
-        if (moClasses == nullptr) {
-            DOLQ_TRACE(m_traceObject, kFailure,
-                       "Alarm mapping entry is missing managed object class for fault '%d'.",
-                       faultId);
-            DOLQ_TRACE(m_traceObject, kDetail, "Call DOLQ with %s=%d and %s=%d", kFaultId, faultId,
-                       kMinorType, minorType);
-            observer.onMappingWithoutClass(*element, storedFaultId, storedMinorType);
-        } else {
-            DOLQ_TRACE(m_traceObject, kDetail, "Call DOLQ with %s=%d,  %s=%d and %s=%s ", kFaultId,
-                       faultId, kMinorType, minorType, kMoClass, moClasses);
-            forEachClass(moClasses, [&](const std::string& moClass) {
-                observer.onMapping(*element, storedFaultId, storedMinorType, moClass);
-            });
-        }
+    for (TiXmlElement* element = root->FirstChildElement(kMapping); element != nullptr;) {
+        readMapping(fileName, *element, observer);
+        TiXmlElement* const read = element;
+        element = element->NextSiblingElement(kMapping);
+        root->RemoveChild(read); // now, while it is still in the processor's cache
     }
     return true;
+}
+
+void MappingXmlConfigurator::readMapping(const std::string& fileName, const TiXmlElement& element,
+                                         MappingFileObserver& observer) {
+    int faultId = 0;
+    int minorType = 0;
+    if (!queryInt(element, kFaultId, faultId) || !queryInt(element, kMinorType, minorType)) {
+        DOLQ_TRACE(
+            m_traceObject, kFlow,
+            "When parsing XML file '%s', a '%s' element that did not have all '%s' ,'%s' and '%s' integer attributes was encountered",
+            fileName.c_str(), kMapping, kFaultId, kMinorType, kMoClass);
+        observer.onSkipped(element);
+        return;
+    }
+    const auto storedFaultId = static_cast<std::uint32_t>(faultId);
+    const auto storedMinorType = static_cast<std::uint32_t>(minorType);
+    const char* const moClasses = element.Attribute(kMoClass);
+    if (moClasses == nullptr) {
+        DOLQ_TRACE(m_traceObject, kFailure,
+                   "Alarm mapping entry is missing managed object class for fault '%d'.", faultId);
+        DOLQ_TRACE(m_traceObject, kDetail, "Call DOLQ with %s=%d and %s=%d", kFaultId, faultId,
+                   kMinorType, minorType);
+        observer.onMappingWithoutClass(element, storedFaultId, storedMinorType);
+        return;
+    }
+    DOLQ_TRACE(m_traceObject, kDetail, "Call DOLQ with %s=%d,  %s=%d and %s=%s ", kFaultId, faultId,
+               kMinorType, minorType, kMoClass, moClasses);
+    forEachClass(moClasses, [&](const std::string& moClass) {
+        observer.onMapping(element, storedFaultId, storedMinorType, moClass);
+    });
 }
 
 void runMappingConfiguratorV1() { MappingXmlConfigurator().configure(); }

@@ -51,6 +51,9 @@ private:
 
     template <typename ReadFile> void configureFrom(ReadFile readFile);
 
+    void readMapping(const std::string& fileName, const TiXmlElement& element,
+                     MappingFileObserver& observer);
+
     TraceObject m_traceObject{"ruxaDolqXmlLU"};
 };
 
