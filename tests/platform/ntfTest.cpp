@@ -458,7 +458,7 @@ TEST_F(Ntf, ReportsANotificationThatCannotBeLogged) {
     EXPECT_EQ(saNtfNotificationSend(allocateAlarm(m_handle).notificationHandle), SA_AIS_OK);
 }
 
-TEST_F(Ntf, WritesAWholeLineAfterATornOne) {
+TEST_F(Ntf, BlanksOutATornLineAndWritesAWholeOneBehindIt) {
     const auto alarm = allocateAlarm(m_handle);
     EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
     const auto wholeSize = fs::file_size(m_log);
@@ -480,11 +480,15 @@ TEST_F(Ntf, WritesAWholeLineAfterATornOne) {
     EXPECT_EQ(fs::file_size(m_log), wholeSize + 20);
 
     EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
+    std::ofstream(m_log, std::ios::app) << "what is not ours stays";
+    EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
     std::vector<ParsedLine::Kind> kinds;
     for (const std::string& line : logLines())
         kinds.push_back(parseLine(line).kind);
     using Kind = ParsedLine::Kind;
-    EXPECT_EQ(kinds, (std::vector{Kind::Notification, Kind::Torn, Kind::Notification}));
+    EXPECT_EQ(kinds, (std::vector{Kind::Notification, Kind::Blank, Kind::Notification, Kind::Torn,
+                                  Kind::Notification}));
+    EXPECT_EQ(logLines().at(3).find("what is not ours stays{"), 0u);
     EXPECT_EQ(parseLine(logLines().back()).record.notificationId,
               *alarm.notificationHeader.notificationId);
 }
@@ -534,7 +538,8 @@ TEST(NtfLogLine, TellsTornAndForeignLinesFromNotifications) {
     const std::pair<std::string, Kind> rows[] = {
         {whole, Kind::Notification},
         {whole.substr(0, whole.size() - 1), Kind::Notification},
-        {"", Kind::Torn},
+        {"", Kind::Blank},
+        {"   \n", Kind::Blank},
         {whole.substr(0, whole.size() - 2), Kind::Torn},
         {whole.substr(0, 20) + whole, Kind::Torn},
         {whole.substr(20), Kind::Torn},

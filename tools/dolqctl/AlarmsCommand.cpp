@@ -162,6 +162,9 @@ private:
         m_progress.show(m_reader, m_lines);
         const ruxa::ntf::ParsedLine parsed = ruxa::ntf::parseLine(line);
         using Kind = ruxa::ntf::ParsedLine::Kind;
+        if (parsed.kind == Kind::Blank) {
+            return;
+        }
         if (parsed.kind != Kind::Notification) {
             ++(parsed.kind == Kind::Torn ? m_counts.torn : m_counts.foreign);
             return;

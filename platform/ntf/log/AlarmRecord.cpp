@@ -130,6 +130,11 @@ std::string toLine(const AlarmRecord& record) {
 
 ParsedLine parseLine(std::string_view line) {
     ParsedLine parsed;
+    if (line.find_first_not_of(" \n") == line.npos) {
+        parsed.kind = ParsedLine::Kind::Blank;
+        parsed.reason = "the line is blank";
+        return parsed;
+    }
     RecordReader reader(parsed.record);
     Json::sax_parse(line.begin(), line.end(), &reader);
     if (reader.isRecord())

@@ -57,11 +57,12 @@ struct ParsedLine {
     enum class Kind {
         Notification, ///< `record` holds it
         Torn,         ///< no JSON document, as a writer that was cut off leaves it
-        Foreign       ///< JSON, but no alarm notification
+        Foreign,      ///< JSON, but no alarm notification
+        Blank         ///< empty, or what the next writer made of a torn line
     };
     Kind kind = Kind::Torn;
     AlarmRecord record;
-    std::string reason; ///< what is wrong with a torn or foreign line
+    std::string reason; ///< why it is no notification
 };
 
 /// Reads a line back, with or without its newline. Texts get their original bytes again.

@@ -1,5 +1,6 @@
 #include "NotificationLog.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <utility>
@@ -55,7 +56,7 @@ int NotificationLog::append(const std::string& line) {
     }
     // A writer that was cut off may have left half a line, and this one would continue it: then it
     // is written again. No look before the write can tell, since others write at the same time.
-    do {
+    for (;;) {
         ssize_t written = -1;
         do {
             written = ::write(m_file, line.data(), line.size());
@@ -64,8 +65,11 @@ int NotificationLog::append(const std::string& line) {
             return errno;
         if (static_cast<std::size_t>(written) != line.size())
             return ENOSPC;
-    } while (!followsWholeLine(line.size()));
-    return 0;
+        const off_t begin = ::lseek(m_file, 0, SEEK_CUR) - written;
+        if (followsWholeLine(begin))
+            return 0;
+        blankOutTornLine(begin, line);
+    }
 }
 
 int NotificationLog::openCurrentFile() {
@@ -92,11 +96,32 @@ void NotificationLog::close() {
     m_file = -1;
 }
 
-bool NotificationLog::followsWholeLine(std::size_t lineSize) const {
-    const off_t begin = ::lseek(m_file, 0, SEEK_CUR) - static_cast<off_t>(lineSize);
+bool NotificationLog::followsWholeLine(off_t begin) const {
     char before = '\n';
     // Nothing lies before the first line, and nothing can be read back from a device.
     return begin <= 0 || ::pread(m_file, &before, 1, begin - 1) != 1 || before == '\n';
+}
+
+/// Puts blanks in the place of the half line in front of `begin` and of `line`, which continues it.
+/// Nobody else touches them: the writer of the one was cut off, that of the other is the caller.
+/// Leaves alone what does not begin as `line` does: somebody else's file.
+void NotificationLog::blankOutTornLine(off_t begin, const std::string& line) const {
+    constexpr off_t kLongestHalf = off_t{1} << 20;
+    constexpr std::size_t kTellingSize = 16;
+    std::string half(static_cast<std::size_t>(std::min(begin, kLongestHalf)), '\0');
+    const ssize_t count =
+        ::pread(m_file, half.data(), half.size(), begin - static_cast<off_t>(half.size()));
+    if (count != static_cast<ssize_t>(half.size()))
+        return;
+    half.erase(0, half.rfind('\n') + 1); // npos + 1 is 0: no line ends before it
+    if (half.compare(0, kTellingSize, line, 0, std::min(half.size(), kTellingSize)) != 0)
+        return;
+    const std::string blanks(half.size() + line.size() - 1, ' ');
+    // With O_APPEND, Linux would put them at the end.
+    ::fcntl(m_file, F_SETFL, 0);
+    static_cast<void>(
+        ::pwrite(m_file, blanks.data(), blanks.size(), begin - static_cast<off_t>(half.size())));
+    ::fcntl(m_file, F_SETFL, O_APPEND);
 }
 
 } // namespace ruxa::ntf

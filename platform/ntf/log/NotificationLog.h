@@ -23,14 +23,16 @@ public:
     NotificationLog& operator=(const NotificationLog&) = delete;
 
     /// Appends `line`, which ends with a newline, with one write; missing folders and the file are
-    /// created. Returns 0 or the errno of what failed, ENOSPC when only a part could be written.
+    /// created. Half a line that was there is blanked out. Returns 0 or the errno of what failed,
+    /// ENOSPC when only a part could be written.
     int append(const std::string& line);
 
 private:
     int openCurrentFile();
     bool isCurrentFileOpen() const;
     void close();
-    bool followsWholeLine(std::size_t lineSize) const;
+    bool followsWholeLine(off_t begin) const;
+    void blankOutTornLine(off_t begin, const std::string& line) const;
 
     const std::filesystem::path m_path;
     std::mutex m_mutex;
