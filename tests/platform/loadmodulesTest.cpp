@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -87,6 +88,12 @@ TEST_F(LoadModules, WhatIsNoReadableFileIsUnreadable) {
     EXPECT_EQ(contentOf("local"), "error " + std::to_string(VELK_UNREADABLE_MANIFEST));
     setenv("VELK_MANIFEST_DIR", (m_directory / "dynamic.xml").c_str(), 1);
     EXPECT_EQ(contentOf("dynamic"), "error " + std::to_string(VELK_UNREADABLE_MANIFEST));
+}
+
+TEST_F(LoadModules, AHugeManifestIsRefusedUnread) {
+    write("central.xml", "<loadModules/>");
+    fs::resize_file(m_directory / "central.xml", std::uintmax_t{1} << 40); // a hole
+    EXPECT_EQ(contentOf("central"), "error " + std::to_string(VELK_MALFORMED_MANIFEST));
 }
 
 TEST_F(LoadModules, WrongArgumentsLeaveAnEmptyList) {

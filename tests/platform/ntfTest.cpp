@@ -378,6 +378,29 @@ TEST_F(Ntf, LogsTheWholeNotification) {
     EXPECT_EQ(logLines()[0], expected);
 }
 
+TEST_F(Ntf, LogsANumberInTheSizeAndSignOfItsType) {
+    const std::pair<SaNtfValueTypeT, const char*> rows[] = {
+        {SA_NTF_VALUE_UINT8, "200"},
+        {SA_NTF_VALUE_INT8, "-56"},
+        {SA_NTF_VALUE_UINT16, "51400"},
+        {SA_NTF_VALUE_INT16, "-14136"},
+        {SA_NTF_VALUE_UINT32, "3368601800"},
+        {SA_NTF_VALUE_INT32, "-926365496"},
+        {SA_NTF_VALUE_UINT64, "14468034567615334600"},
+        {SA_NTF_VALUE_INT64, "-3978709506094217016"},
+        {SA_NTF_VALUE_FLOAT, "-411206.25"},
+        {SA_NTF_VALUE_DOUBLE, "-4.3180364477547035e+42"}};
+    const auto alarm = allocateAlarm(m_handle);
+    SaNtfAdditionalInfoT& info = alarm.notificationHeader.additionalInfo[0];
+    std::memset(&info.infoValue, 200, sizeof info.infoValue);
+    for (const auto& [type, number] : rows) {
+        info.infoType = type;
+        ASSERT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
+        EXPECT_NE(logLines().back().find(std::string(R"("value":)") + number), std::string::npos)
+            << logLines().back();
+    }
+}
+
 TEST_F(Ntf, GivesEachSendingItsOwnIdAndTime) {
     const auto alarm = allocateAlarm(m_handle);
     std::vector<SaNtfIdentifierT> ids;

@@ -71,6 +71,7 @@ const TextCase kTextCases[] = {
     {"ClosedBehindSwallowedLineEnd", kUtf8 + falselyClosed("\xE2\r\n</b>"), false},
     {"LetterOfNoUtf8AtLineEnd", kUtf8 + "\r\n<a>Caf\xE9.\r\n</a>\r\n", true},
     {"ClosedBehindLatin1Letter", kLatin1 + falselyClosed("\xC3</b>"), true},
+    {"ClosedBehindByteOfNoCharacter", kUtf8 + falselyClosed("\xFF</b>"), true},
     {"ClosedAfterComment", falselyClosed("<!-- <b> --></b>"), true},
     // Openings that the parser sees in places where they are easily missed.
     {"OpenedBehindSwallowedQuote", "<a v='&#x'x1;'>" + kDeep + "'", false},
@@ -82,10 +83,20 @@ const TextCase kTextCases[] = {
     {"OpenedInQuotes", "<a x='" + kDeep + "'/>", true},
     {"OpenedBehindNul", std::string("<a/>\0", 5) + kDeep, true},
     {"OpenedBehindMismatch", "<a></b></a/>" + kDeep, false},
+    // Where the parser stops by itself, so that nothing behind counts.
+    {"StopsInComment", "<a><!-- " + kDeep, true},
+    {"StopsInDeclaration", "<?xml version>" + kDeep, true},
+    {"StopsAtBlankForName", kUtf8 + "<\xEF\xBB\xBF>" + kDeep, true},
+    {"StopsInText", "<a>text", true},
+    {"StopsAtReferenceWithoutEnd", "<a>&#x1" + kDeep, true},
+    {"StopsAtReferenceWithoutHexDigits", "<a>&#xg;" + kDeep, true},
+    {"StopsAtReferenceWithoutDigits", "<a>&#g;" + kDeep, true},
     // Where the parser reads behind its buffer or does not return.
     {"CharacterCutOffInText", kUtf8 + "<a>x\xF0", false},
     {"ByteOrderMarkCutOff", "<a/>\xEF", false},
     {"DeclarationCutOff", "<?xml ", false},
+    // What is not decoded to find out.
+    {"EncodingInReferences", "<?xml encoding='&#x55;TF-8'?><a/>", false},
 };
 
 std::string rowName(const testing::TestParamInfo<TextCase>& row) { return row.param.name; }
