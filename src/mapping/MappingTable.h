@@ -12,7 +12,7 @@ namespace dolq {
 ///
 /// Every lookup reads the table from the front, so the entries lie side by side in sorted blocks of
 /// limited size: reading goes through memory in sequence, and setting a mapping moves few entries.
-/// docs/performance.md has the figures, also for one node an entry.
+/// docs/performance.md has the figures.
 class MappingTable {
 public:
     struct Entry {

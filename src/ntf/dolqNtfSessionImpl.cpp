@@ -102,12 +102,11 @@ NtfSessionImpl::~NtfSessionImpl() {
 }
 
 void NtfSessionImpl::sendNotification(const NotificationData& data) {
-    const std::string additionalInfo = joined(data.additionalInfo);
     DOLQ_TRACE(
         m_traceObject, kFlow,
         "SendNotification: notificationObject:%s, perceivedSeverity:%u, additionalText:%s, additionalInfo:%s, majorId:%u, minorId:%u, programGroup:%s",
         data.notificationObject.c_str(), data.perceivedSeverity, data.additionalText.c_str(),
-        additionalInfo.c_str(), data.majorId, data.minorId, data.programGroup.c_str());
+        joined(data.additionalInfo).c_str(), data.majorId, data.minorId, data.programGroup.c_str());
     if (m_ntfHandle == 0) {
         DOLQ_TRACE(m_traceObject, kFlow, "m_ntfHandle: !m_ntfHandle:%llu", m_ntfHandle);
         DOLQ_PROBE(alarm_drop, "no session", 0);

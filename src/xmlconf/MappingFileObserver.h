@@ -9,8 +9,8 @@ class TiXmlElement;
 namespace dolq::xmlconf {
 
 /// Hears what the reader makes of one alarm mapping file, in document order. Elements know their
-/// row, column and attributes. A mapping element lasts until the next one is heard of; the rest of
-/// the document until the reader returns.
+/// row, column and attributes. A mapping element lasts until the call returns, the rest of the
+/// document until the reader does.
 class MappingFileObserver {
 public:
     virtual ~MappingFileObserver() = default;

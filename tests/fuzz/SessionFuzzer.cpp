@@ -18,11 +18,26 @@ namespace v1 = ruxa::fm::dolq::v1;
 namespace v2 = ruxa::fm::dolq::v2;
 using ruxa::fm::fmi::v1::FaultManagementI;
 
+constexpr const char* kEnvironment[] = {"SYSTEM_UUID", "COMPUTE_NAME", "ZBN_NO", "ZBN_NUM",
+                                        "ZBN_REV"};
+constexpr char kMappings[] =
+    R"(<m><mapping faultid="0" minor_type_id="65537" managed_object_class="Unit"/>)"
+    R"(<mapping faultid="1" minor_type_id="2" managed_object_class="Unit,Other"/>)"
+    R"(<mapping faultid="2" minor_type_id="3"/></m>)";
+
 class Session {
 public:
     Session(const std::uint8_t* data, std::size_t size) : m_input(data, size) {}
 
     void run() {
+        for (const char* const name : kEnvironment) {
+            unsetenv(name);
+        }
+        static const InputFile mappings(reinterpret_cast<const std::uint8_t*>(kMappings),
+                                        sizeof kMappings - 1);
+        setenv("ZBN_NO", "CXC1", 1);
+        setenv("ZBN_REV", "R1A", 1);
+        platform().loadModules["local"] = {{"CXC1", "R1A", {{"alarm_mapping", mappings.path()}}}};
         while (m_input.remaining_bytes() != 0) {
             step();
         }
@@ -80,8 +95,7 @@ private:
     }
 
     void changeEnvironment() {
-        const char* const name = m_input.PickValueInArray(
-            {"SYSTEM_UUID", "COMPUTE_NAME", "ZBN_NO", "ZBN_NUM", "ZBN_REV"});
+        const char* const name = m_input.PickValueInArray(kEnvironment);
         if (m_input.ConsumeBool()) {
             setenv(name, text().c_str(), 1);
         } else {
@@ -115,7 +129,8 @@ private:
     }
 
     void callOperation(FaultManagementI& client) {
-        const std::string object = text() + ",Unit" + text();
+        const std::string object =
+            text() + m_input.PickValueInArray<const char*>({",Unit=", ",Unit", ""}) + text();
         const std::uint32_t id = fault();
         const std::string name = text();
         const int operation = m_input.ConsumeIntegralInRange(0, 10);

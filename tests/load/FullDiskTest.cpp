@@ -14,8 +14,7 @@ using Kind = ruxa::ntf::ParsedLine::Kind;
 
 constexpr rlim_t kSpace = 64 * 1024;
 
-/// A disk that holds `kSpace` bytes, below `folder`: a tmpfs where the process may mount one, else
-/// a limit on the size of its files. Returns how to get more room.
+/// Makes `folder` a disk (tmpfs) that holds `kSpace` bytes; false where the process may not mount.
 bool mountSmallDisk(const std::filesystem::path& folder) {
     std::filesystem::create_directory(folder);
     return (unshare(CLONE_NEWNS) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&

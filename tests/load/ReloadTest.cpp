@@ -63,7 +63,7 @@ TEST(ReloadTest, AThousandTimesLeavesNothingBehind) {
     const long after = residentKiB();
     std::printf("resident KiB: %ld before, %ld after\n", before, after);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // which keep freed memory
-    EXPECT_LE(after - before, 256);
+    EXPECT_LE(after - before, 64);
 #endif
 }
 

@@ -512,6 +512,14 @@ TEST_F(Ntf, BlanksOutATornLineAndWritesAWholeOneBehindIt) {
     EXPECT_EQ(kinds, (std::vector{Kind::Notification, Kind::Blank, Kind::Notification, Kind::Torn,
                                   Kind::Notification}));
     EXPECT_EQ(logLines().at(3).find("what is not ours stays{"), 0u);
+
+    fs::resize_file(m_log, fs::file_size(m_log) - 1); // an editor's doing: only the newline is gone
+    EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
+    kinds.clear();
+    for (const std::string& line : logLines())
+        kinds.push_back(parseLine(line).kind);
+    EXPECT_EQ(kinds, (std::vector{Kind::Notification, Kind::Blank, Kind::Notification, Kind::Torn,
+                                  Kind::Notification, Kind::Blank, Kind::Notification}));
     EXPECT_EQ(parseLine(logLines().back()).record.notificationId,
               *alarm.notificationHeader.notificationId);
 }

@@ -1,5 +1,7 @@
 #include "NotificationLog.h"
 
+#include "AlarmRecord.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -104,24 +106,33 @@ bool NotificationLog::followsWholeLine(off_t begin) const {
 
 /// Puts blanks in the place of the half line in front of `begin` and of `line`, which continues it.
 /// Nobody else touches them: the writer of the one was cut off, that of the other is the caller.
-/// Leaves alone what does not begin as `line` does: somebody else's file.
+/// Leaves alone what does not begin as `line` does, which is somebody else's, and a notification
+/// that lacks its newline only, which it gets.
 void NotificationLog::blankOutTornLine(off_t begin, const std::string& line) const {
     constexpr off_t kLongestHalf = off_t{1} << 20;
     constexpr std::size_t kTellingSize = 16;
     std::string half(static_cast<std::size_t>(std::min(begin, kLongestHalf)), '\0');
-    const ssize_t count =
-        ::pread(m_file, half.data(), half.size(), begin - static_cast<off_t>(half.size()));
-    if (count != static_cast<ssize_t>(half.size()))
+    std::string written(line.size(), '\0');
+    if (!readAt(begin - static_cast<off_t>(half.size()), half) || !readAt(begin, written) ||
+        written != line) // somebody has cut the log meanwhile
         return;
     half.erase(0, half.rfind('\n') + 1); // npos + 1 is 0: no line ends before it
     if (half.compare(0, kTellingSize, line, 0, std::min(half.size(), kTellingSize)) != 0)
         return;
-    const std::string blanks(half.size() + line.size() - 1, ' ');
-    // With O_APPEND, Linux would put them at the end.
-    ::fcntl(m_file, F_SETFL, 0);
+    std::string blanks(half.size() + line.size() - 1, ' ');
+    if (parseLine(half).kind == ParsedLine::Kind::Notification)
+        blanks.replace(0, half.size() + 1, half + '\n');
+    // With O_APPEND, Linux would put them at the end. A log for appending only keeps the flag.
+    if (::fcntl(m_file, F_SETFL, 0) != 0)
+        return;
     static_cast<void>(
         ::pwrite(m_file, blanks.data(), blanks.size(), begin - static_cast<off_t>(half.size())));
     ::fcntl(m_file, F_SETFL, O_APPEND);
+}
+
+bool NotificationLog::readAt(off_t begin, std::string& bytes) const {
+    return ::pread(m_file, bytes.data(), bytes.size(), begin) ==
+           static_cast<ssize_t>(bytes.size());
 }
 
 } // namespace ruxa::ntf

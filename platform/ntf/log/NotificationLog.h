@@ -33,6 +33,7 @@ private:
     void close();
     bool followsWholeLine(off_t begin) const;
     void blankOutTornLine(off_t begin, const std::string& line) const;
+    bool readAt(off_t begin, std::string& bytes) const;
 
     const std::filesystem::path m_path;
     std::mutex m_mutex;

@@ -40,10 +40,10 @@ enum ProgramGroup : std::uint32_t {
 /// changed meanwhile; it may not be destroyed while a call runs.
 ///
 /// Parameters, wherever they occur:
-/// - `notificationObject`: distinguished name of the object in fault, attribute=value pairs joined
-///   by commas, e.g. "managedElement=1,board=3". Up to 599 bytes are sent, the rest is cut. The
-///   attribute of its last pair, white space removed, is the managed object class ("board"). A
-///   comma always separates, also inside a value.
+/// - `notificationObject`: which object is faulty, by its distinguished name, for instance
+///   "managedElement=1,board=3". Up to 599 bytes are sent, the rest is cut. What stands before the
+///   equals sign of its last pair, without white space, is the managed object class ("board").
+///   Commas cannot be escaped: a value ends at the first one.
 /// - `faultId`: any 32-bit number. With the class it selects the alarm in the mapping table;
 ///   without a mapping the alarm is dropped.
 /// - `faultIdName`: the fault's name, for the trace only; it is never sent.
