@@ -1,12 +1,33 @@
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <functional>
 #include <iterator>
 #include <new>
 #include <stdexcept>
 
 #include <dirent.h>
+#include <dlfcn.h>
 
 #include "FailingHeap.h"
 #include "LibraryTest.h"
+
+namespace {
+
+bool streamsFail = false;
+
+} // namespace
+
+/// In front of the C library's, whose memory no `new` takes.
+extern "C" std::FILE* fdopen(int descriptor, const char* mode) noexcept {
+    using Function = std::FILE* (*)(int, const char*);
+    static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "fdopen"));
+    if (streamsFail) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    return real(descriptor, mode);
+}
 
 namespace {
 
@@ -187,6 +208,20 @@ TEST_F(AllocationTest, GettingAV2FactoryFailsWithoutATrace) {
             v2::freeFmiFactory();
             EXPECT_TRUE(platform().holdsNothing());
         });
+}
+
+TEST_F(AllocationTest, AFileWithoutMemoryForItsStreamIsTracedAndNotRead) {
+    const std::size_t files = openFiles();
+    streamsFail = true;
+    v2::getFmiFactory();
+    streamsFail = false;
+    EXPECT_EQ(openFiles(), files);
+    const auto& events = platform().events;
+    EXPECT_EQ(std::count(events.begin(), events.end(),
+                         "4 dolqXmlConfigurator|Could not load XML file '" + m_file.path() + "'"),
+              1);
+    v2::freeFmiFactory();
+    expectThatAlarmsPass(*v2::getFmiFactory()->createFaultManagement());
 }
 
 TEST_F(AllocationTest, AnAdapterIsMadeWholeOrNotAtAll) {
