@@ -131,8 +131,7 @@ void NotificationLog::blankOutTornLine(off_t begin, const std::string& line) con
 }
 
 bool NotificationLog::readAt(off_t begin, std::string& bytes) const {
-    return ::pread(m_file, bytes.data(), bytes.size(), begin) ==
-           static_cast<ssize_t>(bytes.size());
+    return ::pread(m_file, bytes.data(), bytes.size(), begin) == static_cast<ssize_t>(bytes.size());
 }
 
 } // namespace ruxa::ntf
