@@ -67,14 +67,15 @@ void loadFile(benchmark::State& state) {
     std::vector<double> library;
     std::vector<double> bare;
     std::vector<double> ratio; // of neighbours in time: a machine's speed drifts
+    const auto measureBare = [&] { bare.push_back(cpuSecondsOf([&] { parseBarely(file); })); };
     for (auto _ : state) {
         const bool bareFirst = library.size() % 2 == 1;
         if (bareFirst) {
-            bare.push_back(cpuSecondsOf([&] { parseBarely(file); }));
+            measureBare();
         }
         library.push_back(cpuSecondsOf([&] { read(reader, file); }));
         if (!bareFirst) {
-            bare.push_back(cpuSecondsOf([&] { parseBarely(file); }));
+            measureBare();
         }
         ratio.push_back(library.back() / bare.back());
         state.SetIterationTime(library.back());

@@ -42,8 +42,8 @@ private:
     Velk_lm_list& m_list;
 };
 
-/// Opened once, so that what was looked over is what TinyXML parses; and not by TinyXML, which
-/// leaves a file open when memory runs out.
+/// Opened once, so that a file put in its place meanwhile is not what TinyXML parses; and not by
+/// TinyXML, which leaves a file open when memory runs out.
 bool load(TiXmlDocument& document, const std::string& fileName) {
     const File file = openRegularFile(fileName);
     return file != nullptr && isSafeToParse(file.get()) &&

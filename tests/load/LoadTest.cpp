@@ -1,18 +1,11 @@
 #include <thread>
 
 #include "EmbeddedNode.h"
+#include "ResidentSize.h"
 
 namespace {
 
 using LoadTest = EmbeddedNode;
-
-long residentKiB() {
-    std::ifstream statm("/proc/self/statm");
-    long total = 0;
-    long resident = 0;
-    statm >> total >> resident;
-    return resident * (sysconf(_SC_PAGESIZE) / 1024);
-}
 
 TEST_F(LoadTest, ProcessesAndThreadsAtOnceLoseNothing) {
     constexpr unsigned kProcesses = 4;

@@ -1,12 +1,11 @@
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
+#include "ResidentSize.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "ruxa/fm/dolq/v2/FmiFactory.h"
 
@@ -14,14 +13,6 @@ namespace v1 = ruxa::fm::dolq::v1;
 namespace v2 = ruxa::fm::dolq::v2;
 
 namespace {
-
-long residentKiB() {
-    std::ifstream statm("/proc/self/statm");
-    long total = 0;
-    long resident = 0;
-    statm >> total >> resident;
-    return resident * (sysconf(_SC_PAGESIZE) / 1024);
-}
 
 template <typename Function> Function* find(void* library, const char* mangledName) {
     return reinterpret_cast<Function*>(dlsym(library, mangledName));
