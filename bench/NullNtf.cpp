@@ -2,10 +2,10 @@
 // thread and sends nowhere. What is left is the cost of the caller. A program that holds these
 // functions uses them instead of the client library's.
 
-#include <saNtf.h>
-
 #include <algorithm>
 #include <cstddef>
+
+#include <saNtf.h>
 
 namespace {
 

@@ -17,11 +17,11 @@ namespace {
 /// A line of the notification log without what no two notifications have in common; empty when it
 /// is none.
 std::string comparable(const std::string& line) {
-    ruxa::ntf::ParsedLine parsed = ruxa::ntf::parseLine(line);
+    platform::ntf::ParsedLine parsed = platform::ntf::parseLine(line);
     parsed.record.notificationId = 0;
     parsed.record.eventTimeNs = 0;
-    return parsed.kind == ruxa::ntf::ParsedLine::Kind::Notification
-               ? ruxa::ntf::toLine(parsed.record)
+    return parsed.kind == platform::ntf::ParsedLine::Kind::Notification
+               ? platform::ntf::toLine(parsed.record)
                : "";
 }
 

@@ -4,9 +4,9 @@
 #error "SA_EXTENDED_NAME_SOURCE is defined: names are in extended-name mode"
 #endif
 
-#include <saNtf.h>
-
 #include <cstddef>
+
+#include <saNtf.h>
 
 #if !defined(SA_MAX_NAME_LENGTH)
 #error "SA_MAX_NAME_LENGTH is not defined: names are in extended-name mode"

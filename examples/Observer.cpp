@@ -8,9 +8,8 @@
 #include <string_view>
 #include <utility>
 
-#include <unistd.h>
-
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 namespace {
 

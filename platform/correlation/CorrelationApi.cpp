@@ -1,10 +1,11 @@
-#include <ruxa/zum2/v1/CorrelationApi.h>
-
 #include <cstdlib>
 #include <new>
+
+#include <ruxa/zum2/v1/CorrelationApi.h>
 #include <uuid/uuid.h>
 
 namespace ruxa::zum2::v1 {
+
 namespace {
 
 constexpr char kSystemVariable[] = "SYSTEM_UUID";

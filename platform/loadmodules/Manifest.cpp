@@ -1,12 +1,13 @@
-#include "Manifest.h"
-#include "Velk.h"
-#include "xmlconf/RegularFile.h"
-#include "xmlconf/XmlGuard.h"
+#include "platform/loadmodules/Manifest.h"
 
 #include <cerrno>
 #include <cstring>
 
+#include <Velk.h>
 #include <tinyxml.h>
+
+#include "common/RegularFile.h"
+#include "common/XmlGuard.h"
 
 namespace platform::loadmodules {
 
@@ -55,7 +56,7 @@ bool readLoadModule(const TiXmlElement& element, const std::string& directory, L
 /// `directory` ends in a slash.
 bool readDocument(const std::string& text, const std::string& directory,
                   std::vector<LoadModule>& modules) {
-    if (text.find('\0') != std::string::npos || !dolq::xmlconf::isSafeText(text)) {
+    if (text.find('\0') != std::string::npos || !common::isSafeText(text)) {
         return false;
     }
     TiXmlDocument document;
@@ -78,11 +79,10 @@ bool readDocument(const std::string& text, const std::string& directory,
 } // namespace
 
 int readManifest(const std::string& path, std::vector<LoadModule>& modules) {
-    const dolq::xmlconf::File file = dolq::xmlconf::openRegularFile(path);
+    const common::File file = common::openRegularFile(path);
     const int openError = file != nullptr ? 0 : errno;
     std::string text;
-    switch (openError != 0 ? openError
-                           : dolq::xmlconf::readWhole(file.get(), kMaxManifestSize, text)) {
+    switch (openError != 0 ? openError : common::readWhole(file.get(), kMaxManifestSize, text)) {
     case 0:
         break;
     case ENOENT:

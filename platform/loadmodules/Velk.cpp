@@ -1,6 +1,3 @@
-#include "Velk.h"
-#include "Manifest.h"
-
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -8,6 +5,10 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <Velk.h>
+
+#include "platform/loadmodules/Manifest.h"
 
 // Clients read these records by offset.
 static_assert(sizeof(Velk_lm_list) == 16 && offsetof(Velk_lm_list, count) == 0 &&

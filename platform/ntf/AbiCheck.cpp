@@ -1,9 +1,9 @@
 // The layouts that every client of the standard's A.01 interface on x86-64 is compiled for: a
 // change here is a client reading the wrong bytes.
 
-#include "saNtf.h"
-
 #include <cstddef>
+
+#include <saNtf.h>
 
 namespace {
 

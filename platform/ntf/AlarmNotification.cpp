@@ -1,7 +1,4 @@
-#include "AlarmNotification.h"
-
-#include "ElementReader.h"
-#include "NotificationId.h"
+#include "platform/ntf/AlarmNotification.h"
 
 #include <algorithm>
 #include <chrono>
@@ -10,7 +7,11 @@
 
 #include <unistd.h>
 
-namespace ruxa::ntf {
+#include "platform/ntf/ElementReader.h"
+#include "platform/ntf/NotificationId.h"
+
+namespace platform::ntf {
+
 namespace {
 
 /// Null when empty, which vector::data() need not be.
@@ -83,8 +84,9 @@ void* AlarmNotification::findValue(const SaNtfValueT& value) {
 
 bool AlarmNotification::compose(AlarmRecord& record) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (!isValid())
+    if (!isValid()) {
         return false;
+    }
     m_notificationId[0] = nextNotificationId();
     record.notificationId = m_notificationId[0];
     record.eventTimeNs = m_eventTime[0] == SA_TIME_UNKNOWN ? currentTime() : m_eventTime[0];
@@ -99,12 +101,15 @@ bool AlarmNotification::compose(AlarmRecord& record) {
     record.probableCause = codeOf(m_probableCause[0]);
     record.trend = codeOf(m_trend[0]);
     record.thresholdId = m_thresholdInformation[0].thresholdId;
-    if (!m_additionalText.empty())
+    if (!m_additionalText.empty()) {
         record.additionalText = m_additionalText.data();
-    for (const SaNtfAdditionalInfoT& info : m_additionalInfo)
+    }
+    for (const SaNtfAdditionalInfoT& info : m_additionalInfo) {
         record.additionalInfo.push_back(toElement(info, m_values));
-    for (const SaNtfProposedRepairActionT& action : m_proposedRepairActions)
+    }
+    for (const SaNtfProposedRepairActionT& action : m_proposedRepairActions) {
         record.proposedRepairActions.push_back(toElement(action, m_values));
+    }
     record.processId = ::getpid();
     record.threadId = ::gettid();
     return true;
@@ -139,4 +144,4 @@ bool AlarmNotification::isValid() const {
            haveTypes(m_proposedRepairActions, &SaNtfProposedRepairActionT::actionValueType);
 }
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

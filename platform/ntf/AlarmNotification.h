@@ -1,14 +1,15 @@
 #pragma once
 
-#include "ValueBlocks.h"
-#include "log/AlarmRecord.h"
-#include "saNtf.h"
-
 #include <cstddef>
 #include <mutex>
 #include <vector>
 
-namespace ruxa::ntf {
+#include <saNtf.h>
+
+#include "platform/ntf/ValueBlocks.h"
+#include "platform/ntf/log/AlarmRecord.h"
+
+namespace platform::ntf {
 
 /// How many of each a notification is allocated with.
 struct AlarmCounts {
@@ -67,4 +68,4 @@ private:
     ValueBlocks m_values;
 };
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

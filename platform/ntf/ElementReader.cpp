@@ -1,15 +1,17 @@
-#include "ElementReader.h"
+#include "platform/ntf/ElementReader.h"
 
 #include <cstddef>
 #include <string>
 
-namespace ruxa::ntf {
+namespace platform::ntf {
+
 namespace {
 
 /// The bytes of a value without the one NUL that ends a C string.
 std::string toText(std::string bytes) {
-    if (!bytes.empty() && bytes.back() == '\0')
+    if (!bytes.empty() && bytes.back() == '\0') {
         bytes.pop_back();
+    }
     return bytes;
 }
 
@@ -17,8 +19,9 @@ std::string toText(std::string bytes) {
 std::string toName(const std::string& bytes) {
     SaUint16T length = 0;
     constexpr std::size_t kNameAt = offsetof(SaNameT, value);
-    if (bytes.size() < kNameAt)
+    if (bytes.size() < kNameAt) {
         return {};
+    }
     std::memcpy(&length, bytes.data(), sizeof length);
     const std::string name = bytes.substr(kNameAt, length);
     return name.substr(0, name.find('\0'));
@@ -52,11 +55,13 @@ decltype(Element::value) readValue(std::uint32_t type, const SaNtfValueT& value,
     }
     // Arrays have no call here that could allocate one.
     const auto* block = static_cast<const char*>(blocks.find(value));
-    if (block == nullptr || type == SA_NTF_VALUE_ARRAY)
+    if (block == nullptr || type == SA_NTF_VALUE_ARRAY) {
         return std::monostate{};
+    }
     const std::string bytes(block, value.ptrVal.dataSize);
-    if (type == SA_NTF_VALUE_STRING)
+    if (type == SA_NTF_VALUE_STRING) {
         return toText(bytes);
+    }
     return type == SA_NTF_VALUE_LDAP_NAME ? toName(bytes) : bytes;
 }
 
@@ -72,4 +77,4 @@ Element toElement(const SaNtfProposedRepairActionT& action, const ValueBlocks& b
     return {action.actionId, type, readValue(type, action.actionValue, blocks)};
 }
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

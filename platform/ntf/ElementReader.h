@@ -1,13 +1,14 @@
 #pragma once
 
-#include "ValueBlocks.h"
-#include "log/AlarmRecord.h"
-#include "saNtf.h"
-
 #include <cstdint>
 #include <cstring>
 
-namespace ruxa::ntf {
+#include <saNtf.h>
+
+#include "platform/ntf/ValueBlocks.h"
+#include "platform/ntf/log/AlarmRecord.h"
+
+namespace platform::ntf {
 
 /// What a sender wrote into an enumeration. It may be any number, which the enumeration's own type
 /// could not hold.
@@ -22,4 +23,4 @@ template <typename Enumeration> std::uint32_t codeOf(const Enumeration& written)
 Element toElement(const SaNtfAdditionalInfoT& info, const ValueBlocks& blocks);
 Element toElement(const SaNtfProposedRepairActionT& action, const ValueBlocks& blocks);
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

@@ -1,13 +1,17 @@
-#include "FaultSchedule.h"
+#include "platform/ntf/FaultSchedule.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <iterator>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 
-namespace ruxa::ntf {
+#include "common/AisNames.h"
+
+namespace platform::ntf {
+
 namespace {
 
 constexpr char kVariable[] = "RUXA_NTF_FAULTS";
@@ -16,51 +20,6 @@ constexpr std::uint64_t kLargestNumber = 1'000'000'000;
 /// Indexed by ServiceCall.
 constexpr const char* kCallNames[kServiceCallCount] = {
     "initialize", "finalize", "allocate", "value", "get", "send", "free"};
-
-constexpr std::size_t kFirstCode = SA_AIS_OK;
-constexpr char kCodePrefix[] = "SA_AIS_ERR_";
-/// The standard's names without their prefix, from SA_AIS_OK on.
-constexpr const char* kCodeNames[] = {"OK",
-                                      "LIBRARY",
-                                      "VERSION",
-                                      "INIT",
-                                      "TIMEOUT",
-                                      "TRY_AGAIN",
-                                      "INVALID_PARAM",
-                                      "NO_MEMORY",
-                                      "BAD_HANDLE",
-                                      "BUSY",
-                                      "ACCESS",
-                                      "NOT_EXIST",
-                                      "NAME_TOO_LONG",
-                                      "EXIST",
-                                      "NO_SPACE",
-                                      "INTERRUPT",
-                                      "NAME_NOT_FOUND",
-                                      "NO_RESOURCES",
-                                      "NOT_SUPPORTED",
-                                      "BAD_OPERATION",
-                                      "FAILED_OPERATION",
-                                      "MESSAGE_ERROR",
-                                      "QUEUE_FULL",
-                                      "QUEUE_NOT_AVAILABLE",
-                                      "BAD_FLAGS",
-                                      "TOO_BIG",
-                                      "NO_SECTIONS",
-                                      "NO_OP",
-                                      "REPAIR_PENDING",
-                                      "NO_BINDINGS",
-                                      "UNAVAILABLE",
-                                      "CAMPAIGN_ERROR_DETECTED",
-                                      "CAMPAIGN_PROC_FAILED",
-                                      "CAMPAIGN_CANCELED",
-                                      "CAMPAIGN_FAILED",
-                                      "CAMPAIGN_SUSPENDED",
-                                      "CAMPAIGN_SUSPENDING",
-                                      "ACCESS_DENIED",
-                                      "NOT_READY",
-                                      "DEPLOYMENT"};
-static_assert(kFirstCode + std::size(kCodeNames) - 1 == SA_AIS_ERR_DEPLOYMENT);
 
 std::string trimmed(const std::string& text) {
     const std::size_t first = text.find_first_not_of(" \t\n");
@@ -117,15 +76,13 @@ FaultSchedule::Fault FaultSchedule::parseFault(const std::string& text) {
         refuse(names[0], text,
                "is no call: choose initialize, finalize, allocate, value, get, send or free");
     }
-    const bool hasPrefix = names[1].rfind(kCodePrefix, 0) == 0;
-    const std::size_t code =
-        indexOf(hasPrefix ? names[1].substr(sizeof(kCodePrefix) - 1) : names[1], kCodeNames);
-    if (code == std::size(kCodeNames)) {
+    const std::optional<std::uint32_t> code = common::aisCode(names[1]);
+    if (!code) {
         refuse(names[1], text, "is no result: OK, or an error's name, for instance TRY_AGAIN");
     }
     Fault fault;
     fault.call = static_cast<ServiceCall>(call);
-    fault.result = static_cast<SaAisErrorT>(kFirstCode + code);
+    fault.result = static_cast<SaAisErrorT>(*code);
     for (auto part = parts.begin() + 1; part != parts.end(); ++part) {
         const std::vector<std::string> setting = split(*part, '=');
         const std::uint64_t number = setting.size() == 2 ? numberIn(setting[1]) : 0;
@@ -175,4 +132,4 @@ FaultSchedule* scheduledFaults() {
     return schedule;
 }
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "saAis.h"
-
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -11,7 +9,9 @@
 #include <string>
 #include <vector>
 
-namespace ruxa::ntf {
+#include <saAis.h>
+
+namespace platform::ntf {
 
 /// The calls of the interface, as a schedule names them.
 enum class ServiceCall { Initialize, Finalize, Allocate, Value, Get, Send, Free };
@@ -46,4 +46,4 @@ private:
 /// one is reported on stderr and left out whole.
 FaultSchedule* scheduledFaults();
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

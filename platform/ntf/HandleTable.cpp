@@ -1,9 +1,9 @@
-#include "HandleTable.h"
+#include "platform/ntf/HandleTable.h"
 
 #include <iterator>
 #include <utility>
 
-namespace ruxa::ntf {
+namespace platform::ntf {
 
 SaNtfHandleT HandleTable::open(std::shared_ptr<NotificationLog> log) {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -13,10 +13,12 @@ SaNtfHandleT HandleTable::open(std::shared_ptr<NotificationLog> log) {
 
 bool HandleTable::close(SaNtfHandleT handle) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_logs.erase(handle) == 0)
+    if (m_logs.erase(handle) == 0) {
         return false;
-    for (auto entry = m_notifications.begin(); entry != m_notifications.end();)
+    }
+    for (auto entry = m_notifications.begin(); entry != m_notifications.end();) {
         entry = entry->second.owner == handle ? m_notifications.erase(entry) : std::next(entry);
+    }
     return true;
 }
 
@@ -24,8 +26,9 @@ SaNtfNotificationHandleT HandleTable::add(SaNtfHandleT owner,
                                           std::shared_ptr<AlarmNotification> notification) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     const auto log = m_logs.find(owner);
-    if (log == m_logs.end())
+    if (log == m_logs.end()) {
         return 0;
+    }
     m_notifications.emplace(m_lastHandle + 1, Entry{owner, log->second, std::move(notification)});
     return ++m_lastHandle;
 }
@@ -41,4 +44,4 @@ bool HandleTable::remove(SaNtfNotificationHandleT handle) {
     return m_notifications.erase(handle) != 0;
 }
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

@@ -1,14 +1,15 @@
 #pragma once
 
-#include "AlarmNotification.h"
-#include "log/NotificationLog.h"
-#include "saNtf.h"
-
 #include <memory>
 #include <mutex>
 #include <unordered_map>
 
-namespace ruxa::ntf {
+#include <saNtf.h>
+
+#include "platform/ntf/AlarmNotification.h"
+#include "platform/ntf/log/NotificationLog.h"
+
+namespace platform::ntf {
 
 /// The process's open NTF handles and their notifications. No number is handed out twice, as
 /// neither kind of handle, so that one kept too long or mistaken for the other is always unknown.
@@ -43,4 +44,4 @@ private:
     std::unordered_map<SaNtfNotificationHandleT, Entry> m_notifications;
 };
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

@@ -1,4 +1,4 @@
-#include "NotificationId.h"
+#include "platform/ntf/NotificationId.h"
 
 #include <cerrno>
 #include <mutex>
@@ -6,7 +6,7 @@
 
 #include <unistd.h>
 
-namespace ruxa::ntf {
+namespace platform::ntf {
 
 std::uint64_t nextNotificationId() {
     constexpr unsigned kCountBits = 24;
@@ -17,12 +17,13 @@ std::uint64_t nextNotificationId() {
     const std::lock_guard<std::mutex> lock(mutex);
     if (drawnBy != ::getpid()) { // first use, or a forked child that must not repeat its parent
         std::uint64_t random = 0;
-        if (::getentropy(&random, sizeof random) != 0)
+        if (::getentropy(&random, sizeof random) != 0) {
             throw std::system_error(errno, std::generic_category(), "getentropy");
+        }
         lastId = random << kCountBits;
         drawnBy = ::getpid();
     }
     return ++lastId;
 }
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

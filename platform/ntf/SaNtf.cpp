@@ -1,21 +1,21 @@
 // The calls of the NTF client interface: check the arguments, find the handle, pass on.
 
-#include "saNtf.h"
-
-#include "AlarmNotification.h"
-#include "FaultSchedule.h"
-#include "HandleTable.h"
-#include "log/AlarmRecord.h"
-#include "log/NotificationLog.h"
-
 #include <cerrno>
 #include <limits>
 #include <memory>
 #include <new>
 
+#include <saNtf.h>
+
+#include "platform/ntf/AlarmNotification.h"
+#include "platform/ntf/FaultSchedule.h"
+#include "platform/ntf/HandleTable.h"
+#include "platform/ntf/log/AlarmRecord.h"
+#include "platform/ntf/log/NotificationLog.h"
+
 namespace {
 
-using namespace ruxa::ntf;
+using namespace platform::ntf;
 
 constexpr SaVersionT kSupportedVersion = {'A', 1, 1};
 
@@ -27,8 +27,9 @@ HandleTable handles;
 template <typename Call> SaAisErrorT enter(ServiceCall name, Call call) noexcept {
     try {
         if (FaultSchedule* const faults = scheduledFaults()) {
-            if (const SaAisErrorT refused = faults->answerTo(name); refused != SA_AIS_OK)
+            if (const SaAisErrorT refused = faults->answerTo(name); refused != SA_AIS_OK) {
                 return refused;
+            }
         }
         return call();
     } catch (const std::bad_alloc&) {
@@ -56,13 +57,15 @@ SaAisErrorT resultOfAppend(int error) {
 SaAisErrorT saNtfInitialize(SaNtfHandleT* ntfHandle, const SaNtfCallbacksT* /*callbacks*/,
                             SaVersionT* version) {
     return enter(ServiceCall::Initialize, [&] {
-        if (ntfHandle == nullptr || version == nullptr)
+        if (ntfHandle == nullptr || version == nullptr) {
             return SA_AIS_ERR_INVALID_PARAM;
+        }
         const SaVersionT asked = *version;
         *version = kSupportedVersion;
         if (asked.releaseCode != kSupportedVersion.releaseCode ||
-            asked.majorVersion != kSupportedVersion.majorVersion)
+            asked.majorVersion != kSupportedVersion.majorVersion) {
             return SA_AIS_ERR_VERSION;
+        }
         *ntfHandle = handles.open(std::make_shared<NotificationLog>(notificationLogPath()));
         return SA_AIS_OK;
     });
@@ -80,10 +83,12 @@ saNtfAlarmNotificationAllocate(SaNtfHandleT ntfHandle, SaNtfAlarmNotificationT* 
                                SaUint16T numMonitoredAttributes, SaUint16T numProposedRepairActions,
                                SaInt16T variableDataSize) {
     return enter(ServiceCall::Allocate, [&] {
-        if (notification == nullptr)
+        if (notification == nullptr) {
             return SA_AIS_ERR_INVALID_PARAM;
-        if (variableDataSize < SA_NTF_ALLOC_SYSTEM_LIMIT)
+        }
+        if (variableDataSize < SA_NTF_ALLOC_SYSTEM_LIMIT) {
             return SA_AIS_ERR_TOO_BIG;
+        }
         const SaInt16T valueLimit = variableDataSize == SA_NTF_ALLOC_SYSTEM_LIMIT
                                         ? std::numeric_limits<SaInt16T>::max()
                                         : variableDataSize;
@@ -93,8 +98,9 @@ saNtfAlarmNotificationAllocate(SaNtfHandleT ntfHandle, SaNtfAlarmNotificationT* 
         const auto allocated =
             std::make_shared<AlarmNotification>(counts, static_cast<std::size_t>(valueLimit));
         const SaNtfNotificationHandleT handle = handles.add(ntfHandle, allocated);
-        if (handle == 0)
+        if (handle == 0) {
             return SA_AIS_ERR_BAD_HANDLE;
+        }
         notification->notificationHandle = handle;
         allocated->describe(*notification);
         return SA_AIS_OK;
@@ -104,14 +110,17 @@ saNtfAlarmNotificationAllocate(SaNtfHandleT ntfHandle, SaNtfAlarmNotificationT* 
 SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT notificationHandle, SaUint16T dataSize,
                                 void** dataPtr, SaNtfValueT* value) {
     return enter(ServiceCall::Value, [&] {
-        if (dataSize == 0 || dataPtr == nullptr || value == nullptr)
+        if (dataSize == 0 || dataPtr == nullptr || value == nullptr) {
             return SA_AIS_ERR_INVALID_PARAM;
+        }
         const auto entry = handles.find(notificationHandle);
-        if (!entry.notification)
+        if (!entry.notification) {
             return SA_AIS_ERR_BAD_HANDLE;
+        }
         void* const data = entry.notification->allocateValue(dataSize, *value);
-        if (data == nullptr)
+        if (data == nullptr) {
             return SA_AIS_ERR_NO_SPACE;
+        }
         *dataPtr = data;
         return SA_AIS_OK;
     });
@@ -120,14 +129,17 @@ SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT notificationHandle, SaU
 SaAisErrorT saNtfPtrValGet(SaNtfNotificationHandleT notificationHandle, const SaNtfValueT* value,
                            void** dataPtr, SaUint16T* dataSize) {
     return enter(ServiceCall::Get, [&] {
-        if (value == nullptr || dataPtr == nullptr || dataSize == nullptr)
+        if (value == nullptr || dataPtr == nullptr || dataSize == nullptr) {
             return SA_AIS_ERR_INVALID_PARAM;
+        }
         const auto entry = handles.find(notificationHandle);
-        if (!entry.notification)
+        if (!entry.notification) {
             return SA_AIS_ERR_BAD_HANDLE;
+        }
         void* const data = entry.notification->findValue(*value);
-        if (data == nullptr)
+        if (data == nullptr) {
             return SA_AIS_ERR_INVALID_PARAM;
+        }
         *dataPtr = data;
         *dataSize = value->ptrVal.dataSize;
         return SA_AIS_OK;
@@ -137,11 +149,13 @@ SaAisErrorT saNtfPtrValGet(SaNtfNotificationHandleT notificationHandle, const Sa
 SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT notificationHandle) {
     return enter(ServiceCall::Send, [&] {
         const auto entry = handles.find(notificationHandle);
-        if (!entry.notification)
+        if (!entry.notification) {
             return SA_AIS_ERR_BAD_HANDLE;
+        }
         AlarmRecord record;
-        if (!entry.notification->compose(record))
+        if (!entry.notification->compose(record)) {
             return SA_AIS_ERR_INVALID_PARAM;
+        }
         return resultOfAppend(entry.log->append(toLine(record)));
     });
 }

@@ -1,14 +1,15 @@
-#include "ValueBlocks.h"
+#include "platform/ntf/ValueBlocks.h"
 
 #include <algorithm>
 
-namespace ruxa::ntf {
+namespace platform::ntf {
 
 ValueBlocks::ValueBlocks(std::size_t limit) : m_limit(limit) {}
 
 void* ValueBlocks::allocate(SaUint16T size, SaNtfValueT& value) {
-    if (size > m_limit - m_used)
+    if (size > m_limit - m_used) {
         return nullptr;
+    }
     m_blocks.push_back({m_used, size, std::make_unique<std::byte[]>(size)});
     value.ptrVal.dataOffset = static_cast<SaUint16T>(m_used);
     value.ptrVal.dataSize = size;
@@ -26,4 +27,4 @@ void* ValueBlocks::find(const SaNtfValueT& value) const {
     return found ? block->bytes.get() : nullptr;
 }
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "saNtf.h"
-
 #include <cstddef>
 #include <memory>
 #include <vector>
 
-namespace ruxa::ntf {
+#include <saNtf.h>
+
+namespace platform::ntf {
 
 /// The values of one notification that lie outside its arrays: each a block of its own, which stays
 /// in place. A value knows its block by an offset, as if the blocks lay end to end.
@@ -33,4 +33,4 @@ private:
     std::vector<Block> m_blocks; ///< by offset
 };
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

@@ -1,15 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
-#include <string_view>
 
-namespace ruxa::trace::v2 {
-
-/// `all`, `none`, or numbers from 0 to 8 joined by commas, as bit n for group n; nothing when
-/// `text` is none of these.
-std::optional<std::uint32_t> parseGroups(std::string_view text);
+namespace platform::trace {
 
 /// The trace groups of `RUXA_TRACE_GROUPS`, bit n for group n.
 std::uint32_t enabledGroups();
@@ -22,4 +16,4 @@ std::string traceObjectPrefix();
 void reportUnusedSetting(const char* variable, const std::string& value, const std::string& reason,
                          const char* used);
 
-} // namespace ruxa::trace::v2
+} // namespace platform::trace

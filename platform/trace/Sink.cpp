@@ -1,20 +1,22 @@
-#include "Sink.h"
-
-#include "Settings.h"
+#include "platform/trace/Sink.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
+#include <string_view>
+
 #include <fcntl.h>
 #include <spdlog/logger.h>
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/sinks/syslog_sink.h>
-#include <string>
-#include <string_view>
 #include <unistd.h>
 
-namespace ruxa::trace::v2 {
+#include "platform/trace/Settings.h"
+
+namespace platform::trace {
+
 namespace {
 
 constexpr char kSinkVariable[] = "RUXA_TRACE_SINK";
@@ -98,4 +100,4 @@ std::unique_ptr<spdlog::logger> openSink() {
     return logger;
 }
 
-} // namespace ruxa::trace::v2
+} // namespace platform::trace

@@ -1,11 +1,13 @@
-#include "ThreadText.h"
+#include "platform/trace/ThreadText.h"
 
 #include <climits>
 #include <memory>
 #include <new>
+
 #include <pthread.h>
 
-namespace ruxa::trace::v2 {
+namespace platform::trace {
+
 namespace {
 
 pthread_key_t createKey() noexcept {
@@ -29,4 +31,4 @@ std::string& threadText() {
     return *text.release(); // the key owns it from here
 }
 
-} // namespace ruxa::trace::v2
+} // namespace platform::trace

@@ -1,10 +1,3 @@
-#include <ruxa/trace/v2/TraceBackend.h>
-
-#include "Escape.h"
-#include "Settings.h"
-#include "Sink.h"
-#include "ThreadText.h"
-
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
@@ -15,13 +8,26 @@
 #include <memory>
 #include <mutex>
 #include <new>
-#include <pthread.h>
-#include <spdlog/logger.h>
 #include <system_error>
 #include <unordered_map>
 
+#include <pthread.h>
+#include <ruxa/trace/v2/TraceBackend.h>
+#include <spdlog/logger.h>
+
+#include "common/Escape.h"
+#include "platform/trace/Settings.h"
+#include "platform/trace/Sink.h"
+#include "platform/trace/ThreadText.h"
+
 namespace ruxa::trace::v2 {
+
 namespace {
+
+using platform::trace::enabledGroups;
+using platform::trace::openSink;
+using platform::trace::threadText;
+using platform::trace::traceObjectPrefix;
 
 constexpr std::uintptr_t kDefaultObject = 1;
 
@@ -43,7 +49,7 @@ struct Backend {
     const std::unique_ptr<spdlog::logger> logger = openSink();
     /// The name, escaped, of each handle.
     std::unordered_map<void*, std::string> objects{
-        {handleOf(kDefaultObject), escapedWord(prefix + "default")}};
+        {handleOf(kDefaultObject), common::escapedWord(prefix + "default")}};
     /// Counted on, never reused: a released handle is recognised, not taken for another object's.
     std::uintptr_t lastObject = kDefaultObject;
 };
@@ -103,7 +109,7 @@ void* TraceBackend::registerTraceObject(const std::string& name) {
     Backend& own = backend();
     const std::lock_guard<std::mutex> lock(mutex);
     void* const handle = handleOf(own.lastObject + 1);
-    own.objects.emplace(handle, escapedWord(name));
+    own.objects.emplace(handle, common::escapedWord(name));
     ++own.lastObject;
     return handle;
 }
@@ -146,8 +152,8 @@ void TraceBackend::Trace(void* traceObject, TraceGroup::e group, const char* fil
             return;
         }
         const std::string origin =
-            escapedWord(file != nullptr ? file : "") + ":" + std::to_string(line);
-        const std::string message = escapedText(text != nullptr ? text : "(no text)");
+            common::escapedWord(file != nullptr ? file : "") + ":" + std::to_string(line);
+        const std::string message = common::escapedText(text != nullptr ? text : "(no text)");
         Backend& own = backend();
         const std::lock_guard<std::mutex> lock(mutex);
         const auto object = own.objects.find(traceObject);

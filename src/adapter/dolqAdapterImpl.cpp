@@ -8,8 +8,8 @@
 #include <ruxa/zum2/v1/CorrelationApi.h>
 
 #include "adapter/CorrelationInfo.h"
+#include "adapter/MinorType.h"
 #include "adapter/MoClass.h"
-#include "mapping/MinorType.h"
 #include "trace/Probe.h"
 #include "trace/Trace.h"
 

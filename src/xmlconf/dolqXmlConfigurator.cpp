@@ -9,12 +9,12 @@
 #include <tinyxml.h>
 #include <unistd.h>
 
+#include "common/RegularFile.h"
+#include "common/XmlGuard.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "trace/Probe.h"
 #include "trace/Trace.h"
 #include "xmlconf/MappingFileFormat.h"
-#include "xmlconf/RegularFile.h"
-#include "xmlconf/XmlGuard.h"
 
 namespace dolq::xmlconf {
 
@@ -45,8 +45,8 @@ private:
 /// Opened once, so that a file put in its place meanwhile is not what TinyXML parses; and not by
 /// TinyXML, which leaves a file open when memory runs out.
 bool load(TiXmlDocument& document, const std::string& fileName) {
-    const File file = openRegularFile(fileName);
-    return file != nullptr && isSafeToParse(file.get()) &&
+    const common::File file = common::openRegularFile(fileName);
+    return file != nullptr && common::isSafeToParse(file.get()) &&
            document.LoadFile(file.get(), TIXML_ENCODING_UNKNOWN);
 }
 

@@ -1,10 +1,10 @@
 // An application that knows the installed headers alone: raises and ceases one alarm through each
 // generation of the interface.
 
+#include <memory>
+
 #include <ruxa/fm/dolq/v1/FmiFactory.h>
 #include <ruxa/fm/dolq/v2/FmiFactory.h>
-
-#include <memory>
 
 namespace {
 

@@ -16,14 +16,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "AlarmRecord.h"
+#include "platform/ntf/log/AlarmRecord.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "ruxa/fm/dolq/v2/FmiFactory.h"
 
 namespace {
 
+using platform::ntf::AlarmRecord;
 using ruxa::fm::fmi::v1::FaultManagementI;
-using ruxa::ntf::AlarmRecord;
 
 constexpr char kBoard[] = "System=1,Board=3";
 
@@ -74,8 +74,8 @@ protected:
         std::vector<AlarmRecord> records;
         std::ifstream log(m_log);
         for (std::string line; std::getline(log, line);) {
-            const ruxa::ntf::ParsedLine parsed = ruxa::ntf::parseLine(line);
-            EXPECT_EQ(parsed.kind, ruxa::ntf::ParsedLine::Kind::Notification) << line;
+            const platform::ntf::ParsedLine parsed = platform::ntf::parseLine(line);
+            EXPECT_EQ(parsed.kind, platform::ntf::ParsedLine::Kind::Notification) << line;
             records.push_back(parsed.record);
         }
         return records;
@@ -91,7 +91,7 @@ protected:
         return false;
     }
 
-    static std::string value(const ruxa::ntf::Element& element) {
+    static std::string value(const platform::ntf::Element& element) {
         const auto* const text = std::get_if<std::string>(&element.value);
         return text != nullptr ? *text : "no text";
     }

@@ -1,12 +1,12 @@
 // A line of the notification log of any content. What reads as a notification is the same after it
 // was written and read once more.
 
-#include "AlarmRecord.h"
 #include "Fuzzing.h"
+#include "platform/ntf/log/AlarmRecord.h"
 
-using ruxa::ntf::ParsedLine;
-using ruxa::ntf::parseLine;
-using ruxa::ntf::toLine;
+using platform::ntf::ParsedLine;
+using platform::ntf::parseLine;
+using platform::ntf::toLine;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const ParsedLine parsed = parseLine({reinterpret_cast<const char*>(data), size});

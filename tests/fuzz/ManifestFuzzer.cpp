@@ -1,8 +1,8 @@
 // A load-module manifest of any content.
 
 #include "Fuzzing.h"
-#include "Manifest.h"
 #include "Velk.h"
+#include "platform/loadmodules/Manifest.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const InputFile file(data, size);

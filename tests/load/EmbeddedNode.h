@@ -12,7 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "AlarmRecord.h"
+#include "platform/ntf/log/AlarmRecord.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -109,7 +109,7 @@ struct Origin {
     unsigned alarm = 0;
 };
 
-inline Origin originOf(const ruxa::ntf::AlarmRecord& record) {
+inline Origin originOf(const platform::ntf::AlarmRecord& record) {
     Origin origin;
     const bool known = std::sscanf(record.notificationObject.c_str(), "Client=%u,Alarm=%u",
                                    &origin.client, &origin.alarm) == 2 &&

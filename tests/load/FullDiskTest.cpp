@@ -10,7 +10,7 @@
 namespace {
 
 using FullDiskTest = EmbeddedNode;
-using Kind = ruxa::ntf::ParsedLine::Kind;
+using Kind = platform::ntf::ParsedLine::Kind;
 
 constexpr rlim_t kSpace = 64 * 1024;
 
@@ -50,7 +50,7 @@ TEST_F(FullDiskTest, AlarmsAreTracedAsLostUntilThereIsRoomAgain) {
         const auto full = linesOf(disk / "log");
         const auto whole =
             static_cast<std::size_t>(std::count_if(full.begin(), full.end(), [](const auto& line) {
-                return ruxa::ntf::parseLine(line).kind == Kind::Notification;
+                return platform::ntf::parseLine(line).kind == Kind::Notification;
             }));
         EXPECT_GT(whole, 10U);
         EXPECT_GE(whole + 1, full.size()); // a torn tail
@@ -70,7 +70,7 @@ TEST_F(FullDiskTest, AlarmsAreTracedAsLostUntilThereIsRoomAgain) {
         }
         client.raise(1, kAlarms + 1);
         const auto lines = linesOf(disk / "log");
-        EXPECT_EQ(originOf(ruxa::ntf::parseLine(lines.back()).record).alarm, kAlarms + 1);
+        EXPECT_EQ(originOf(platform::ntf::parseLine(lines.back()).record).alarm, kAlarms + 1);
     };
     EXPECT_EQ(exitStatus(start(live)), 0);
 }

@@ -70,8 +70,8 @@ TEST_F(KilledClientTest, LosesItsLastAlarmAtMostAndDamagesNoOther) {
     std::map<unsigned, std::set<unsigned>> logged;
     unsigned blanked = 0;
     for (const std::string& line : linesOf(m_log)) {
-        const ruxa::ntf::ParsedLine parsed = ruxa::ntf::parseLine(line);
-        if (parsed.kind == ruxa::ntf::ParsedLine::Kind::Blank) {
+        const platform::ntf::ParsedLine parsed = platform::ntf::parseLine(line);
+        if (parsed.kind == platform::ntf::ParsedLine::Kind::Blank) {
             ++blanked;
             continue;
         }

@@ -35,7 +35,7 @@ TEST_F(LoadTest, ProcessesAndThreadsAtOnceLoseNothing) {
     std::vector<std::vector<unsigned>> seen(kClients, std::vector<unsigned>(kAlarmsEach));
     std::ifstream log(m_log);
     for (std::string line; std::getline(log, line);) {
-        const Origin origin = originOf(ruxa::ntf::parseLine(line).record);
+        const Origin origin = originOf(platform::ntf::parseLine(line).record);
         ASSERT_TRUE(origin.alarm != 0 && origin.client < kClients && origin.alarm <= kAlarmsEach)
             << line;
         ++seen[origin.client][origin.alarm - 1];

@@ -1,8 +1,8 @@
-#include <ruxa/zum2/v1/CorrelationApi.h>
-
 #include <cstdlib>
-#include <gtest/gtest.h>
 #include <string>
+
+#include <gtest/gtest.h>
+#include <ruxa/zum2/v1/CorrelationApi.h>
 
 namespace {
 

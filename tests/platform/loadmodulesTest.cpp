@@ -1,7 +1,3 @@
-#include "Velk.h"
-
-#include <gtest/gtest.h>
-
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -10,6 +6,10 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Velk.h"
 
 namespace {
 

@@ -1,13 +1,12 @@
-#include "saNtf.h"
-
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
+#include <gtest/gtest.h>
 #include <unistd.h>
+
+#include "saNtf.h"
 
 namespace {
 
@@ -19,8 +18,9 @@ namespace {
     std::string results;
     const auto sixTimes = [&](const char* name, auto call) {
         results += name;
-        for (int i = 0; i < 6; ++i)
+        for (int i = 0; i < 6; ++i) {
             results += ' ' + std::to_string(call());
+        }
         results += "; ";
     };
     SaNtfHandleT handle = 0;

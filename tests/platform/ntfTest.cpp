@@ -1,9 +1,3 @@
-#include "AlarmRecord.h"
-#include "NotificationLog.h"
-#include "saNtf.h"
-
-#include <gtest/gtest.h>
-
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -16,15 +10,20 @@
 #include <thread>
 #include <vector>
 
+#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "platform/ntf/log/AlarmRecord.h"
+#include "platform/ntf/log/NotificationLog.h"
+#include "saNtf.h"
+
 namespace {
 
 namespace fs = std::filesystem;
-using ruxa::ntf::ParsedLine;
-using ruxa::ntf::parseLine;
+using platform::ntf::ParsedLine;
+using platform::ntf::parseLine;
 
 /// Sets environment variables (an empty text unsets) and restores them at the end of the scope.
 class Environment {
@@ -38,18 +37,20 @@ public:
         }
     }
     ~Environment() {
-        for (const auto& [name, value] : m_before)
+        for (const auto& [name, value] : m_before) {
             set(name, value);
+        }
     }
     Environment(const Environment&) = delete;
     Environment& operator=(const Environment&) = delete;
 
 private:
     static void set(const std::string& name, const std::string& value) {
-        if (value.empty())
+        if (value.empty()) {
             ::unsetenv(name.c_str());
-        else
+        } else {
             ::setenv(name.c_str(), value.c_str(), 1);
+        }
     }
     Values m_before;
 };
@@ -110,8 +111,9 @@ protected:
     std::vector<std::string> logLines() const {
         std::ifstream log(m_log);
         std::vector<std::string> lines;
-        for (std::string line; std::getline(log, line);)
+        for (std::string line; std::getline(log, line);) {
             lines.push_back(line);
+        }
         return lines;
     }
 
@@ -230,9 +232,10 @@ TEST_F(Ntf, LimitsTheValuesOfANotificationTogether) {
         EXPECT_EQ(alarm.notificationHeader.additionalText, nullptr);
         void* data = nullptr;
         SaNtfValueT value{};
-        for (const SaUint16T size : row.fitting)
+        for (const SaUint16T size : row.fitting) {
             EXPECT_EQ(saNtfPtrValAllocate(alarm.notificationHandle, size, &data, &value),
                       SA_AIS_OK);
+        }
         data = &value;
         value.uint64Val = 77;
         EXPECT_EQ(saNtfPtrValAllocate(alarm.notificationHandle, 1, &data, &value),
@@ -246,8 +249,9 @@ TEST_F(Ntf, FindsEachValueAgain) {
     const auto alarm = allocateAlarm(m_handle);
     SaNtfValueT values[3] = {};
     const std::string texts[] = {"first", "", "the third"};
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         setString(alarm, values[i], texts[i]);
+    }
     void* data = nullptr;
     SaUint16T size = 0;
     for (int i = 0; i < 3; ++i) {
@@ -344,8 +348,9 @@ TEST_F(Ntf, LogsTheWholeNotification) {
     const SaNtfValueTypeT types[] = {SA_NTF_VALUE_STRING, SA_NTF_VALUE_INT8,
                                      SA_NTF_VALUE_UINT64, SA_NTF_VALUE_DOUBLE,
                                      SA_NTF_VALUE_BINARY, SA_NTF_VALUE_LDAP_NAME};
-    for (int i = 0; i < 6; ++i)
+    for (int i = 0; i < 6; ++i) {
         info[i].infoType = types[i];
+    }
     setString(alarm, info[0].infoValue, "CI=1");
     info[1].infoValue.int8Val = -8;
     info[2].infoValue.uint64Val = ~SaUint64T{0};
@@ -438,10 +443,11 @@ TEST_F(Ntf, SharesTheLogAmongProcessesAndThreads) {
     const auto forked = allocateAlarm(m_handle); // every child inherits its handle and open file
     EXPECT_EQ(saNtfNotificationSend(forked.notificationHandle), SA_AIS_OK);
     for (int process = 0; process < kProcesses; ++process) {
-        if (::fork() != 0)
+        if (::fork() != 0) {
             continue;
+        }
         std::vector<std::thread> threads;
-        for (int thread = 0; thread < kThreads; ++thread)
+        for (int thread = 0; thread < kThreads; ++thread) {
             threads.emplace_back([this] {
                 for (int i = 0; i < kAlarms; ++i) {
                     const auto alarm = allocateAlarm(m_handle);
@@ -449,8 +455,10 @@ TEST_F(Ntf, SharesTheLogAmongProcessesAndThreads) {
                     saNtfNotificationFree(alarm.notificationHandle);
                 }
             });
-        for (auto& thread : threads)
+        }
+        for (auto& thread : threads) {
             thread.join();
+        }
         ::_exit(HasFailure() ? 1 : 0);
     }
     for (int process = 0; process < kProcesses; ++process) {
@@ -506,8 +514,9 @@ TEST_F(Ntf, BlanksOutATornLineAndWritesAWholeOneBehindIt) {
     std::ofstream(m_log, std::ios::app) << "what is not ours stays";
     EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
     std::vector<ParsedLine::Kind> kinds;
-    for (const std::string& line : logLines())
+    for (const std::string& line : logLines()) {
         kinds.push_back(parseLine(line).kind);
+    }
     using Kind = ParsedLine::Kind;
     EXPECT_EQ(kinds, (std::vector{Kind::Notification, Kind::Blank, Kind::Notification, Kind::Torn,
                                   Kind::Notification}));
@@ -516,8 +525,9 @@ TEST_F(Ntf, BlanksOutATornLineAndWritesAWholeOneBehindIt) {
     fs::resize_file(m_log, fs::file_size(m_log) - 1); // an editor's doing: only the newline is gone
     EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
     kinds.clear();
-    for (const std::string& line : logLines())
+    for (const std::string& line : logLines()) {
         kinds.push_back(parseLine(line).kind);
+    }
     EXPECT_EQ(kinds, (std::vector{Kind::Notification, Kind::Blank, Kind::Notification, Kind::Torn,
                                   Kind::Notification, Kind::Blank, Kind::Notification}));
     EXPECT_EQ(parseLine(logLines().back()).record.notificationId,
@@ -552,16 +562,16 @@ TEST_F(Ntf, TakesTheLogsPathFromTheEnvironment) {
     for (const auto& row : rows) {
         const Environment environment(Environment::Values{
             {"RUXA_NTF_LOG", row.log}, {"XDG_STATE_HOME", row.stateHome}, {"HOME", row.home}});
-        EXPECT_EQ(ruxa::ntf::notificationLogPath(), row.path);
+        EXPECT_EQ(platform::ntf::notificationLogPath(), row.path);
     }
-    ruxa::ntf::NotificationLog log(rows[5].path);
+    platform::ntf::NotificationLog log(rows[5].path);
     EXPECT_EQ(log.append("line\n"), 0);
     EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all);
     EXPECT_EQ(fs::file_size(rows[5].path), 5u);
 }
 
 TEST(NtfLogLine, TellsTornAndForeignLinesFromNotifications) {
-    const std::string whole = ruxa::ntf::toLine({});
+    const std::string whole = platform::ntf::toLine({});
     const auto with = [whole](const std::string& from, const char* to) {
         return std::string(whole).replace(whole.find(from), from.size(), to);
     };

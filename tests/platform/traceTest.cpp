@@ -1,23 +1,23 @@
-#include <ruxa/trace/v2/TraceBackend.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <dlfcn.h>
 #include <fstream>
 #include <functional>
-#include <gtest/gtest.h>
 #include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 #include <utility>
 #include <vector>
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <ruxa/trace/v2/TraceBackend.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 // Stands in for the C library's: what reaches the system's log shows on stderr.
 extern "C" [[gnu::visibility("default"), gnu::format(printf, 2, 3)]] void

@@ -1,7 +1,7 @@
-#include <saNtf.h>
-
 #include <list>
 #include <vector>
+
+#include <saNtf.h>
 
 #include "Record.h"
 

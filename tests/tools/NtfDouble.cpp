@@ -1,10 +1,10 @@
 // An NTF client library with what real ones do that the embedded one does not: DOUBLE=stock gives
 // names of 256 bytes, packed gives memory that is no block of its own, refusing opens no session.
 
-#include <saNtf.h>
-
 #include <cstdlib>
 #include <string>
+
+#include <saNtf.h>
 
 namespace {
 

@@ -19,7 +19,7 @@ constexpr std::int64_t kMostSeconds = std::numeric_limits<std::int64_t>::max() /
 
 std::uint32_t severityOf(const std::string& name) {
     for (std::uint32_t severity = kFirstSeverity; severity <= kLastSeverity; ++severity) {
-        if (name == ruxa::ntf::severityName(severity)) {
+        if (name == platform::ntf::severityName(severity)) {
             return severity;
         }
     }

@@ -12,7 +12,7 @@ namespace {
 constexpr std::uint32_t kCleared = 0; // SA_NTF_SEVERITY_CLEARED
 constexpr char kCorrelationPrefix[] = "CI=";
 
-std::string textOf(const ruxa::ntf::Element& element) {
+std::string textOf(const platform::ntf::Element& element) {
     struct {
         std::string operator()(std::monostate) const { return {}; }
         std::string operator()(const std::string& text) const { return text; }
@@ -26,18 +26,18 @@ std::string textOf(const ruxa::ntf::Element& element) {
 bool isCorrelation(const std::string& entry) { return entry.rfind(kCorrelationPrefix, 0) == 0; }
 
 /// "32473/1/17 managedElement=1,board=3"
-std::string keyOf(const ruxa::ntf::AlarmRecord& record) {
+std::string keyOf(const platform::ntf::AlarmRecord& record) {
     return std::to_string(record.vendorId) + '/' + std::to_string(record.majorId) + '/' +
            std::to_string(record.minorId) + ' ' + record.notificationObject;
 }
 
-void takeWhatItSays(const ruxa::ntf::AlarmRecord& record, Alarm& alarm) {
+void takeWhatItSays(const platform::ntf::AlarmRecord& record, Alarm& alarm) {
     alarm.severity = record.perceivedSeverity;
     alarm.lastTimeNs = record.eventTimeNs;
     alarm.text = record.additionalText;
     alarm.correlationInfo.clear();
     alarm.info.clear();
-    for (const ruxa::ntf::Element& element : record.additionalInfo) {
+    for (const platform::ntf::Element& element : record.additionalInfo) {
         std::string entry = textOf(element);
         if (&element == &record.additionalInfo.front() && isCorrelation(entry)) {
             alarm.correlationInfo = std::move(entry);
@@ -52,7 +52,7 @@ void takeWhatItSays(const ruxa::ntf::AlarmRecord& record, Alarm& alarm) {
 
 } // namespace
 
-AlarmList::Applied AlarmList::apply(const ruxa::ntf::AlarmRecord& record) {
+AlarmList::Applied AlarmList::apply(const platform::ntf::AlarmRecord& record) {
     std::string key = keyOf(record);
     auto found = m_active.find(key);
     if (record.perceivedSeverity == kCleared) {

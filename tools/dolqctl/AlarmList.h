@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "AlarmRecord.h"
+#include "platform/ntf/log/AlarmRecord.h"
 
 namespace dolqctl {
 
@@ -43,7 +43,7 @@ public:
         const Alarm* alarm; ///< valid until the next `apply`; null for `None`
     };
 
-    Applied apply(const ruxa::ntf::AlarmRecord& record);
+    Applied apply(const platform::ntf::AlarmRecord& record);
 
     /// The active alarms, the first raised first.
     std::vector<const Alarm*> active() const;

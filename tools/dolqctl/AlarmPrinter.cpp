@@ -22,7 +22,7 @@ std::string dump(const Json& json) {
 
 std::string severityText(std::uint32_t severity) {
     constexpr std::uint32_t kLastKnown = 5; // SA_NTF_SEVERITY_CRITICAL
-    const std::string name = ruxa::ntf::severityName(severity);
+    const std::string name = platform::ntf::severityName(severity);
     return severity <= kLastKnown ? name : name + " (" + std::to_string(severity) + ')';
 }
 
@@ -51,10 +51,10 @@ Json toJson(const Alarm& alarm, const char* state) {
     json["classId"] = {
         {"vendorId", alarm.vendorId}, {"majorId", alarm.majorId}, {"minorId", alarm.minorId}};
     json["severity"] = severityText(alarm.severity);
-    json["firstTime"] = ruxa::ntf::formatTime(alarm.firstTimeNs);
-    json["lastTime"] = ruxa::ntf::formatTime(alarm.lastTimeNs);
+    json["firstTime"] = platform::ntf::formatTime(alarm.firstTimeNs);
+    json["lastTime"] = platform::ntf::formatTime(alarm.lastTimeNs);
     json["endTime"] =
-        alarm.endTimeNs ? Json(ruxa::ntf::formatTime(*alarm.endTimeNs)) : Json(nullptr);
+        alarm.endTimeNs ? Json(platform::ntf::formatTime(*alarm.endTimeNs)) : Json(nullptr);
     json["timesRaised"] = alarm.timesRaised;
     json["text"] = alarm.text;
     json["info"] = alarm.info;
@@ -65,7 +65,7 @@ Json toJson(const Alarm& alarm, const char* state) {
 
 /// "2024-02-29T12:34:56Z": without the fraction.
 std::string secondsOf(std::int64_t timeNs) {
-    const std::string time = ruxa::ntf::formatTime(timeNs);
+    const std::string time = platform::ntf::formatTime(timeNs);
     return time.substr(0, time.rfind('.')) + "Z";
 }
 

@@ -10,10 +10,10 @@
 #include <ruxa/fm/dolq/v1/FmiFactory.h>
 #include <ruxa/fm/dolq/v2/FmiFactory.h>
 
-#include "AisText.h"
 #include "IdOption.h"
 #include "SendWitness.h"
 #include "TraceCapture.h"
+#include "common/AisNames.h"
 
 namespace dolqctl {
 
@@ -40,8 +40,9 @@ std::string outcome(const std::optional<SaAisErrorT>& answer) {
     if (!answer) {
         return "not sent: the library dropped the alarm, the traces say why";
     }
-    return *answer == SA_AIS_OK ? "sent"
-                                : "not sent: the notification service answered " + text(*answer);
+    return *answer == SA_AIS_OK
+               ? "sent"
+               : "not sent: the notification service answered " + common::aisText(*answer);
 }
 
 } // namespace

@@ -13,7 +13,7 @@
 #include "AlarmList.h"
 #include "AlarmPrinter.h"
 #include "LogReader.h"
-#include "NotificationLog.h"
+#include "platform/ntf/log/NotificationLog.h"
 
 namespace dolqctl {
 
@@ -90,7 +90,7 @@ class AlarmsCommand {
 public:
     AlarmsCommand(const Options& options, Output& output)
         : m_options(options), m_filter(makeFilter(options)), m_output(output),
-          m_reader(options.log.empty() ? ruxa::ntf::notificationLogPath()
+          m_reader(options.log.empty() ? platform::ntf::notificationLogPath()
                                        : std::filesystem::path(options.log)),
           m_printer(output, layout(options), options.history || options.follow) {}
 
@@ -160,8 +160,8 @@ private:
     void take(std::string_view line) {
         ++m_lines;
         m_progress.show(m_reader, m_lines);
-        const ruxa::ntf::ParsedLine parsed = ruxa::ntf::parseLine(line);
-        using Kind = ruxa::ntf::ParsedLine::Kind;
+        const platform::ntf::ParsedLine parsed = platform::ntf::parseLine(line);
+        using Kind = platform::ntf::ParsedLine::Kind;
         if (parsed.kind == Kind::Blank) {
             return;
         }

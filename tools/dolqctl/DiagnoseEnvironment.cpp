@@ -1,9 +1,9 @@
-#include "Diagnosis.h"
-
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <string>
+
+#include "Diagnosis.h"
 
 namespace dolqctl {
 

@@ -1,5 +1,3 @@
-#include "Diagnosis.h"
-
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
@@ -7,6 +5,7 @@
 
 #include <Velk.h>
 
+#include "Diagnosis.h"
 #include "Discovery.h"
 #include "Inventory.h"
 #include "ReadingProblems.h"

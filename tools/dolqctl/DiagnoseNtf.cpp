@@ -1,12 +1,11 @@
-#include "Diagnosis.h"
-
 #include <chrono>
 #include <thread>
 
 #include <saNtf.h>
 
-#include "AisText.h"
+#include "Diagnosis.h"
 #include "NameRoom.h"
+#include "common/AisNames.h"
 
 namespace dolqctl {
 
@@ -41,10 +40,10 @@ SaNtfHandleT openSession(Diagnosis& diagnosis) {
     if (answer == SA_AIS_OK) {
         diagnosis.ok(kSession, "opens");
     } else if (answer == SA_AIS_ERR_TRY_AGAIN) {
-        diagnosis.fail(kSession, "the service is busy: it answers " + text(answer),
+        diagnosis.fail(kSession, "the service is busy: it answers " + common::aisText(answer),
                        "wait or start the service: programs hang while it answers this");
     } else {
-        diagnosis.fail(kSession, "does not open: the service answers " + text(answer),
+        diagnosis.fail(kSession, "does not open: the service answers " + common::aisText(answer),
                        "start the notification service, or make libSaNtf.so.0 of the running one "
                        "the first in the loader path");
     }
@@ -60,8 +59,9 @@ void checkNames(Diagnosis& diagnosis, SaNtfHandleT handle) {
                                               SA_NTF_ALLOC_SYSTEM_LIMIT);
     });
     if (answer != SA_AIS_OK) {
-        diagnosis.fail(kNames, "the service allocates no notification: it answers " + text(answer),
-                       "see the service's own log");
+        diagnosis.fail(
+            kNames, "the service allocates no notification: it answers " + common::aisText(answer),
+            "see the service's own log");
         return;
     }
     const SaNtfNotificationHeaderT& header = notification.notificationHeader;

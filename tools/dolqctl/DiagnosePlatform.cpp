@@ -1,5 +1,3 @@
-#include "Diagnosis.h"
-
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -10,8 +8,9 @@
 #include <ruxa/zum2/v1/CorrelationApi.h>
 #include <unistd.h>
 
-#include "NotificationLog.h"
-#include "Settings.h"
+#include "Diagnosis.h"
+#include "common/TraceGroups.h"
+#include "platform/ntf/log/NotificationLog.h"
 
 namespace dolqctl {
 
@@ -37,7 +36,7 @@ void checkGroups(Diagnosis& diagnosis) {
         return;
     }
     const char* const chosen = std::getenv(kGroupsVariable);
-    if (chosen != nullptr && !ruxa::trace::v2::parseGroups(chosen)) {
+    if (chosen != nullptr && !common::parseTraceGroups(chosen)) {
         diagnosis.warn(
             "trace backend", std::string(kGroupsVariable) + " is '" + chosen + "'",
             "set it to all, none, or numbers from 0 to 8 joined by commas: with anything "
@@ -96,7 +95,7 @@ void diagnoseLog(Diagnosis& diagnosis) {
     constexpr char kCheck[] = "notification log";
     const char* const chosen = std::getenv("RUXA_NTF_LOG");
     const bool isChosen = chosen != nullptr && *chosen != '\0';
-    const std::string log = isChosen ? chosen : ruxa::ntf::notificationLogPath().string();
+    const std::string log = isChosen ? chosen : platform::ntf::notificationLogPath().string();
     if (isWritable(log)) {
         diagnosis.ok(kCheck, "is " + log + (isChosen ? "" : ", as RUXA_NTF_LOG is not set"));
     } else if (isChosen) {

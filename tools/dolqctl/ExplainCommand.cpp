@@ -10,7 +10,7 @@
 #include "IdOption.h"
 #include "MappingText.h"
 #include "ReadingProblems.h"
-#include "mapping/MinorType.h"
+#include "adapter/MinorType.h"
 
 namespace dolqctl {
 

@@ -5,7 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "mapping/MinorType.h"
+#include "adapter/MinorType.h"
 
 namespace dolqctl {
 

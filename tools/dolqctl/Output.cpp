@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "Context.h"
-#include "Escape.h"
+#include "common/Escape.h"
 
 namespace dolqctl {
 
@@ -56,12 +56,10 @@ void tell(const std::string& text) {
     std::cerr << "dolqctl: " << text << '\n';
 }
 
-std::string inQuotes(std::string_view text) {
-    return '"' + ruxa::trace::v2::escapedText(text) + '"';
-}
+std::string inQuotes(std::string_view text) { return '"' + common::escapedText(text) + '"'; }
 
 std::string printable(std::string_view text) {
-    return text.empty() ? "-" : ruxa::trace::v2::escapedText(text);
+    return text.empty() ? "-" : common::escapedText(text);
 }
 
 } // namespace dolqctl

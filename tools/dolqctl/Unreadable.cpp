@@ -5,16 +5,16 @@
 
 #include <tinyxml.h>
 
-#include "xmlconf/RegularFile.h"
-#include "xmlconf/XmlGuard.h"
+#include "common/RegularFile.h"
+#include "common/XmlGuard.h"
 
 namespace dolqctl {
 
 namespace {
 
 std::string unsafeReason() {
-    return "not given to the parser: more than " + std::to_string(dolq::xmlconf::kMaxElementDepth) +
-           " levels of elements, more than " + std::to_string(dolq::xmlconf::kMaxAttributes) +
+    return "not given to the parser: more than " + std::to_string(common::kMaxElementDepth) +
+           " levels of elements, more than " + std::to_string(common::kMaxAttributes) +
            " attributes in one, or text broken off in the middle of a character or declaration";
 }
 
@@ -32,7 +32,7 @@ Unreadable whyNotLoaded(const std::string& path, const TiXmlDocument& document) 
         return {{path, document.ErrorRow(), document.ErrorCol()},
                 withoutFullStop(document.ErrorDesc())};
     }
-    const dolq::xmlconf::File file = dolq::xmlconf::openRegularFile(path);
+    const common::File file = common::openRegularFile(path);
     switch (const int error = file != nullptr ? 0 : errno) {
     case 0:
         return {{path}, unsafeReason()};

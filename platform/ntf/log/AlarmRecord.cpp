@@ -1,14 +1,15 @@
-#include "AlarmRecord.h"
-
-#include "RecordReader.h"
-
-#include <nlohmann/json.hpp>
+#include "platform/ntf/log/AlarmRecord.h"
 
 #include <ctime>
 #include <iterator>
 #include <type_traits>
 
-namespace ruxa::ntf {
+#include <nlohmann/json.hpp>
+
+#include "platform/ntf/log/RecordReader.h"
+
+namespace platform::ntf {
+
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -44,8 +45,9 @@ std::string toHex(std::string_view bytes) {
 
 void putText(Json& json, const std::string& key, const std::string& text) {
     json[key] = text;
-    if (!isUtf8(text))
+    if (!isUtf8(text)) {
         json[key + kBytesSuffix] = toHex(text);
+    }
 }
 
 struct ElementKeys {
@@ -62,10 +64,11 @@ Json toJson(const std::vector<Element>& elements, const ElementKeys& keys) {
         std::visit(
             [&json](const auto& value) {
                 using Value = std::decay_t<decltype(value)>;
-                if constexpr (std::is_same_v<Value, std::string>)
+                if constexpr (std::is_same_v<Value, std::string>) {
                     putText(json, "value", value);
-                else if constexpr (std::is_arithmetic_v<Value>)
+                } else if constexpr (std::is_arithmetic_v<Value>) {
                     json["value"] = value;
+                }
             },
             element.value);
         list.push_back(std::move(json));
@@ -137,12 +140,13 @@ ParsedLine parseLine(std::string_view line) {
     }
     RecordReader reader(parsed.record);
     Json::sax_parse(line.begin(), line.end(), &reader);
-    if (reader.isRecord())
+    if (reader.isRecord()) {
         parsed.kind = ParsedLine::Kind::Notification;
-    else if (reader.isDocument())
+    } else if (reader.isDocument()) {
         parsed.kind = ParsedLine::Kind::Foreign;
+    }
     parsed.reason = reader.reason();
     return parsed;
 }
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

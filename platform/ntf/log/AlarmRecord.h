@@ -8,7 +8,7 @@
 
 /// One alarm notification as the service received it, and its line of the notification log.
 /// README.md describes the line's layout. Nothing here has state: any thread may call it.
-namespace ruxa::ntf {
+namespace platform::ntf {
 
 /// An entry of the additional information, or a proposed repair action. `value` is empty when the
 /// sender named a type but allocated no value, and the bytes of a type that is no number, a string
@@ -68,4 +68,4 @@ struct ParsedLine {
 /// Reads a line back, with or without its newline. Texts get their original bytes again.
 ParsedLine parseLine(std::string_view line);
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

@@ -1,6 +1,4 @@
-#include "NotificationLog.h"
-
-#include "AlarmRecord.h"
+#include "platform/ntf/log/NotificationLog.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -10,7 +8,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace ruxa::ntf {
+#include "platform/ntf/log/AlarmRecord.h"
+
+namespace platform::ntf {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -22,8 +23,9 @@ std::string environment(const char* name) {
 
 /// Creates `folder` and its missing parents, for their owner alone. What fails shows at the open.
 void createFolders(const fs::path& folder) {
-    if (::mkdir(folder.c_str(), 0700) == 0 || errno != ENOENT || !folder.has_relative_path())
+    if (::mkdir(folder.c_str(), 0700) == 0 || errno != ENOENT || !folder.has_relative_path()) {
         return;
+    }
     createFolders(folder.parent_path());
     ::mkdir(folder.c_str(), 0700);
 }
@@ -35,10 +37,11 @@ fs::path notificationLogPath() {
     if (path.empty()) {
         const fs::path stateHome = environment("XDG_STATE_HOME");
         const fs::path home = environment("HOME");
-        if (stateHome.is_absolute())
+        if (stateHome.is_absolute()) {
             path = stateHome / "ruxa";
-        else if (home.is_absolute())
+        } else if (home.is_absolute()) {
             path = home / ".local/state/ruxa";
+        }
         path /= "notifications.jsonl";
     }
     std::error_code noCurrentFolder;
@@ -53,8 +56,9 @@ NotificationLog::~NotificationLog() { close(); }
 int NotificationLog::append(const std::string& line) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (!isCurrentFileOpen()) {
-        if (const int error = openCurrentFile(); error != 0)
+        if (const int error = openCurrentFile(); error != 0) {
             return error;
+        }
     }
     // A writer that was cut off may have left half a line, and this one would continue it: then it
     // is written again. No look before the write can tell, since others write at the same time.
@@ -63,13 +67,16 @@ int NotificationLog::append(const std::string& line) {
         do {
             written = ::write(m_file, line.data(), line.size());
         } while (written < 0 && errno == EINTR);
-        if (written < 0)
+        if (written < 0) {
             return errno;
-        if (static_cast<std::size_t>(written) != line.size())
+        }
+        if (static_cast<std::size_t>(written) != line.size()) {
             return ENOSPC;
+        }
         const off_t begin = ::lseek(m_file, 0, SEEK_CUR) - written;
-        if (followsWholeLine(begin))
+        if (followsWholeLine(begin)) {
             return 0;
+        }
         blankOutTornLine(begin, line);
     }
 }
@@ -78,8 +85,9 @@ int NotificationLog::openCurrentFile() {
     close();
     createFolders(m_path.parent_path());
     m_file = ::open(m_path.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0640);
-    if (m_file < 0 || ::fstat(m_file, &m_identity) != 0)
+    if (m_file < 0 || ::fstat(m_file, &m_identity) != 0) {
         return errno;
+    }
     m_openedBy = ::getpid();
     return 0;
 }
@@ -93,8 +101,9 @@ bool NotificationLog::isCurrentFileOpen() const {
 }
 
 void NotificationLog::close() {
-    if (m_file >= 0)
+    if (m_file >= 0) {
         ::close(m_file);
+    }
     m_file = -1;
 }
 
@@ -114,17 +123,21 @@ void NotificationLog::blankOutTornLine(off_t begin, const std::string& line) con
     std::string half(static_cast<std::size_t>(std::min(begin, kLongestHalf)), '\0');
     std::string written(line.size(), '\0');
     if (!readAt(begin - static_cast<off_t>(half.size()), half) || !readAt(begin, written) ||
-        written != line) // somebody has cut the log meanwhile
+        written != line) { // somebody has cut the log meanwhile
         return;
+    }
     half.erase(0, half.rfind('\n') + 1); // npos + 1 is 0: no line ends before it
-    if (half.compare(0, kTellingSize, line, 0, std::min(half.size(), kTellingSize)) != 0)
+    if (half.compare(0, kTellingSize, line, 0, std::min(half.size(), kTellingSize)) != 0) {
         return;
+    }
     std::string blanks(half.size() + line.size() - 1, ' ');
-    if (parseLine(half).kind == ParsedLine::Kind::Notification)
+    if (parseLine(half).kind == ParsedLine::Kind::Notification) {
         blanks.replace(0, half.size() + 1, half + '\n');
+    }
     // With O_APPEND, Linux would put them at the end. A log for appending only keeps the flag.
-    if (::fcntl(m_file, F_SETFL, 0) != 0)
+    if (::fcntl(m_file, F_SETFL, 0) != 0) {
         return;
+    }
     static_cast<void>(
         ::pwrite(m_file, blanks.data(), blanks.size(), begin - static_cast<off_t>(half.size())));
     ::fcntl(m_file, F_SETFL, O_APPEND);
@@ -134,4 +147,4 @@ bool NotificationLog::readAt(off_t begin, std::string& bytes) const {
     return ::pread(m_file, bytes.data(), bytes.size(), begin) == static_cast<ssize_t>(bytes.size());
 }
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <sys/stat.h>
-#include <sys/types.h>
-
 #include <filesystem>
 #include <mutex>
 #include <string>
 
-namespace ruxa::ntf {
+#include <sys/stat.h>
+#include <sys/types.h>
+
+namespace platform::ntf {
 
 /// The notification log's path: RUXA_NTF_LOG; else ruxa/notifications.jsonl in XDG_STATE_HOME or in
 /// ~/.local/state; else notifications.jsonl in the current folder. Absolute.
@@ -42,4 +42,4 @@ private:
     pid_t m_openedBy = 0;
 };
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

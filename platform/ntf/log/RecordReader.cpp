@@ -1,4 +1,4 @@
-#include "RecordReader.h"
+#include "platform/ntf/log/RecordReader.h"
 
 #include <charconv>
 #include <iterator>
@@ -6,7 +6,8 @@
 #include <string_view>
 #include <utility>
 
-namespace ruxa::ntf {
+namespace platform::ntf {
+
 namespace {
 
 using Scalar = RecordReader::Scalar;
@@ -18,29 +19,33 @@ template <typename Number> bool toNumber(const Scalar& value, Number& number) {
         return *positive <= std::uint64_t{Limits::max()};
     }
     const auto* const negative = std::get_if<std::int64_t>(&value);
-    if (negative == nullptr || *negative < Limits::min())
+    if (negative == nullptr || *negative < Limits::min()) {
         return false;
+    }
     number = static_cast<Number>(*negative);
     return true;
 }
 
 bool toText(Scalar& value, std::string& text) {
     auto* const given = std::get_if<std::string>(&value);
-    if (given == nullptr)
+    if (given == nullptr) {
         return false;
+    }
     text = std::move(*given);
     return true;
 }
 
 bool toBytes(const Scalar& value, std::string& bytes) {
     const auto* const hex = std::get_if<std::string>(&value);
-    if (hex == nullptr || hex->size() % 2 != 0)
+    if (hex == nullptr || hex->size() % 2 != 0) {
         return false;
+    }
     bytes.clear();
     for (const char* digits = hex->data(); digits != hex->data() + hex->size(); digits += 2) {
         unsigned char byte = 0;
-        if (std::from_chars(digits, digits + 2, byte, 16).ptr != digits + 2)
+        if (std::from_chars(digits, digits + 2, byte, 16).ptr != digits + 2) {
             return false;
+        }
         bytes += static_cast<char>(byte);
     }
     return true;
@@ -55,8 +60,9 @@ constexpr auto kBytes = [](auto& owner, Scalar& value) { return toBytes(value, o
 
 bool storeId(AlarmRecord& record, Scalar& value) {
     const auto* const digits = std::get_if<std::string>(&value);
-    if (digits == nullptr)
+    if (digits == nullptr) {
         return false;
+    }
     const char* const end = digits->data() + digits->size();
     const auto result = std::from_chars(digits->data(), end, record.notificationId);
     return result.ec == std::errc{} && result.ptr == end;
@@ -68,12 +74,14 @@ bool isAlarm(AlarmRecord& /*record*/, Scalar& value) {
 }
 
 bool storeValue(Element& element, Scalar& value) {
-    if (std::holds_alternative<bool>(value))
+    if (std::holds_alternative<bool>(value)) {
         return false;
+    }
     std::visit(
         [&element](auto& given) {
-            if constexpr (!std::is_same_v<std::decay_t<decltype(given)>, bool>)
+            if constexpr (!std::is_same_v<std::decay_t<decltype(given)>, bool>) {
                 element.value = std::move(given);
+            }
         },
         value);
     return true;
@@ -130,8 +138,9 @@ constexpr Field<Element> kActionFields[] = {{"actionId", kNumber<&Element::id>},
 
 template <typename Fields> std::size_t indexOf(const Fields& fields, std::string_view key) {
     std::size_t index = 0;
-    while (index < std::size(fields) && fields[index].key != key)
+    while (index < std::size(fields) && fields[index].key != key) {
         ++index;
+    }
     return index;
 }
 
@@ -140,25 +149,29 @@ template <typename Fields> std::size_t indexOf(const Fields& fields, std::string
 template <typename Owner, typename Fields>
 void RecordReader::store(Owner& owner, const Fields& fields, Scalar& value) {
     const std::size_t index = indexOf(fields, m_key);
-    if (index == std::size(fields))
+    if (index == std::size(fields)) {
         return;
+    }
     std::uint32_t& seen = m_place == Place::Record ? m_seenInRecord : m_seen;
     seen |= 1U << index;
-    if (fields[index].store == nullptr || !fields[index].store(owner, value))
+    if (fields[index].store == nullptr || !fields[index].store(owner, value)) {
         complain(m_key + " is not what an alarm notification has");
+    }
 }
 
 template <typename Fields> void RecordReader::expectAll(const Fields& fields) {
     const std::uint32_t seen = m_place == Place::Record ? m_seenInRecord : m_seen;
     for (std::size_t i = 0; i < std::size(fields); ++i) {
-        if (fields[i].presence == Presence::Required && ((seen >> i) & 1U) == 0)
+        if (fields[i].presence == Presence::Required && ((seen >> i) & 1U) == 0) {
             complain(std::string(fields[i].key) + " is missing");
+        }
     }
 }
 
 bool RecordReader::scalar(Scalar value) {
-    if (m_ignored != 0)
+    if (m_ignored != 0) {
         return true;
+    }
     switch (m_place) {
     case Place::Record:
         store(m_record, kRecordFields, value);
@@ -179,8 +192,9 @@ bool RecordReader::scalar(Scalar value) {
 }
 
 bool RecordReader::start_object(std::size_t /*size*/) {
-    if (m_ignored != 0)
+    if (m_ignored != 0) {
         return ignore();
+    }
     if (m_place == Place::Outside) {
         m_place = Place::Record;
         return true;
@@ -228,18 +242,21 @@ bool RecordReader::end_object() {
 
 bool RecordReader::start_array(std::size_t /*size*/) {
     const bool isInfo = m_key == "additionalInfo";
-    if (m_ignored != 0 || m_place != Place::Record || (!isInfo && m_key != "proposedRepairActions"))
+    if (m_ignored != 0 || m_place != Place::Record ||
+        (!isInfo && m_key != "proposedRepairActions")) {
         return ignore();
+    }
     m_seenInRecord |= 1U << indexOf(kRecordFields, m_key);
     m_place = isInfo ? Place::InfoList : Place::ActionList;
     return true;
 }
 
 bool RecordReader::end_array() {
-    if (m_ignored != 0)
+    if (m_ignored != 0) {
         --m_ignored;
-    else
+    } else {
         m_place = Place::Record;
+    }
     return true;
 }
 
@@ -254,8 +271,9 @@ bool RecordReader::ignore() {
 }
 
 bool RecordReader::key(std::string& value) {
-    if (m_ignored == 0)
+    if (m_ignored == 0) {
         m_key = std::move(value);
+    }
     return true;
 }
 
@@ -275,8 +293,9 @@ bool RecordReader::parse_error(std::size_t /*position*/, const std::string& /*to
 }
 
 void RecordReader::complain(const std::string& reason) {
-    if (m_reason.empty())
+    if (m_reason.empty()) {
         m_reason = reason;
+    }
 }
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

@@ -6,9 +6,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include "AlarmRecord.h"
+#include "platform/ntf/log/AlarmRecord.h"
 
-namespace ruxa::ntf {
+namespace platform::ntf {
 
 /// Takes a record out of a line while that is parsed: building the document first, as a tree, takes
 /// more than twice the time, and logs grow to millions of lines. Goes on after what is wrong, since
@@ -62,4 +62,4 @@ private:
     std::string m_reason;
 };
 
-} // namespace ruxa::ntf
+} // namespace platform::ntf

@@ -1,10 +1,9 @@
-#include "mapping/dolqNotificationMapImpl.h"
-
 #include <algorithm>
 #include <random>
 
 #include "LibraryTest.h"
 #include "mapping/ConfigurationParserFactory.h"
+#include "mapping/dolqNotificationMapImpl.h"
 #include "threadSpecificSingleton"
 
 namespace {

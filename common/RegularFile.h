@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-namespace dolq::xmlconf {
+namespace common {
 
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
@@ -17,4 +17,4 @@ File openRegularFile(const std::string& path);
 /// says why not: EFBIG for more than `maxSize` bytes.
 int readWhole(std::FILE* file, std::size_t maxSize, std::string& content);
 
-} // namespace dolq::xmlconf
+} // namespace common

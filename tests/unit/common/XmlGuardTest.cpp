@@ -1,6 +1,4 @@
-#include "xmlconf/XmlGuard.h"
-
-#include <gtest/gtest.h>
+#include "common/XmlGuard.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -8,11 +6,13 @@
 #include <ostream>
 #include <string>
 
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "xmlconf/RegularFile.h"
+#include "common/RegularFile.h"
 
-namespace dolq::xmlconf {
+namespace common {
+
 namespace {
 
 std::string repeat(const std::string& text, std::size_t times) {
@@ -128,4 +128,4 @@ TEST(XmlGuardFile, OnlyReadableRegularFilesAreSafe) {
 }
 
 } // namespace
-} // namespace dolq::xmlconf
+} // namespace common

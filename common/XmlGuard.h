@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string_view>
 
-namespace dolq::xmlconf {
+namespace common {
 
 /// TinyXML parses elements by recursion on the caller's stack and searches an element's attributes
 /// one by one for each new one. A file that goes beyond these limits is not given to it.
@@ -18,4 +18,4 @@ bool isSafeText(std::string_view text);
 /// Whether the content of `file`, which is at its beginning and stays there, is safe text.
 bool isSafeToParse(std::FILE* file);
 
-} // namespace dolq::xmlconf
+} // namespace common

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace ruxa::trace::v2 {
+namespace common {
 
 /// `text` as it may stand at the end of a trace line: whatever a client put into it, it can neither
 /// end the line nor change how a terminal shows it. Control characters, bytes that are not UTF-8
@@ -15,4 +15,4 @@ std::string escapedText(std::string_view text);
 /// empty word is written "-".
 std::string escapedWord(std::string_view word);
 
-} // namespace ruxa::trace::v2
+} // namespace common

@@ -1,4 +1,4 @@
-#include "RegularFile.h"
+#include "common/RegularFile.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace dolq::xmlconf {
+namespace common {
 
 File openRegularFile(const std::string& path) {
     // O_NONBLOCK: opening a FIFO without a writer does not wait.
@@ -58,4 +58,4 @@ int readWhole(std::FILE* file, std::size_t maxSize, std::string& content) {
     return 0;
 }
 
-} // namespace dolq::xmlconf
+} // namespace common

@@ -1,12 +1,13 @@
-#include "XmlGuard.h"
-#include "RegularFile.h"
+#include "common/XmlGuard.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <limits>
 
-namespace dolq::xmlconf {
+#include "common/RegularFile.h"
+
+namespace common {
 
 namespace {
 
@@ -360,4 +361,4 @@ bool isSafeToParse(std::FILE* file) {
            isSafeText(content);
 }
 
-} // namespace dolq::xmlconf
+} // namespace common

@@ -1,8 +1,9 @@
-#include "Escape.h"
+#include "common/Escape.h"
 
 #include <cstddef>
 
-namespace ruxa::trace::v2 {
+namespace common {
+
 namespace {
 
 struct Character {
@@ -94,4 +95,4 @@ std::string escapedText(std::string_view text) { return escaped(text, false); }
 
 std::string escapedWord(std::string_view word) { return word.empty() ? "-" : escaped(word, true); }
 
-} // namespace ruxa::trace::v2
+} // namespace common
