@@ -52,7 +52,7 @@ bool load(TiXmlDocument& document, const std::string& fileName) {
 
 // Where the reader stores what it finds: the one thing in which the generations differ.
 
-class StoreIntoConfiguration final : public MappingFileObserver {
+class StoreIntoConfiguration final : public MappingFileObserverI {
 public:
     explicit StoreIntoConfiguration(ruxa::fm::dolq::v1::ConfigurationI& configuration)
         : m_configuration(configuration) {}
@@ -69,7 +69,7 @@ private:
     ruxa::fm::dolq::v1::ConfigurationI& m_configuration;
 };
 
-class StoreIntoTable final : public MappingFileObserver {
+class StoreIntoTable final : public MappingFileObserverI {
 public:
     explicit StoreIntoTable(MappingTable& mapping) : m_mapping(mapping) {}
     void onMappingWithoutClass(const TiXmlElement&, std::uint32_t faultId,
@@ -129,7 +129,7 @@ void MappingXmlConfigurator::configure(MappingTable& mapping) {
 }
 
 template <typename ReadFile> void MappingXmlConfigurator::configureFrom(ReadFile readFile) {
-    LoadModuleObserver nobody;
+    LoadModuleObserverI nobody;
     const std::vector<std::string> paths =
         findAllMappingFiles(getProductNumber(), getRevision(), nobody);
     if (paths.empty()) {
@@ -149,7 +149,7 @@ std::string MappingXmlConfigurator::getProductNumber() const {
 std::string MappingXmlConfigurator::getRevision() const { return textOf(std::getenv("ZBN_REV")); }
 
 std::vector<std::string> MappingXmlConfigurator::findAllMappingFiles(
-    const std::string& productNumber, const std::string& revision, LoadModuleObserver& observer) {
+    const std::string& productNumber, const std::string& revision, LoadModuleObserverI& observer) {
     std::vector<std::string> all;
     for (const char* const category : kCategories) {
         std::vector<std::string> paths =
@@ -163,7 +163,7 @@ std::vector<std::string> MappingXmlConfigurator::findAllMappingFiles(
 std::vector<std::string> MappingXmlConfigurator::findMappingFiles(const std::string& category,
                                                                   const std::string& productNumber,
                                                                   const std::string& revision,
-                                                                  LoadModuleObserver& observer) {
+                                                                  LoadModuleObserverI& observer) {
     std::vector<std::string> paths;
     char writableCategory[128] = {};
     category.copy(writableCategory, sizeof(writableCategory) - 1);
@@ -211,7 +211,7 @@ bool MappingXmlConfigurator::readMappingFile(const std::string& fileName, Mappin
 }
 
 bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
-                                             MappingFileObserver& observer) {
+                                             MappingFileObserverI& observer) {
     DOLQ_PROBE(mapping_file, fileName.c_str());
     TiXmlDocument document(fileName);
     if (!load(document, fileName)) {
@@ -237,7 +237,7 @@ bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
 }
 
 void MappingXmlConfigurator::readMapping(const std::string& fileName, const TiXmlElement& element,
-                                         MappingFileObserver& observer) {
+                                         MappingFileObserverI& observer) {
     int faultId = 0;
     int minorType = 0;
     if (!queryInt(element, kFaultId, faultId) || !queryInt(element, kMinorType, minorType)) {

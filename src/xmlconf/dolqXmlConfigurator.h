@@ -6,8 +6,8 @@
 #include "mapping/MappingTable.h"
 #include "ruxa/fm/dolq/v1/ConfigurationI.h"
 #include "trace/TraceObject.h"
-#include "xmlconf/LoadModuleObserver.h"
-#include "xmlconf/MappingFileObserver.h"
+#include "xmlconf/LoadModuleObserverI.h"
+#include "xmlconf/MappingFileObserverI.h"
 
 namespace dolq::xmlconf {
 
@@ -32,7 +32,7 @@ public:
     bool readMappingFile(const std::string& fileName,
                          ruxa::fm::dolq::v1::ConfigurationI* configuration);
     bool readMappingFile(const std::string& fileName, MappingTable& mapping);
-    bool readMappingFile(const std::string& fileName, MappingFileObserver& observer);
+    bool readMappingFile(const std::string& fileName, MappingFileObserverI& observer);
 
     /// The environment's `ZBN_NO` and `ZBN_REV`; empty when unset.
     std::string getProductNumber() const;
@@ -41,18 +41,18 @@ public:
     /// The paths of a load module's mapping files, in reading order.
     std::vector<std::string> findAllMappingFiles(const std::string& productNumber,
                                                  const std::string& revision,
-                                                 LoadModuleObserver& observer);
+                                                 LoadModuleObserverI& observer);
 
 private:
     std::vector<std::string> findMappingFiles(const std::string& category,
                                               const std::string& productNumber,
                                               const std::string& revision,
-                                              LoadModuleObserver& observer);
+                                              LoadModuleObserverI& observer);
 
     template <typename ReadFile> void configureFrom(ReadFile readFile);
 
     void readMapping(const std::string& fileName, const TiXmlElement& element,
-                     MappingFileObserver& observer);
+                     MappingFileObserverI& observer);
 
     TraceObject m_traceObject{"ruxaDolqXmlLU"};
 };

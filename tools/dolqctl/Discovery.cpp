@@ -12,7 +12,7 @@ namespace {
 
 std::string textOf(const char* text) { return text != nullptr ? text : ""; }
 
-class Recorder final : public dolq::xmlconf::LoadModuleObserver {
+class Recorder final : public dolq::xmlconf::LoadModuleObserverI {
 public:
     explicit Recorder(Discovery& discovery) : m_discovery(discovery) {}
 

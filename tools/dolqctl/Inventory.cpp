@@ -16,7 +16,7 @@ namespace {
 /// All mappings ever read for one fault id and class, in reading order.
 using Histories = std::map<std::pair<std::uint32_t, std::string>, std::vector<Mapping>>;
 
-class Recorder final : public dolq::xmlconf::MappingFileObserver {
+class Recorder final : public dolq::xmlconf::MappingFileObserverI {
 public:
     explicit Recorder(const std::string& path, Inventory& inventory, Histories& histories)
         : m_path(path), m_inventory(inventory), m_histories(histories) {}

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "Mapping.h"
-#include "xmlconf/MappingFileObserver.h"
+#include "xmlconf/MappingFileObserverI.h"
 
 class TiXmlAttribute;
 
@@ -26,7 +26,7 @@ struct Finding {
 /// Looks at mapping files while the library's reader reads them, and finds what the reader skips,
 /// or takes for something else than what is written. An error is a mapping lost or changed, a
 /// warning something that works but was hardly meant.
-class MappingFileChecker final : public dolq::xmlconf::MappingFileObserver {
+class MappingFileChecker final : public dolq::xmlconf::MappingFileObserverI {
 public:
     /// Reads `path` on top of the files before it. Its findings are in the order of their places.
     void check(const std::string& path);

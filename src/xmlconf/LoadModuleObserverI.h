@@ -8,9 +8,9 @@ namespace dolq::xmlconf {
 
 /// Hears what the walk over the node's load modules comes across, in reading order. All arguments
 /// last until the call returns.
-class LoadModuleObserver {
+class LoadModuleObserverI {
 public:
-    virtual ~LoadModuleObserver() = default;
+    virtual ~LoadModuleObserverI() = default;
 
     /// The load-module handler's error code; the category counts as empty.
     virtual void onFailedCategory(const std::string& /*category*/, int /*errorCode*/) {}

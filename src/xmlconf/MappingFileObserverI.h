@@ -11,9 +11,9 @@ namespace dolq::xmlconf {
 /// Hears what the reader makes of one alarm mapping file, in document order. Elements know their
 /// row, column and attributes. A mapping element lasts until the call returns, the rest of the
 /// document until the reader does.
-class MappingFileObserver {
+class MappingFileObserverI {
 public:
-    virtual ~MappingFileObserver() = default;
+    virtual ~MappingFileObserverI() = default;
 
     /// Nothing is read: the parser's error is in `document`, or it has none because the file is no
     /// readable regular file, or its text not safe to parse.
