@@ -5,10 +5,11 @@
 #include <utility>
 #include <vector>
 
+#include "common/AlarmNames.h"
+
 namespace dolq {
 
-/// What travels in place of a program group's name when an alarm has none.
-constexpr char kNoProgramGroup[] = "nonePgGrp";
+using common::kNoProgramGroup;
 
 /// What the adapter asks the session to send: one alarm in the service's terms. It owns its texts.
 class NotificationData {

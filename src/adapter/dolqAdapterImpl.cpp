@@ -10,6 +10,7 @@
 #include "adapter/CorrelationInfo.h"
 #include "adapter/MinorType.h"
 #include "adapter/MoClass.h"
+#include "common/AlarmNames.h"
 #include "trace/Probe.h"
 #include "trace/Trace.h"
 
@@ -25,9 +26,6 @@ const std::string kEmptyString = "<empty string>";
 constexpr SaNtfSeverityT kSeverityOfCode[] = {SA_NTF_SEVERITY_WARNING, SA_NTF_SEVERITY_MINOR,
                                               SA_NTF_SEVERITY_MAJOR, SA_NTF_SEVERITY_CRITICAL,
                                               SA_NTF_SEVERITY_INDETERMINATE};
-
-/// Indexed by the client's program group code.
-constexpr const char* kProgramGroupOfCode[] = {"gratPgGrp", "wratPgGrp", "lratPgGrp", "nrPgGrp"};
 
 std::string environmentValue(const char* value) { return value != nullptr ? value : ""; }
 
@@ -443,8 +441,8 @@ SaNtfSeverityT AdapterImpl::mapPerceivedSeverity(std::uint32_t perceivedSeverity
 }
 
 std::string AdapterImpl::programGroupName(std::uint32_t programGroup) const {
-    const char* const name = programGroup < std::size(kProgramGroupOfCode)
-                                 ? kProgramGroupOfCode[programGroup]
+    const char* const name = programGroup < std::size(common::kProgramGroupNames)
+                                 ? common::kProgramGroupNames[programGroup]
                                  : kNoProgramGroup;
     DOLQ_TRACE(m_traceObject, kFlow, " Alarm program group: %s", name);
     return name;

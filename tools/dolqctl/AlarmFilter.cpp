@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "common/AlarmNames.h"
+
 namespace dolqctl {
 
 namespace {
@@ -19,7 +21,7 @@ constexpr std::int64_t kMostSeconds = std::numeric_limits<std::int64_t>::max() /
 
 std::uint32_t severityOf(const std::string& name) {
     for (std::uint32_t severity = kFirstSeverity; severity <= kLastSeverity; ++severity) {
-        if (name == platform::ntf::severityName(severity)) {
+        if (name == common::kSeverityNames[severity]) {
             return severity;
         }
     }

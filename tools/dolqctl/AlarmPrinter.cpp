@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Correlation.h"
+#include "common/AlarmNames.h"
 
 namespace dolqctl {
 
@@ -22,7 +23,7 @@ std::string dump(const Json& json) {
 
 std::string severityText(std::uint32_t severity) {
     constexpr std::uint32_t kLastKnown = 5; // SA_NTF_SEVERITY_CRITICAL
-    const std::string name = platform::ntf::severityName(severity);
+    const std::string name = common::nameOf(severity, common::kSeverityNames);
     return severity <= kLastKnown ? name : name + " (" + std::to_string(severity) + ')';
 }
 

@@ -13,6 +13,7 @@
 
 #include "AlarmSending.h"
 #include "IdOption.h"
+#include "common/AlarmNames.h"
 
 namespace dolqctl {
 
@@ -32,11 +33,6 @@ nothing was sent.
 Example:
   dolqctl raise --object managedElement=1,Board=3 --fault 4101 --severity major \
       --text 'Temperature too high' --event-id 4711)";
-
-/// The position of a name is its code.
-constexpr const char* kSeverities[] = {"warning", "minor", "major", "critical", "indeterminate"};
-constexpr const char* kProgramGroups[] = {"gratPgGrp", "wratPgGrp", "lratPgGrp", "nrPgGrp",
-                                          "nonePgGrp"};
 
 struct Options {
     AlarmOptions alarm;
@@ -120,10 +116,11 @@ void raise(FaultManagementI& alarms, const Options& options, Kind kind, std::uin
 }
 
 int run(const Options& options, Kind kind, Output& output) {
-    const std::uint32_t severity = codeOf("severity", options.severity, kSeverities);
-    const auto group = options.programGroup.empty()
-                           ? std::optional<std::uint32_t>()
-                           : codeOf("program group", options.programGroup, kProgramGroups);
+    const std::uint32_t severity =
+        codeOf("severity", options.severity, common::kClientSeverityNames);
+    const auto group = options.programGroup.empty() ? std::optional<std::uint32_t>()
+                                                    : codeOf("program group", options.programGroup,
+                                                             common::kProgramGroupNames);
     return sendAlarm(options.alarm, output, [&](FaultManagementI& alarms) {
         if (group) {
             raise(alarms, options, kind, severity, *group);

@@ -1,11 +1,11 @@
 #include "platform/ntf/log/AlarmRecord.h"
 
 #include <ctime>
-#include <iterator>
 #include <type_traits>
 
 #include <nlohmann/json.hpp>
 
+#include "common/AlarmNames.h"
 #include "platform/ntf/log/RecordReader.h"
 
 namespace platform::ntf {
@@ -15,11 +15,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr char kNotificationType[] = "alarm";
-constexpr const char* kSeverityNames[] = {"cleared", "indeterminate", "warning",
-                                          "minor",   "major",         "critical"};
 constexpr std::uint32_t kFirstEventType = 0x4000;
-constexpr const char* kEventTypeNames[] = {"alarm",           "communications", "qualityOfService",
-                                           "processingError", "equipment",      "environmental"};
 // Follows the key of a text that is not UTF-8, which JSON cannot hold.
 constexpr char kBytesSuffix[] = "Hex";
 
@@ -78,16 +74,6 @@ Json toJson(const std::vector<Element>& elements, const ElementKeys& keys) {
 
 } // namespace
 
-const char* severityName(std::uint32_t perceivedSeverity) {
-    return perceivedSeverity < std::size(kSeverityNames) ? kSeverityNames[perceivedSeverity]
-                                                         : "unknown";
-}
-
-const char* eventTypeName(std::uint32_t eventType) {
-    const std::uint32_t index = eventType - kFirstEventType; // wraps for smaller codes
-    return index < std::size(kEventTypeNames) ? kEventTypeNames[index] : "unknown";
-}
-
 std::string formatTime(std::int64_t timeNs) {
     constexpr std::int64_t kNsPerSecond = 1'000'000'000;
     std::int64_t seconds = timeNs / kNsPerSecond;
@@ -112,13 +98,13 @@ std::string toLine(const AlarmRecord& record) {
     json["eventTime"] = formatTime(record.eventTimeNs);
     json["eventTimeNs"] = record.eventTimeNs;
     json["notificationType"] = kNotificationType;
-    json["eventType"] = eventTypeName(record.eventType);
+    json["eventType"] = common::nameOf(record.eventType - kFirstEventType, common::kEventTypeNames);
     json["eventTypeCode"] = record.eventType;
     putText(json, "notificationObject", record.notificationObject);
     putText(json, "notifyingObject", record.notifyingObject);
     json["classId"] = {
         {"vendorId", record.vendorId}, {"majorId", record.majorId}, {"minorId", record.minorId}};
-    json["perceivedSeverity"] = severityName(record.perceivedSeverity);
+    json["perceivedSeverity"] = common::nameOf(record.perceivedSeverity, common::kSeverityNames);
     json["perceivedSeverityCode"] = record.perceivedSeverity;
     json["probableCause"] = record.probableCause;
     json["trend"] = record.trend;

@@ -40,13 +40,6 @@ struct AlarmRecord {
     std::int32_t threadId = 0;  ///< the sender's, as the kernel numbers threads
 };
 
-/// "cleared", "indeterminate", "warning", "minor", "major", "critical"; "unknown" for other codes.
-const char* severityName(std::uint32_t perceivedSeverity);
-
-/// "alarm" (any), "communications", "qualityOfService", "processingError", "equipment",
-/// "environmental"; "unknown" for other codes.
-const char* eventTypeName(std::uint32_t eventType);
-
 /// RFC 3339, UTC, with microseconds: "2024-02-29T12:34:56.123456Z".
 std::string formatTime(std::int64_t timeNs);
 
