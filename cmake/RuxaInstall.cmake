@@ -23,15 +23,21 @@ install(FILES
   DESTINATION ${package_dir} COMPONENT development)
 install(EXPORT ruxa-dolq-targets NAMESPACE ruxa:: DESTINATION ${package_dir} COMPONENT development)
 
-# For everything else: pkg-config.
+# For everything else: pkg-config. Made at the installation, which knows its prefix: the system's own,
+# of which pkg-config then says nothing, or from where the file lies, so that the whole may be moved.
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-file(RELATIVE_PATH RUXA_DOLQ_PC_TO_PREFIX
-  ${CMAKE_INSTALL_PREFIX}/${pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
-string(REGEX REPLACE "/$" "" RUXA_DOLQ_PC_TO_PREFIX "${RUXA_DOLQ_PC_TO_PREFIX}")
-configure_file(${PROJECT_SOURCE_DIR}/cmake/ruxa-dolq.pc.in
-  ${PROJECT_BINARY_DIR}/ruxa-dolq-${PROJECT_VERSION_MAJOR}.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/ruxa-dolq-${PROJECT_VERSION_MAJOR}.pc
-  DESTINATION ${pkgconfig_dir} COMPONENT development)
+file(RELATIVE_PATH pc_to_prefix /${pkgconfig_dir} /)
+string(REGEX REPLACE "/$" "" pc_to_prefix ${pc_to_prefix})
+set(pc_file ${PROJECT_BINARY_DIR}/ruxa-dolq-${PROJECT_VERSION_MAJOR}.pc)
+set(PREFIX @PREFIX@) # stays for the installation
+configure_file(${PROJECT_SOURCE_DIR}/cmake/ruxa-dolq.pc.in ${pc_file}.in @ONLY)
+install(CODE "
+  set(PREFIX \\\${pcfiledir}/${pc_to_prefix})
+  if(CMAKE_INSTALL_PREFIX MATCHES ^/usr/?$)
+    set(PREFIX /usr)
+  endif()
+  configure_file(\"${pc_file}.in\" \"${pc_file}\" @ONLY)" COMPONENT development)
+install(FILES ${pc_file} DESTINATION ${pkgconfig_dir} COMPONENT development)
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
   COMPONENT development)

@@ -1,3 +1,21 @@
+include(CheckCXXCompilerFlag)
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+check_cxx_compiler_flag(-fcf-protection RUXA_DOLQ_HAVE_CF_PROTECTION)
+
+# What makes an overrun end the program instead of being used: in every build, not only the packages.
+function(ruxa_harden target)
+  target_compile_options(${target} PRIVATE -fstack-protector-strong
+    $<$<BOOL:${RUXA_DOLQ_HAVE_CF_PROTECTION}>:-fcf-protection>)
+  # It does nothing without optimisation, and hides calls from the sanitizers. -U: some compilers and
+  # packagers define it themselves.
+  if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+    target_compile_options(${target} PRIVATE
+      "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:SHELL:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>")
+  endif()
+  target_link_options(${target} PRIVATE LINKER:-z,relro LINKER:-z,now)
+endfunction()
+
 # What every target of this project has in common: the language, the warnings, hidden symbols.
 function(ruxa_target target)
   target_compile_features(${target} PUBLIC cxx_std_17)
@@ -11,6 +29,7 @@ function(ruxa_target target)
     -Woverloaded-virtual -Wold-style-cast
     # No path of the build machine in assertions and traces.
     -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+  ruxa_harden(${target})
   # Search paths in a binary are RUNPATHs: LD_LIBRARY_PATH comes first.
   target_link_options(${target} PRIVATE LINKER:--enable-new-dtags)
 endfunction()
