@@ -8,7 +8,6 @@
 #include "Context.h"
 #include "DoctorCommand.h"
 #include "ExplainCommand.h"
-#include "GenerateCommand.h"
 #include "MappingsCommand.h"
 #include "RaiseCommand.h"
 
@@ -51,7 +50,6 @@ int run(int argc, char** argv) {
     dolqctl::addMappingsCommand(app, context);
     dolqctl::addCheckCommand(app, context);
     dolqctl::addExplainCommand(app, context);
-    dolqctl::addGenerateCommand(app, context);
     dolqctl::addRaiseCommand(app, context);
     dolqctl::addCeaseCommand(app, context);
     dolqctl::addAlarmsCommand(app, context);
