@@ -1,12 +1,11 @@
 #include "Output.h"
 
-#include <cstdlib>
 #include <iostream>
 
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
-#include "Context.h"
+#include "Environment.h"
 #include "common/Escape.h"
 
 namespace dolqctl {
@@ -14,9 +13,7 @@ namespace dolqctl {
 namespace {
 
 bool wantsColours() {
-    const char* const terminal = std::getenv("TERM");
-    return std::getenv("NO_COLOR") == nullptr && terminal != nullptr &&
-           std::string_view(terminal) != "dumb";
+    return !environment("NO_COLOR") && environment("TERM").value_or("dumb") != "dumb";
 }
 
 /// Indexed by `Style`: the number of the terminal's attribute.
@@ -52,7 +49,7 @@ void Output::print(const nlohmann::ordered_json& json) {
 bool Output::flush() { return static_cast<bool>(m_stream.flush()); }
 
 void tell(const std::string& text) {
-    std::cout.flush(); // what was printed before stands before it
+    std::cout.flush();
     std::cerr << "dolqctl: " << text << '\n';
 }
 

@@ -39,7 +39,10 @@ private:
     std::ostream& m_stream;
 };
 
-/// `text` made fit for a terminal, in quotes, which are all that is left of nothing.
+/// "dolqctl: <text>" on standard error, behind what was printed before.
+void tell(const std::string& text);
+
+/// `text` made fit for a terminal, in quotes also when it is empty.
 std::string inQuotes(std::string_view text);
 
 /// Foreign text (of a file, an environment variable, the command line) made fit for a terminal: no

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <dlfcn.h>
+
+namespace dolqctl {
+
+/// One thing that was looked at.
+struct Observation {
+    enum class Status {
+        Ok,
+        Warning, ///< alarms go out, but not as somebody meant them to
+        Failed   ///< what an alarm needs is not there
+    };
+    std::string check; ///< what was looked at: the same words every time
+    Status status;
+    std::string finding;
+    std::string advice; ///< what to do; empty for `Ok`
+    std::optional<double> milliseconds;
+};
+
+class Diagnosis {
+public:
+    void ok(std::string check, std::string finding) {
+        add(Observation::Status::Ok, std::move(check), std::move(finding), {});
+    }
+    void warn(std::string check, std::string finding, std::string advice) {
+        add(Observation::Status::Warning, std::move(check), std::move(finding), std::move(advice));
+    }
+    void fail(std::string check, std::string finding, std::string advice) {
+        add(Observation::Status::Failed, std::move(check), std::move(finding), std::move(advice));
+    }
+    /// How long the latest one took.
+    void took(double milliseconds) { m_observations.back().milliseconds = milliseconds; }
+
+    const std::vector<Observation>& observations() const { return m_observations; }
+    std::ptrdiff_t failures() const {
+        return std::count_if(m_observations.begin(), m_observations.end(),
+                             [](const Observation& observation) {
+                                 return observation.status == Observation::Status::Failed;
+                             });
+    }
+
+private:
+    void add(Observation::Status status, std::string check, std::string finding,
+             std::string advice) {
+        m_observations.push_back(
+            {std::move(check), status, std::move(finding), std::move(advice), {}});
+    }
+
+    std::vector<Observation> m_observations;
+};
+
+// The checks, each in the file of its subject; `doctor` runs them one after the other.
+void checkLibraryAndTraces(Diagnosis& diagnosis); // PlatformChecks.cpp
+void checkCorrelationService(Diagnosis& diagnosis);
+void checkNotificationLog(Diagnosis& diagnosis);
+void checkEnvironment(Diagnosis& diagnosis); // EnvironmentChecks.cpp
+void checkMappings(Diagnosis& diagnosis);    // MappingChecks.cpp
+void checkNtfService(Diagnosis& diagnosis);  // NtfChecks.cpp
+
+/// The file from which the dynamic linker took a function.
+template <typename Function> std::string fileOf(Function* function) {
+    Dl_info info{};
+    return dladdr(reinterpret_cast<const void*>(function), &info) != 0 && info.dli_fname != nullptr
+               ? info.dli_fname
+               : "an unknown file";
+}
+
+} // namespace dolqctl
