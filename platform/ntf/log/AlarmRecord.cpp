@@ -1,6 +1,5 @@
 #include "platform/ntf/log/AlarmRecord.h"
 
-#include <ctime>
 #include <type_traits>
 
 #include <nlohmann/json.hpp>
@@ -73,23 +72,6 @@ Json toJson(const std::vector<Element>& elements, const ElementKeys& keys) {
 }
 
 } // namespace
-
-std::string formatTime(std::int64_t timeNs) {
-    constexpr std::int64_t kNsPerSecond = 1'000'000'000;
-    std::int64_t seconds = timeNs / kNsPerSecond;
-    std::int64_t rest = timeNs % kNsPerSecond;
-    if (rest < 0) { // before 1970: count up from the full second before
-        --seconds;
-        rest += kNsPerSecond;
-    }
-    const std::time_t time = seconds;
-    std::tm utc{};
-    gmtime_r(&time, &utc);
-    char text[sizeof "2024-02-29T12:34:56"] = "";
-    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &utc);
-    const std::string microseconds = std::to_string(rest / 1000);
-    return text + ("." + std::string(6 - microseconds.size(), '0')) + microseconds + "Z";
-}
 
 std::string toLine(const AlarmRecord& record) {
     Json json;

@@ -6,6 +6,8 @@
 #include <variant>
 #include <vector>
 
+#include "common/FormatTime.h"
+
 /// One alarm notification as the service received it, and its line of the notification log.
 /// README.md describes the line's layout. Nothing here has state: any thread may call it.
 namespace platform::ntf {
@@ -40,8 +42,7 @@ struct AlarmRecord {
     std::int32_t threadId = 0;  ///< the sender's, as the kernel numbers threads
 };
 
-/// RFC 3339, UTC, with microseconds: "2024-02-29T12:34:56.123456Z".
-std::string formatTime(std::int64_t timeNs);
+using common::formatTime;
 
 /// The record's line, newline included.
 std::string toLine(const AlarmRecord& record);
