@@ -44,8 +44,8 @@ bool isControl(char32_t codePoint) {
         return codePoint >= first && codePoint <= last;
     };
     return codePoint < 0x20 || within(0x7F, 0x9F) // C0, DEL, C1
-           || within(0x2028, 0x202E)              // line and paragraph separator, text direction
-           || within(0x2066, 0x2069);             // text direction
+           || within(0x2028, 0x202E)              // line separators, direction
+           || codePoint == 0x61C || within(0x200E, 0x200F) || within(0x2066, 0x2069); // direction
 }
 
 void appendEscaped(std::string& line, std::string_view bytes) {
