@@ -1,8 +1,9 @@
-#include <cstdlib>
 #include <new>
 
 #include <ruxa/zum2/v1/CorrelationApi.h>
 #include <uuid/uuid.h>
+
+#include "common/Environment.h"
 
 namespace ruxa::zum2::v1 {
 
@@ -15,8 +16,8 @@ constexpr char kSystemVariable[] = "SYSTEM_UUID";
 constexpr char kCommonNamespace[] = "3d62c8cf-a42b-431b-aa61-e0a12f7393d0";
 
 void readNamespace(uuid_t& systemNamespace) {
-    const char* const system = std::getenv(kSystemVariable);
-    if (system == nullptr || uuid_parse(system, systemNamespace) != 0) {
+    const char* const system = common::trustedEnvironment(kSystemVariable);
+    if (uuid_parse(system, systemNamespace) != 0) {
         uuid_parse(kCommonNamespace, systemNamespace);
     }
 }

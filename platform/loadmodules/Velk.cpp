@@ -8,6 +8,7 @@
 
 #include <Velk.h>
 
+#include "common/Environment.h"
 #include "platform/loadmodules/Manifest.h"
 
 // Clients read these records by offset.
@@ -32,9 +33,8 @@ bool isCategory(std::string_view name) {
 }
 
 std::string manifestPath(const char* category) {
-    const char* directory = std::getenv(kDirectoryVariable);
-    const bool isSet = directory != nullptr && *directory != '\0';
-    return std::string(isSet ? directory : kDefaultDirectory) + "/" + category + ".xml";
+    const std::string directory = common::trustedEnvironment(kDirectoryVariable);
+    return (directory.empty() ? kDefaultDirectory : directory) + "/" + category + ".xml";
 }
 
 std::size_t textSize(const std::vector<LoadModule>& modules) {

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <thread>
 
 #include "common/AisNames.h"
+#include "common/Environment.h"
 
 namespace platform::ntf {
 
@@ -118,8 +118,8 @@ SaAisErrorT FaultSchedule::answerTo(ServiceCall call) {
 FaultSchedule* scheduledFaults() {
     // Never deleted: clients may call in while the process ends.
     static FaultSchedule* const schedule = []() -> FaultSchedule* {
-        const char* const text = std::getenv(kVariable);
-        if (text == nullptr || *text == '\0') {
+        const char* const text = common::trustedEnvironment(kVariable);
+        if (*text == '\0') {
             return nullptr;
         }
         try {

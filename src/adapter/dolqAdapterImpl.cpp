@@ -11,6 +11,7 @@
 #include "adapter/MinorType.h"
 #include "adapter/MoClass.h"
 #include "common/AlarmNames.h"
+#include "common/Environment.h"
 #include "trace/Probe.h"
 #include "trace/Trace.h"
 
@@ -26,8 +27,6 @@ const std::string kEmptyString = "<empty string>";
 constexpr SaNtfSeverityT kSeverityOfCode[] = {SA_NTF_SEVERITY_WARNING, SA_NTF_SEVERITY_MINOR,
                                               SA_NTF_SEVERITY_MAJOR, SA_NTF_SEVERITY_CRITICAL,
                                               SA_NTF_SEVERITY_INDETERMINATE};
-
-std::string environmentValue(const char* value) { return value != nullptr ? value : ""; }
 
 } // namespace
 
@@ -382,21 +381,23 @@ void AdapterImpl::raiseCorrelatedAlarm(
 }
 
 std::string AdapterImpl::getSystemUUID() const {
-    const char* const value = std::getenv("SYSTEM_UUID");
+    const char* const value = common::environment("SYSTEM_UUID", nullptr);
     if (value == nullptr) {
         DOLQ_TRACE(m_traceObject, kFailure,
                    "Environment variable systemUUID could not be retreived!");
+        return {};
     }
-    return environmentValue(value);
+    return value;
 }
 
 std::string AdapterImpl::getComputeName() const {
-    const char* const value = std::getenv("COMPUTE_NAME");
+    const char* const value = common::environment("COMPUTE_NAME", nullptr);
     if (value == nullptr) {
         DOLQ_TRACE(m_traceObject, kFailure,
                    "Environment variable computeName could not be retreived!");
+        return {};
     }
-    return environmentValue(value);
+    return value;
 }
 
 // The common send path and its translations. ------------------------------------------------------

@@ -1,9 +1,8 @@
 #include "mapping/dolqNotificationMapImpl.h"
 
-#include <cstdlib>
-
 #include <unistd.h>
 
+#include "common/Environment.h"
 #include "mapping/ConfigurationParserFactory.h"
 #include "threadSpecificSingleton"
 #include "trace/Trace.h"
@@ -57,15 +56,10 @@ Lookup findMinorType(const MappingTable& mapping, const TraceObject& traceObject
     return anyEntry ? Lookup::OtherClass : Lookup::NoEntry;
 }
 
-const char* environmentText(const char* name) {
-    const char* const value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
-
 void traceNoMatch(const TraceObject& traceObject, std::uint32_t faultId) {
     DOLQ_TRACE(traceObject, kDetail,
                "Found no match for faultId: %d in Load Module: %s, Rev:%s, ThreadId: %d", faultId,
-               environmentText("ZBN_NUM"), environmentText("ZBN_REV"), getpid());
+               common::environment("ZBN_NUM"), common::environment("ZBN_REV"), getpid());
 }
 
 } // namespace

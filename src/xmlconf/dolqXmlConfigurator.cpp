@@ -1,7 +1,6 @@
 #include "xmlconf/dolqXmlConfigurator.h"
 
 #include <charconv>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 
@@ -9,6 +8,7 @@
 #include <tinyxml.h>
 #include <unistd.h>
 
+#include "common/Environment.h"
 #include "common/RegularFile.h"
 #include "common/XmlGuard.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
@@ -143,10 +143,10 @@ template <typename ReadFile> void MappingXmlConfigurator::configureFrom(ReadFile
 }
 
 std::string MappingXmlConfigurator::getProductNumber() const {
-    return textOf(std::getenv("ZBN_NO"));
+    return common::environment("ZBN_NO");
 }
 
-std::string MappingXmlConfigurator::getRevision() const { return textOf(std::getenv("ZBN_REV")); }
+std::string MappingXmlConfigurator::getRevision() const { return common::environment("ZBN_REV"); }
 
 std::vector<std::string> MappingXmlConfigurator::findAllMappingFiles(
     const std::string& productNumber, const std::string& revision, LoadModuleObserverI& observer) {

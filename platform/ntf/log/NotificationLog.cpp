@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "common/Environment.h"
 #include "platform/ntf/log/AlarmRecord.h"
 
 namespace platform::ntf {
@@ -15,11 +15,6 @@ namespace platform::ntf {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string environment(const char* name) {
-    const char* value = std::getenv(name);
-    return value == nullptr ? "" : value;
-}
 
 /// Creates `folder` and its missing parents, for their owner alone. What fails shows at the open.
 void createFolders(const fs::path& folder) {
@@ -33,10 +28,10 @@ void createFolders(const fs::path& folder) {
 } // namespace
 
 fs::path notificationLogPath() {
-    fs::path path = environment("RUXA_NTF_LOG");
+    fs::path path = common::trustedEnvironment("RUXA_NTF_LOG");
     if (path.empty()) {
-        const fs::path stateHome = environment("XDG_STATE_HOME");
-        const fs::path home = environment("HOME");
+        const fs::path stateHome = common::trustedEnvironment("XDG_STATE_HOME");
+        const fs::path home = common::trustedEnvironment("HOME");
         if (stateHome.is_absolute()) {
             path = stateHome / "ruxa";
         } else if (home.is_absolute()) {
