@@ -1,7 +1,8 @@
 #include "factory/FmiFactoryImpl.h"
 
 #include "adapter/dolqAdapterImpl.h"
-#include "factory/NtfSession.h"
+#include "ntf/NtfImpl.h"
+#include "ntf/dolqNtfSessionImpl.h"
 #include "threadSpecificSingleton"
 #include "xmlconf/dolqXmlConfigurator.h"
 
@@ -10,7 +11,9 @@ namespace dolq {
 FmiFactoryImpl::FmiFactoryImpl() : m_map(std::make_unique<NotificationMap>()) {}
 
 ruxa::fm::fmi::v1::FaultManagementI* FmiFactoryImpl::createFaultManagement() {
-    return new AdapterImpl(makeNtfSession(), m_map.get()); // the client owns it
+    // The session first: as an argument of `new` it could come after the adapter's memory.
+    const auto session = std::make_shared<NtfSessionImpl>(std::make_shared<NtfImpl>());
+    return new AdapterImpl(session, m_map.get()); // the client owns it
 }
 
 ruxa::fm::dolq::v1::ConfigurationI* FmiFactoryImpl::getConfiguration() { return m_map.get(); }

@@ -1,17 +1,22 @@
 #include "factory/FmiFactoryImplV2.h"
 
+#include <utility>
+
 #include "adapter/dolqAdapterImpl.h"
-#include "factory/NtfSession.h"
+#include "ntf/NtfImpl.h"
+#include "ntf/dolqNtfSessionImpl.h"
 #include "threadSpecificSingleton"
 #include "xmlconf/dolqXmlConfigurator.h"
 
 namespace dolq {
 
-FmiFactoryImplV2::FmiFactoryImplV2(const MappingTable& mapping)
+// NOLINTNEXTLINE(performance-unnecessary-value-param): taken over, and gone when the map is made
+FmiFactoryImplV2::FmiFactoryImplV2(MappingTable mapping)
     : m_map(std::make_unique<NotificationMapV2>(mapping)) {}
 
 std::shared_ptr<ruxa::fm::fmi::v1::FaultManagementI> FmiFactoryImplV2::createFaultManagement() {
-    return std::make_shared<AdapterImpl>(makeNtfSession(), m_map.get());
+    const auto session = std::make_shared<NtfSessionImpl>(std::make_shared<NtfImpl>());
+    return std::make_shared<AdapterImpl>(session, m_map.get());
 }
 
 } // namespace dolq
@@ -26,7 +31,7 @@ FmiFactory* getFmiFactory() {
     }
     ::dolq::MappingTable mapping;
     ::dolq::xmlconf::runMappingConfiguratorV2(mapping);
-    auto factory = std::make_unique<::dolq::FmiFactoryImplV2>(mapping);
+    auto factory = std::make_unique<::dolq::FmiFactoryImplV2>(std::move(mapping));
     Slot::setPtr(factory.get());
     return factory.release(); // the slot owns it now
 }

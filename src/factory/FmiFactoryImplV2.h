@@ -11,7 +11,7 @@ namespace dolq {
 class FmiFactoryImplV2 final : public ruxa::fm::dolq::v2::FmiFactory {
 public:
     /// The map keeps a copy of `mapping`.
-    explicit FmiFactoryImplV2(const MappingTable& mapping);
+    explicit FmiFactoryImplV2(MappingTable mapping);
     ~FmiFactoryImplV2() override = default;
 
     FmiFactoryImplV2(const FmiFactoryImplV2&) = delete;

@@ -252,6 +252,19 @@ TEST_F(AllocationTest, AnAdapterIsMadeWholeOrNotAtAll) {
     }
 }
 
+TEST_F(AllocationTest, AnAdaptersMemoryIsTakenWhenItsSessionIsOpen) {
+    v1::getFmiFactory();
+    v2::getFmiFactory();
+    platform().onCall["initialize"] = [] { failing_heap::failAt(0); };
+    const FaultManagementI* const client = v1::getFmiFactory()->createFaultManagement();
+    failing_heap::stop();
+    EXPECT_EQ(failing_heap::leakedBlocks(), 1U); // taken since the session was asked for, and kept
+    delete client;
+    const auto clientV2 = v2::getFmiFactory()->createFaultManagement();
+    failing_heap::stop();
+    EXPECT_EQ(failing_heap::leakedBlocks(), 1U);
+}
+
 TEST_F(AllocationTest, DestructionReleasesEverythingAndThrowsNothing) {
     FaultManagementI* client = nullptr;
     std::shared_ptr<FaultManagementI> clientV2;

@@ -6,7 +6,7 @@
 /// be made to fail. For one thread; allocations of the fake platform are left alone.
 namespace failing_heap {
 
-/// From now on, the `position`th allocation (1 is the next) throws std::bad_alloc, once.
+/// From now on, the `position`th allocation (1 is the next; 0: none) throws std::bad_alloc, once.
 void failAt(std::size_t position);
 
 /// Ends what `failAt` began. True when the allocation was reached, and failed.
