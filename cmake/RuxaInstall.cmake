@@ -42,11 +42,9 @@ install(FILES ${pc_file} DESTINATION ${pkgconfig_dir} COMPONENT development)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
   COMPONENT development)
 
-# Section 7 tells about the library, section 1 about the tools. The formats of the files that
-# integrators write come with the development files.
-file(GLOB manuals_1 CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.1)
+# The tool's page comes with the tool. The formats of the files that integrators write come with the
+# development files.
 file(GLOB manuals_7 CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.7)
 file(GLOB schemas CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/schema/*.xsd)
-install(FILES ${manuals_1} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
 install(FILES ${manuals_7} DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT development)
 install(FILES ${schemas} DESTINATION ${CMAKE_INSTALL_DATADIR}/ruxa-dolq COMPONENT development)

@@ -90,7 +90,7 @@ Options::Option Options::files(std::vector<std::string>& paths, const char* help
 
 CommandLine::CommandLine(const char* description, const char* footer, const char* version)
     : m_app(std::make_unique<CLI::App>(description, "dolqctl")), m_exitCode(kFine) {
-    constexpr std::size_t kColumnWidth = 34; // --product TEXT (Env:ZBN_NO) fits
+    constexpr std::size_t kColumnWidth = 36; // FILE ... Excludes: --discovered fits
     m_app->get_formatter()->column_width(kColumnWidth);
     m_app->footer(footer);
     m_app->set_version_flag("--version", version);

@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
-#include "Environment.h"
+#include "common/Environment.h"
 #include "common/Escape.h"
 
 namespace dolqctl {
@@ -13,7 +13,8 @@ namespace dolqctl {
 namespace {
 
 bool wantsColours() {
-    return !environment("NO_COLOR") && environment("TERM").value_or("dumb") != "dumb";
+    return common::environment("NO_COLOR", nullptr) == nullptr &&
+           std::string_view(common::environment("TERM", "dumb")) != "dumb";
 }
 
 /// Indexed by `Style`: the number of the terminal's attribute.

@@ -49,4 +49,13 @@ std::string inQuotes(std::string_view text);
 /// control character, no broken UTF-8, "-" in place of nothing.
 std::string printable(std::string_view text);
 
+/// "minor, major": the texts of any list.
+template <typename Texts> std::string joined(const Texts& texts, const char* separator = ", ") {
+    std::string all;
+    for (const auto& text : texts) {
+        all += (all.empty() ? "" : separator) + std::string(text);
+    }
+    return all;
+}
+
 } // namespace dolqctl

@@ -27,8 +27,8 @@ std::uint32_t severityOf(const std::string& name) {
             return severity;
         }
     }
-    throw CommandError("unknown severity " + inQuotes(name) +
-                       ": indeterminate, warning, minor, major or critical");
+    throw CommandError("unknown severity " + inQuotes(name) + ": choose from " +
+                       joined(common::kClientSeverityNames));
 }
 
 /// The object itself, or one whose distinguished name begins with it.

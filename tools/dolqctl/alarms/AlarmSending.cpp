@@ -17,9 +17,9 @@
 #include <unistd.h>
 
 #include "Commands.h"
-#include "Environment.h"
 #include "Options.h"
 #include "common/AisNames.h"
+#include "common/Environment.h"
 
 namespace {
 
@@ -56,7 +56,7 @@ class TraceCapture {
 public:
     /// Failures and the flow of calls; `details`: those, too.
     explicit TraceCapture(bool details)
-        : m_sinkBefore(environment(kSinkVariable).value_or("")),
+        : m_sinkBefore(common::environment(kSinkVariable)),
           m_file(memfd_create("dolqctl-traces", MFD_CLOEXEC)),
           m_path("/proc/self/fd/" + std::to_string(m_file)) {
         if (m_file < 0) {

@@ -183,8 +183,8 @@ void addAlarmsCommand(CommandLine& commandLine) {
     options.value("--log", "FILE", arguments->log, "The notification log to read");
     options.flag("--history", arguments->history,
                  "Also the alarms that were ceased, each when it ended, before the active ones");
-    options.value("--severity", "NAMES", arguments->severity,
-                  "Only these, e.g. major,critical; minor+ means minor and worse");
+    options.value("--severity", joined(common::kClientSeverityNames, "|"), arguments->severity,
+                  "Only these, joined by commas; minor+ means minor and worse");
     options.value("--object", "DN", arguments->object,
                   "Only this notification object and those it contains, e.g. managedElement=1");
     options.value("--since", "TIME", arguments->since,

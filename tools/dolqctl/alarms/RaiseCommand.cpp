@@ -35,20 +35,12 @@ nothing was sent. It takes no alarm to be active.
 Example:
   dolqctl cease --object managedElement=1,Board=3 --fault 4101)";
 
-template <typename Names> std::string joined(const Names& names, const char* separator) {
-    std::string list;
-    for (const char* const name : names) {
-        list += (list.empty() ? "" : separator) + std::string(name);
-    }
-    return list;
-}
-
 template <typename Names>
 std::uint32_t codeOf(const char* what, const std::string& value, const Names& names) {
     const auto* const name = std::find(std::begin(names), std::end(names), value);
     if (name == std::end(names)) {
         throw CommandError(std::string("unknown ") + what + ' ' + inQuotes(value) +
-                           ": choose from " + joined(names, ", "));
+                           ": choose from " + joined(names));
     }
     return static_cast<std::uint32_t>(name - std::begin(names));
 }

@@ -1,9 +1,8 @@
 #include <algorithm>
 #include <cctype>
-#include <optional>
 #include <string>
 
-#include "Environment.h"
+#include "common/Environment.h"
 #include "doctor/Diagnosis.h"
 
 namespace dolqctl {
@@ -12,12 +11,12 @@ namespace {
 
 /// The value of a variable that the library needs; empty when there is nothing to look at further.
 std::string needed(Diagnosis& diagnosis, const char* name, const char* without) {
-    const std::optional<std::string> value = environment(name);
-    if (!value || value->empty()) {
-        diagnosis.fail(name, value ? "is set to nothing" : "is not set",
+    const char* const value = common::environment(name, nullptr);
+    if (value == nullptr || *value == '\0') {
+        diagnosis.fail(name, value != nullptr ? "is set to nothing" : "is not set",
                        std::string(without) + ": set " + name);
     }
-    return value.value_or("");
+    return value != nullptr ? value : "";
 }
 
 bool hasWhiteSpace(const std::string& value) {
@@ -51,17 +50,17 @@ void checkIdentity(Diagnosis& diagnosis, const char* name) {
 
 void checkNum(Diagnosis& diagnosis) {
     constexpr char kCheck[] = "ZBN_NUM";
-    const std::optional<std::string> number = environment("ZBN_NO");
-    const std::optional<std::string> shown = environment(kCheck);
-    if (!shown || shown->empty()) {
-        diagnosis.warn(kCheck, shown ? "is set to nothing" : "is not set",
+    const std::string number = common::environment("ZBN_NO");
+    const char* const shown = common::environment(kCheck, nullptr);
+    if (shown == nullptr || *shown == '\0') {
+        diagnosis.warn(kCheck, shown != nullptr ? "is set to nothing" : "is not set",
                        "set it as ZBN_NO: only a trace shows it, that of a failed lookup");
-    } else if (number && shown != number) {
-        diagnosis.warn(kCheck, "is " + *shown + ", but ZBN_NO is " + *number,
+    } else if (!number.empty() && shown != number) {
+        diagnosis.warn(kCheck, std::string("is ") + shown + ", but ZBN_NO is " + number,
                        "set both alike: load modules are found by ZBN_NO, but the trace of a "
                        "failed lookup shows ZBN_NUM");
     } else {
-        diagnosis.ok(kCheck, "is " + *shown);
+        diagnosis.ok(kCheck, std::string("is ") + shown);
     }
 }
 

@@ -4,7 +4,8 @@
 
 #include <Velk.h>
 
-#include "Environment.h"
+#include "Output.h"
+#include "common/Environment.h"
 #include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
 #include "mappings/Inventory.h"
@@ -26,14 +27,6 @@ std::string blurred(const std::string& value) {
         }
     }
     return letters;
-}
-
-std::string joined(const std::set<std::string>& names) {
-    std::string list;
-    for (const std::string& name : names) {
-        list += (list.empty() ? "" : ", ") + name;
-    }
-    return list;
 }
 
 /// What is there in place of the load module: the nearest first.
@@ -113,7 +106,7 @@ void checkMappingFiles(Diagnosis& diagnosis, const Discovery& discovery) {
 
 void checkMappings(Diagnosis& diagnosis) {
     const Discovery discovery =
-        discover({environment("ZBN_NO").value_or(""), environment("ZBN_REV").value_or("")});
+        discover({common::environment("ZBN_NO"), common::environment("ZBN_REV")});
     checkHandler(diagnosis, discovery);
     if (checkLoadModule(diagnosis, discovery)) {
         checkMappingFiles(diagnosis, discovery);

@@ -1,6 +1,5 @@
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <system_error>
 
 #include <fcntl.h>
@@ -9,7 +8,7 @@
 #include <ruxa/zum2/v1/CorrelationApi.h>
 #include <unistd.h>
 
-#include "Environment.h"
+#include "common/Environment.h"
 #include "common/TraceGroups.h"
 #include "doctor/Diagnosis.h"
 #include "platform/ntf/log/NotificationLog.h"
@@ -37,10 +36,10 @@ void checkGroups(Diagnosis& diagnosis) {
                        "leave no sign without it");
         return;
     }
-    const std::optional<std::string> chosen = environment(kGroupsVariable);
-    if (chosen && !common::parseTraceGroups(*chosen)) {
+    const char* const chosen = common::environment(kGroupsVariable, nullptr);
+    if (chosen != nullptr && !common::parseTraceGroups(chosen)) {
         diagnosis.warn(
-            "trace backend", std::string(kGroupsVariable) + " is '" + *chosen + "'",
+            "trace backend", std::string(kGroupsVariable) + " is '" + chosen + "'",
             "set it to all, none, or numbers from 0 to 8 joined by commas: with anything "
             "else the embedded backend traces group 0 alone");
         return;
@@ -95,7 +94,7 @@ void checkSink(Diagnosis& diagnosis, const std::string& sink) {
 
 void checkNotificationLog(Diagnosis& diagnosis) {
     constexpr char kCheck[] = "notification log";
-    const std::string chosen = environment("RUXA_NTF_LOG").value_or("");
+    const std::string chosen = common::environment("RUXA_NTF_LOG");
     const bool isChosen = !chosen.empty();
     const std::string log = isChosen ? chosen : platform::ntf::notificationLogPath().string();
     if (isWritable(log)) {
@@ -113,7 +112,7 @@ void checkNotificationLog(Diagnosis& diagnosis) {
 
 void checkLibraryAndTraces(Diagnosis& diagnosis) {
     diagnosis.ok("library", "is " + fileOf(&ruxa::fm::dolq::v2::getFmiFactory));
-    const std::string chosen = environment(kSinkVariable).value_or("stderr");
+    const std::string chosen = common::environment(kSinkVariable, "stderr");
     // The doctor tells what it finds itself: what the checks trace goes nowhere.
     setenv(kSinkVariable, "file:/dev/null", 1);
     checkGroups(diagnosis);

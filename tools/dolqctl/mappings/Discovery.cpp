@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <system_error>
 
 #include "Commands.h"
-#include "Environment.h"
 #include "Options.h"
 #include "Output.h"
+#include "common/Environment.h"
 #include "mappings/Inventory.h"
 #include "xmlconf/dolqXmlConfigurator.h"
 
@@ -93,13 +92,13 @@ std::string failureText(const Discovery::FailedCategory& failure) {
 std::string noLoadModulesText() {
     const std::string start = "there are no load modules at all: VELK_MANIFEST_DIR, the embedded "
                               "handler's folder of manifests, is ";
-    const std::optional<std::string> folder = environment("VELK_MANIFEST_DIR");
-    if (!folder || folder->empty()) {
-        return start + (folder ? "set to nothing" : "not set");
+    const char* const folder = common::environment("VELK_MANIFEST_DIR", nullptr);
+    if (folder == nullptr || *folder == '\0') {
+        return start + (folder != nullptr ? "set to nothing" : "not set");
     }
     std::error_code error;
-    const bool isFolder = std::filesystem::is_directory(*folder, error);
-    return start + "'" + printable(*folder) + "'" + (isFolder ? "" : ", which is no folder");
+    const bool isFolder = std::filesystem::is_directory(folder, error);
+    return start + "'" + printable(folder) + "'" + (isFolder ? "" : ", which is no folder");
 }
 
 std::vector<std::string> readingProblems(const Discovery& discovery, const Inventory& inventory) {

@@ -1,10 +1,9 @@
 #include <memory>
-#include <optional>
 
 #include "Commands.h"
-#include "Environment.h"
 #include "Options.h"
 #include "adapter/MinorType.h"
+#include "common/Environment.h"
 #include "mappings/Discovery.h"
 #include "mappings/Explanation.h"
 #include "mappings/JsonView.h"
@@ -37,8 +36,8 @@ std::string howParsed(const Explanation& explanation) {
 }
 
 std::string environmentText(const char* variable) {
-    const std::optional<std::string> value = environment(variable);
-    return std::string(variable) + (value ? '=' + inQuotes(*value) : " not set");
+    const char* const value = common::environment(variable, nullptr);
+    return std::string(variable) + (value != nullptr ? '=' + inQuotes(value) : " not set");
 }
 
 void printText(const Explanation& explanation, const Identity& identity, Output& output) {

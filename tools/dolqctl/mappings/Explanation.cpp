@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <optional>
 
-#include "Environment.h"
 #include "Output.h"
+#include "common/Environment.h"
 #include "mapping/dolqNotificationMapImpl.h"
 #include "mappings/MappingFileChecker.h"
 
@@ -65,10 +64,10 @@ void lookUp(const Inventory& inventory, Explanation& explanation) {
 }
 
 void addIdentityObstacle(const char* variable, Explanation& explanation) {
-    const std::optional<std::string> value = environment(variable);
-    if (!value || value->empty()) {
+    const char* const value = common::environment(variable, nullptr);
+    if (value == nullptr || *value == '\0') {
         explanation.obstacles.push_back(
-            std::string(variable) + (value ? " is empty" : " is not set") +
+            std::string(variable) + (value != nullptr ? " is empty" : " is not set") +
             ": the alarm is refused unless the program names its system and compute node itself");
     }
 }

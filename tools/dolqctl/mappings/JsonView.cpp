@@ -1,12 +1,10 @@
 #include "mappings/JsonView.h"
 
-#include <optional>
-
 #include <nlohmann/json.hpp>
 
-#include "Environment.h"
 #include "Output.h"
 #include "adapter/MinorType.h"
+#include "common/Environment.h"
 
 namespace dolqctl {
 
@@ -53,8 +51,8 @@ Json toJson(const Finding& finding) {
 }
 
 Json environmentJson(const char* variable) {
-    const std::optional<std::string> value = environment(variable);
-    return value ? Json(*value) : Json();
+    const char* const value = common::environment(variable, nullptr);
+    return value != nullptr ? Json(value) : Json();
 }
 
 } // namespace
