@@ -2,8 +2,10 @@
 
 #include <utility>
 
+#include <pthread.h>
 #include <unistd.h>
 
+#include "common/CancellationHeld.h"
 #include "ntf/FieldLimits.h"
 #include "trace/Probe.h"
 #include "trace/Trace.h"
@@ -24,10 +26,17 @@ constexpr SaNtfElementIdT kThresholdId = 255;
 constexpr bool kSetsEventTime = RUXA_DOLQ_EVENT_TIME_UNKNOWN != 0;
 constexpr useconds_t kRetryDelayUs = 100000; // microseconds
 
-/// The answer of `call` once the service is no longer too busy to give one.
+/// The service's answer. Its client library is not asked to survive a cancelled call.
+template <typename Call> SaAisErrorT uncancelled(Call call) {
+    const common::CancellationHeld held;
+    return call();
+}
+
+/// The answer of `call` once the service is no longer too busy to give one. A thread can be
+/// cancelled in the pauses.
 template <typename Call> SaAisErrorT retryWhileBusy(Call call) {
     for (;;) {
-        const SaAisErrorT result = call();
+        const SaAisErrorT result = uncancelled(call);
         if (result != SA_AIS_ERR_TRY_AGAIN) {
             return result;
         }
@@ -58,22 +67,27 @@ bool hasProgramGroup(const NotificationData& data) { return data.programGroup !=
 
 } // namespace
 
-/// An allocated notification: freed on every way out, exceptions included.
+/// An allocated notification: freed on every way out, exceptions and cancellation included.
 class NtfSessionImpl::AllocatedAlarm {
 public:
     AllocatedAlarm(NtfSessionImpl& session, SaNtfNotificationHandleT handle)
         : m_session(session), m_handle(handle) {}
     ~AllocatedAlarm() {
         if (m_allocated) {
-            static_cast<void>(free());
+            const common::CancellationHeld held;
+            try {
+                static_cast<void>(free());
+            } catch (...) { // the caller gets what came first
+            }
         }
     }
     AllocatedAlarm(const AllocatedAlarm&) = delete;
     AllocatedAlarm& operator=(const AllocatedAlarm&) = delete;
 
     SaAisErrorT free() {
+        const SaAisErrorT result = m_session.freeAlarm(m_handle);
         m_allocated = false;
-        return m_session.freeAlarm(m_handle);
+        return result;
     }
 
 private:
@@ -92,6 +106,7 @@ NtfSessionImpl::NtfSessionImpl(std::shared_ptr<NtfI> ntf) : m_ntf(std::move(ntf)
 }
 
 NtfSessionImpl::~NtfSessionImpl() {
+    const common::CancellationHeld held;
     try {
         const SaAisErrorT result = finalizeSession(m_ntfHandle);
         if (result != SA_AIS_OK) {
@@ -102,6 +117,7 @@ NtfSessionImpl::~NtfSessionImpl() {
 }
 
 void NtfSessionImpl::sendNotification(const NotificationData& data) {
+    pthread_testcancel(); // the last chance before the service is called
     DOLQ_TRACE(
         m_traceObject, kFlow,
         "SendNotification: notificationObject:%s, perceivedSeverity:%u, additionalText:%s, additionalInfo:%s, majorId:%u, minorId:%u, programGroup:%s",

@@ -1,5 +1,6 @@
 #include "trace/TraceObject.h"
 
+#include "common/CancellationHeld.h"
 #include "ruxa/trace/v2/TraceBackend.h"
 
 namespace dolq {
@@ -15,6 +16,7 @@ TraceObject::TraceObject(const char* suffix, UntilRegistered initially) {
 
 // A backend that throws here ends the process: no destructor lets an exception out.
 TraceObject::~TraceObject() {
+    const common::CancellationHeld held;
     TraceBackend::deregisterTraceObject(m_handle);
     m_handle = TraceBackend::getDefaultTraceObject();
 }

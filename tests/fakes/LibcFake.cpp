@@ -5,5 +5,6 @@
 // Takes the place of the C library's: no test waits.
 extern "C" int usleep(useconds_t microseconds) {
     platform().record("usleep " + std::to_string(microseconds));
+    platform().called("usleep");
     return 0;
 }

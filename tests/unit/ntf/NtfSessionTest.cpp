@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <deque>
 #include <new>
+#include <stdexcept>
+#include <utility>
 
 #include "LibraryTest.h"
 
@@ -151,12 +153,26 @@ TEST_F(NtfSessionTest, ARefusedSessionIsTracedThroughItsOwnTraceObject) {
 
 TEST_F(NtfSessionTest, AnExceptionOnTheWayStillFreesTheNotification) {
     const auto client = adapter();
-    platform().onCall["send"] = [] { throw std::bad_alloc(); };
-    EXPECT_THROW(raiseWithGroup(*client), std::bad_alloc);
-    EXPECT_EQ(platform().openNotifications, 0);
-    platform().onCall.clear();
+    for (const char* const call : {"send", "free"}) {
+        platform().onCall[call] = [thrown = false]() mutable {
+            if (!std::exchange(thrown, true)) {
+                throw std::bad_alloc();
+            }
+        };
+        EXPECT_THROW(raiseWithGroup(*client), std::bad_alloc) << call;
+        EXPECT_EQ(platform().openNotifications, 0) << call;
+    }
+    platform().sent.clear();
     raiseWithGroup(*client);
     EXPECT_EQ(platform().sent.size(), 1U);
+}
+
+TEST_F(NtfSessionTest, ABackendThatCannotTraceAFailedClosingStopsNothing) {
+    auto client = adapter();
+    platform().results["finalize"] = {SA_AIS_ERR_LIBRARY};
+    platform().onCall["formatStr"] = [] { throw std::runtime_error("no trace"); };
+    client.reset();
+    EXPECT_TRUE(platform().sessions.empty());
 }
 
 constexpr std::size_t kLongest = 65534;

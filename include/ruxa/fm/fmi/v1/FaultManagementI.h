@@ -31,7 +31,9 @@ enum ProgramGroup : std::uint32_t {
 /// call. A factory makes it; who owns it depends on the factory's generation.
 ///
 /// A call does its whole work on the caller's thread and keeps nothing of what it was given. It
-/// blocks for as long as the service answers "try again", without limit.
+/// blocks for as long as the service answers "try again", without limit. A thread can be cancelled
+/// (pthread_cancel) before the service is called and while it waits for it, never in a destructor:
+/// its alarm is then lost, and nothing else.
 ///
 /// Nothing is reported back: a refused or lost alarm leaves a trace message. Only memory exhaustion
 /// and exceptions of platform libraries are thrown.

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <pthread.h>
+
+namespace common {
+
+/// While one lives, a cancellation of this thread (pthread_cancel) waits. For what must not be left
+/// half done: a call of a foreign library, a destructor.
+class CancellationHeld {
+public:
+    CancellationHeld() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_before); }
+    ~CancellationHeld() { pthread_setcancelstate(m_before, nullptr); }
+    CancellationHeld(const CancellationHeld&) = delete;
+    CancellationHeld& operator=(const CancellationHeld&) = delete;
+
+private:
+    int m_before = PTHREAD_CANCEL_ENABLE;
+};
+
+} // namespace common
