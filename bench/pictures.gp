@@ -74,25 +74,20 @@ plot rows("mapping", "lookUp/miss", ".cpu_time") using 1:2 title "miss", \
      rows("mapping", "lookUp/first", ".cpu_time") using 1:2 title "first entry", \
      [10:100000] 5 * x with lines linetype 5 title "goal: 5 ns an entry"
 
-set output pictures."/loading-time.svg"
+set output pictures."/loading.svg"
 set title "Reading a mapping file, against a bare TinyXML parse of it"
 set xlabel "entries in the file"
-set ylabel "microseconds (median)"
-plot rows("mapping", "loadFile", ".library_us") using 1:2 title "library", \
-     rows("mapping", "loadFile", ".tinyxml_us") using 1:2 title "bare TinyXML", \
-     rows("mapping", "loadFile", ".library_us, (.time_ratio * 100 | round / 100)") \
-         using 1:2:3 with labels offset 0,1 font ",10" title "(ratio above)", \
-     rows("mapping", "loadFile", ".tinyxml_us * 1.25") using 1:2 with lines linetype 5 title "goal: 1.25"
-
-set output pictures."/loading-memory.svg"
-set title "Most heap in use while a mapping file is read"
-set ylabel "KiB"
-plot rows("mapping", "loadFile", ".library_kib") using 1:2 title "library", \
-     rows("mapping", "loadFile", ".tinyxml_kib") using 1:2 title "bare TinyXML", \
-     rows("mapping", "loadFile", ".tinyxml_kib * 1.5") using 1:2 with lines linetype 5 title "goal: 1.5"
+set ylabel "times the bare parse"
+unset logscale y
+set format y "%.1f"
+set yrange [0:1.7]
+plot rows("mapping", "loadFile", ".time_ratio") using 1:2 title "time (median)", \
+     rows("mapping", "loadFile", ".memory_ratio") using 1:2 title "most heap in use", \
+     [10:100000] 1.5 with lines linetype 5 linecolor rgb blue title "goal for the time: 1.5", \
+     [10:100000] 1.1 with lines linetype 5 linecolor rgb orange title "goal for the heap: 1.1"
 
 set logscale x 2
-unset logscale y
+set format y "%.0f"
 set yrange [0:*]
 set output pictures."/start-up.svg"
 set title "Threads that start at once and get a factory of their own each (50 entries)"
@@ -114,9 +109,9 @@ plot threads("null", "direct", ".alarms_per_s") using 1:2 title "direct, null se
 
 set output pictures."/threads-slowest.svg"
 set title "Threads raising primary alarms at once: the slowest call"
-set ylabel "seconds"
-set format y "%.0s %cs"
-plot threads("null", "direct", ".slowest_us / 1e6") using 1:2 title "direct, null service", \
-     threads("null", "library", ".slowest_us / 1e6") using 1:2 title "library, null service", \
-     threads("embedded", "direct", ".slowest_us / 1e6") using 1:2 title "direct, embedded", \
-     threads("embedded", "library", ".slowest_us / 1e6") using 1:2 title "library, embedded"
+set ylabel "milliseconds"
+set format y "%.0f"
+plot threads("null", "direct", ".slowest_us / 1000") using 1:2 title "direct, null service", \
+     threads("null", "library", ".slowest_us / 1000") using 1:2 title "library, null service", \
+     threads("embedded", "direct", ".slowest_us / 1000") using 1:2 title "direct, embedded", \
+     threads("embedded", "library", ".slowest_us / 1000") using 1:2 title "library, embedded"

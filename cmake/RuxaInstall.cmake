@@ -42,6 +42,13 @@ install(FILES ${pc_file} DESTINATION ${pkgconfig_dir} COMPONENT development)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
   COMPONENT development)
 
+# The pages of who operates and integrates. They link to each other, and to nothing else.
+install(FILES
+    ${PROJECT_SOURCE_DIR}/docs/mapping-files.md
+    ${PROJECT_SOURCE_DIR}/docs/probes.md
+    ${PROJECT_SOURCE_DIR}/docs/troubleshooting.md
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libruxa-dolq-${PROJECT_VERSION_MAJOR} COMPONENT runtime)
+
 # The tool's page comes with the tool. The formats of the files that integrators write come with the
 # development files.
 file(GLOB manuals_7 CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.7)

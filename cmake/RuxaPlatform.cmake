@@ -46,7 +46,7 @@ function(ruxa_check_ntf_names include_dir)
       "The library writes names of 602 bytes (SaNameT with SA_MAX_NAME_LENGTH 600) into memory "
       "that the NTF client library allocates. A stock OpenSAF client library allocates 258: every "
       "alarm would overrun its heap.\n"
-      "Build OpenSAF with SA_MAX_NAME_LENGTH 600, without SA_EXTENDED_NAME_SOURCE, install its "
+      "Build OpenSAF for names of 600 bytes (docs/real-platform.md says what that takes), install its "
       "headers and libraries, and set RUXA_DOLQ_NTF_INCLUDE_DIR and RUXA_DOLQ_NTF_LIBRARY to them.")
   endif()
 endfunction()

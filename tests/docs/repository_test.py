@@ -40,6 +40,15 @@ class Repository(unittest.TestCase):
                     dead.append(f"{page.relative_to(REPOSITORY)}: {link}")
         self.assertEqual(dead, [])
 
+    def test_installed_pages_link_only_to_each_other(self):
+        install = (REPOSITORY / "cmake" / "RuxaInstall.cmake").read_text(encoding="utf-8")
+        installed = [REPOSITORY / page for page in re.findall(r"\}/(docs/\S+\.md)", install)]
+        self.assertTrue(installed)
+        astray = [f"{page.name}: {link}" for page in installed
+                  for link in re.findall(r"\]\(([^)#\s]+)", page.read_text(encoding="utf-8"))
+                  if page.parent / link not in installed]
+        self.assertEqual(astray, [])
+
     def test_pictures_are_rendered_from_their_sources(self):
         sources = sorted((REPOSITORY / "docs" / "pictures").glob("*.dot"))
         self.assertTrue(sources)

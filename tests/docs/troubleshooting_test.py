@@ -32,8 +32,10 @@ def traces(folder):
 
 
 def documented(page):
-    """The texts in the first column of the page's tables."""
-    return re.findall(r"^\| `(.+?)` \|", page.read_text(encoding="utf-8"), re.MULTILINE)
+    """The texts in the first column of the tables of messages."""
+    text = page.read_text(encoding="utf-8")
+    messages = text[text.index("\n## Failure messages"):text.index("\n## Error codes")]
+    return re.findall(r"^\| `(.+?)` \|", messages, re.MULTILINE)
 
 
 def missing(folder, page):
