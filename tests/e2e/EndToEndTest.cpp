@@ -5,10 +5,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
-#include <map>
-#include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <dlfcn.h>
@@ -161,58 +158,6 @@ TEST_F(EndToEndTest, MistakesInAMappingFileCostOnlyThemselves) {
     EXPECT_EQ(minorIds, (std::vector<unsigned>{40, 35, 36, 36}));
     EXPECT_TRUE(traced("Alarm mapping entry is missing managed object class for fault '5102'."));
     EXPECT_TRUE(traced("'mapping' element that did not have all 'faultid'"));
-}
-
-TEST_F(EndToEndTest, ProcessesAndTheirThreadsShareOneLog) {
-    constexpr int kProcesses = 4;
-    constexpr int kThreads = 4;
-    constexpr int kAlarms = 50;
-    std::vector<pid_t> children;
-    for (int process = 0; process < kProcesses; ++process) {
-        children.push_back(start([process] {
-            std::vector<std::thread> threads;
-            for (int thread = 0; thread < kThreads; ++thread) {
-                threads.emplace_back([=] {
-                    namespace dolq = ruxa::fm::dolq;
-                    const std::string board = kBoard + std::to_string(process * kThreads + thread);
-                    auto v2 = dolq::v2::getFmiFactory()->createFaultManagement();
-                    std::unique_ptr<FaultManagementI> v1(
-                        dolq::v1::getFmiFactory()->createFaultManagement());
-                    for (int i = 0; i < kAlarms; ++i) {
-                        v2->raisePrimaryAlarm(board, 4101, "", std::to_string(i), {}, 0, 1U, "",
-                                              "");
-                        v1->ceaseAlarm(board, 4101, "");
-                    }
-                    v1.reset();
-                    v2.reset();
-                    dolq::v1::freeFmiFactory();
-                    dolq::v2::freeFmiFactory();
-                });
-            }
-            for (std::thread& thread : threads) {
-                thread.join();
-            }
-        }));
-    }
-    for (const pid_t child : children) {
-        expectSuccess(child);
-    }
-    std::map<std::string, std::vector<std::string>> raisedOn; // in the order of arrival
-    std::set<std::uint64_t> ids;
-    for (const AlarmRecord& record : received()) {
-        ids.insert(record.notificationId);
-        if (record.perceivedSeverity != 0) {
-            raisedOn[record.notificationObject].push_back(record.additionalText);
-        }
-    }
-    EXPECT_EQ(ids.size(), 2U * kProcesses * kThreads * kAlarms);
-    ASSERT_EQ(raisedOn.size(), static_cast<std::size_t>(kProcesses * kThreads));
-    for (const auto& [board, texts] : raisedOn) {
-        ASSERT_EQ(texts.size(), static_cast<std::size_t>(kAlarms));
-        for (int i = 0; i < kAlarms; ++i) {
-            EXPECT_EQ(texts[static_cast<std::size_t>(i)], std::to_string(i)) << board;
-        }
-    }
 }
 
 TEST_F(EndToEndTest, AnAlarmThatTheServiceCannotTakeIsTraced) {

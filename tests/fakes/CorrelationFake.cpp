@@ -15,7 +15,8 @@ public:
             correlationUUID = platform().leftByFailedDerivation;
             return false;
         }
-        correlationUUID = "uuid-" + std::to_string(eventId);
+        const bool empty = platform().eventsWithEmptyUUID.count(eventId) != 0;
+        correlationUUID = empty ? "" : "uuid-" + std::to_string(eventId);
         return true;
     }
 };

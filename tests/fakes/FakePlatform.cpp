@@ -68,5 +68,5 @@ std::vector<std::string> FakePlatform::calls() const {
 
 bool FakePlatform::holdsNothing() const {
     return traceObjects.empty() && sessions.empty() && openNotifications == 0 &&
-           openLoadModuleLists == 0 && overruns == 0;
+           openLoadModuleLists == 0 && overruns == 0 && misusedTraceObjects == 0;
 }

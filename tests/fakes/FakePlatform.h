@@ -56,6 +56,7 @@ struct FakePlatform {
     bool correlationService = true;
     std::set<std::uint32_t> underivableEvents;
     std::string leftByFailedDerivation;
+    std::set<std::uint32_t> eventsWithEmptyUUID;
     std::map<std::string, std::vector<LoadModule>> loadModules; // by category
     std::map<std::string, int> loadModuleErrors;                // by category
     bool nullTextsInLoadModules = false;
@@ -70,7 +71,8 @@ struct FakePlatform {
     std::set<SaNtfHandleT> sessions;
     int openNotifications = 0;
     int openLoadModuleLists = 0;
-    int overruns = 0; // guard zones found damaged
+    int overruns = 0;            // guard zones found damaged
+    int misusedTraceObjects = 0; // asked for a group without being registered
 
     std::mutex mutex;
 

@@ -46,7 +46,9 @@ void TraceBackend::deregisterTraceObject(void* traceObject) {
     platform().called("deregisterTraceObject");
 }
 
-bool TraceBackend::isTraceGroupEnabled(void*, TraceGroup::e group) {
+bool TraceBackend::isTraceGroupEnabled(void* traceObject, TraceGroup::e group) {
+    const std::lock_guard<std::mutex> lock(platform().mutex);
+    platform().misusedTraceObjects += platform().traceObjects.count(traceObject) == 0 ? 1 : 0;
     return platform().enabledGroups.count(group) != 0;
 }
 

@@ -10,7 +10,8 @@
 #include <dlfcn.h>
 
 #include "FailingHeap.h"
-#include "LibraryTest.h"
+#include "Operations.h"
+#include "mapping/MappingTable.h"
 
 namespace {
 
@@ -31,65 +32,7 @@ extern "C" std::FILE* fdopen(int descriptor, const char* mode) noexcept {
 
 namespace {
 
-// Long enough for every copy of them to be an allocation.
-const std::string kUnitObject = "ManagedElement=1,Equipment=1,EquipmentSupportUnit=3";
-const std::string kClass = "EquipmentSupportUnit";
-const std::string kName = "the fault's own name, for traces";
-const std::string kText = "an additional text of some length";
 const std::string kUuid = "e7a6d7a4-1f0e-4c43-9c9c-3f8e2a1b0c4d";
-const Texts kInfo{"", "the client's first entry of information", "second"};
-const Events kEvents{4711, 0, 4712};
-
-struct Operation {
-    const char* name;
-    void (*call)(FaultManagementI&);
-};
-
-const Operation kOperations[] = {
-    {"Combined",
-     [](auto& client) {
-         client.raiseAlarm(kUnitObject, 7, kName, kText, kInfo, 1, 4711, kEvents);
-     }},
-    {"CombinedWithoutEvents",
-     [](auto& client) { client.raiseAlarm(kUnitObject, 7, kName, kText, kInfo, 9, 0, {}); }},
-    {"Cease", [](auto& client) { client.ceaseAlarm(kUnitObject, 7, kName); }},
-    {"Primary32Bit",
-     [](auto& client) {
-         client.raisePrimaryAlarm(kUnitObject, 7, kName, kText, kInfo, 2, 4711, kUuid, kUuid);
-     }},
-    {"Primary32BitWithGroup",
-     [](auto& client) {
-         client.raisePrimaryAlarm(kUnitObject, 7, kName, kText, kInfo, 2, 4711, "", "", 2);
-     }},
-    {"Primary128Bit",
-     [](auto& client) {
-         client.raisePrimaryAlarm(kUnitObject, 7, kName, kText, kInfo, 3, kUuid, kUuid, kUuid);
-     }},
-    {"Primary128BitWithGroup",
-     [](auto& client) {
-         client.raisePrimaryAlarm(kUnitObject, 7, kName, kText, kInfo, 3, kUuid, "", "", 3);
-     }},
-    {"Secondary32Bit",
-     [](auto& client) {
-         client.raiseSecondaryAlarm(kUnitObject, 7, kName, kText, kInfo, 4, kUuid, kUuid, kEvents);
-     }},
-    {"Secondary32BitWithGroup",
-     [](auto& client) {
-         client.raiseSecondaryAlarm(kUnitObject, 7, kName, kText, kInfo, 4, "", "", kEvents, 0);
-     }},
-    {"Secondary128Bit",
-     [](auto& client) {
-         client.raiseSecondaryAlarm(kUnitObject, 7, kName, kText, kInfo, 0, kUuid, kUuid, kInfo);
-     }},
-    {"CombinedWithGroup",
-     [](auto& client) {
-         client.raiseAlarm(kUnitObject, 7, kName, kText, kInfo, 1, 4711, kEvents, 1);
-     }},
-    {"Secondary128BitWithGroup",
-     [](auto& client) {
-         client.raiseSecondaryAlarm(kUnitObject, 7, kName, kText, kInfo, 0, "", "", kInfo, 1);
-     }},
-};
 
 /// A client whose load module brings a mapping file, and every allocation of whose calls fails
 /// once.
@@ -184,8 +127,11 @@ TEST_P(AlarmAllocationTest, AFailureReachesTheCallerAndNothingElse) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, AlarmAllocationTest, testing::ValuesIn(kOperations),
-                         [](const auto& row) { return std::string(row.param.name); });
+const Operation kCease{
+    "Cease", [](auto& client) { client.ceaseAlarm(kUnitObject, 7, kName); }, "", "", "", nullptr};
+const auto nameOf = [](const auto& row) { return std::string(row.param.name); };
+INSTANTIATE_TEST_SUITE_P(, AlarmAllocationTest, testing::ValuesIn(kOperations), nameOf);
+INSTANTIATE_TEST_SUITE_P(Other, AlarmAllocationTest, testing::Values(kCease), nameOf);
 
 TEST_F(AllocationTest, GettingAFactoryFailsWithoutATrace) {
     failEachAllocation(
@@ -296,12 +242,7 @@ TEST_F(AllocationTest, AMappingIsSetWholeOrNotAtAll) {
     const std::pair<const char*, void (*)(v1::ConfigurationI&)> rows[] = {
         {"with a class", [](auto& table) { table.setMapping(9, 1, kClass); }},
         {"without a class", [](auto& table) { table.setMapping(9, 1); }},
-        {"the built-in ones", [](auto& table) { table.configurationFile("any"); }},
-        {"more than a block of the table holds", [](auto& table) {
-             for (std::uint32_t fault = 700; fault > 170; --fault) {
-                 table.setMapping(fault, 1, kClass);
-             }
-         }}};
+        {"the built-in ones", [](auto& table) { table.configurationFile("any"); }}};
     v1::getFmiFactory()->getConfiguration()->configurationFile(""); // makes what the thread keeps
     for (const auto& [name, set] : rows) {
         SCOPED_TRACE(name);
@@ -316,6 +257,31 @@ TEST_F(AllocationTest, AMappingIsSetWholeOrNotAtAll) {
                            });
         if (HasFailure()) {
             break;
+        }
+    }
+}
+
+TEST(MappingTableAllocation, ATableKeepsWhatItHoldsAndBeginsNoEmptyBlock) {
+    constexpr std::uint32_t kMappings = 1100; // several blocks
+    for (const bool ascending : {true, false}) {
+        dolq::MappingTable table;
+        for (std::uint32_t held = 0; held < kMappings;) {
+            bool failed = true;
+            for (std::size_t position = 1; failed; ++position) {
+                failing_heap::failAt(position);
+                try {
+                    table.set(ascending ? held : kMappings - held, 1, kClass);
+                } catch (const std::bad_alloc&) {
+                }
+                failed = failing_heap::stop();
+                held += failed ? 0 : 1;
+                std::size_t entries = 0;
+                for (const auto& block : table.blocks()) {
+                    ASSERT_FALSE(block.empty());
+                    entries += block.size();
+                }
+                ASSERT_EQ(entries, held);
+            }
         }
     }
 }

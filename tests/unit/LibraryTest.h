@@ -63,8 +63,8 @@ private:
 class LibraryTest : public testing::Test {
 protected:
     static constexpr char kObject[] = "Top=1,Unit=7"; // class "Unit"
-    static constexpr char kSystem[] = "system-uuid";
-    static constexpr char kCompute[] = "compute-1";
+    static constexpr char kSystem[] = "the environment's system UUID";
+    static constexpr char kCompute[] = "the environment's compute name";
 
     void SetUp() override { resetPlatform(); }
 

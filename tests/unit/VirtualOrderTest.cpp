@@ -5,10 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include "adapter/MappingI.h"
-#include "adapter/NtfSessionI.h"
-#include "mapping/ConfigurationParserI.h"
-#include "ntf/NtfI.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "ruxa/fm/dolq/v2/FmiFactory.h"
 
@@ -67,18 +63,6 @@ TEST(VirtualOrder, FactoriesAndConfiguration) {
     EXPECT_EQ(place<void (Configuration::*)(Id, Id)>(&Configuration::setMapping), 2U);
     EXPECT_EQ(place<void (Configuration::*)(Id, Id, Text)>(&Configuration::setMapping), 3U);
     EXPECT_EQ(place(&Configuration::configurationFile), 4U);
-}
-
-TEST(VirtualOrder, InnerInterfaces) {
-    EXPECT_EQ(place(&dolq::MappingI::getMinorType), 2U);
-    EXPECT_EQ(place(&dolq::NtfSessionI::sendNotification), 2U);
-    EXPECT_EQ(place(&dolq::ConfigurationParserI::parse), 2U);
-    EXPECT_EQ(place(&dolq::NtfI::initialize), 2U);
-    EXPECT_EQ(place(&dolq::NtfI::alarmNotificationAllocate), 3U);
-    EXPECT_EQ(place(&dolq::NtfI::ptrValAllocate), 4U);
-    EXPECT_EQ(place(&dolq::NtfI::notificationSend), 5U);
-    EXPECT_EQ(place(&dolq::NtfI::notificationFree), 6U);
-    EXPECT_EQ(place(&dolq::NtfI::finalize), 7U);
 }
 
 } // namespace

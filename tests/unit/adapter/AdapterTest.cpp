@@ -1,138 +1,49 @@
-#include "LibraryTest.h"
+#include <locale>
+
+#include "Operations.h"
 
 namespace {
 
 using AdapterTest = LibraryTest;
 
-/// The arguments that every row below gives.
-constexpr char kCommon[] =
-    "notificationObject:Top=1,Unit=7, faultId:7, faultIdName:fault, additionalText:text, additionalInfo:a, <empty string>, b, perceivedSeverity:3, ";
-const Texts kInfo{"a", "", "b"};
-#define COMMON "Top=1,Unit=7", 7, "fault", "text", kInfo, 3
-
-struct Operation {
-    const char* name;
-    void (*call)(FaultManagementI&);
-    Texts entryTraces;
-    std::string correlationInfo;
-    std::string programGroup; // empty: none
-};
+#define PLAIN "Top=1,Unit=7", 7, "", "", Texts{}, 0
 
 class OperationTest : public LibraryTest, public testing::WithParamInterface<Operation> {};
 
-const std::string kIdentity = R"(CI={"C": [{"I": "system-uuid","n": "compute-1"}],)";
-const std::string kGiven = R"(CI={"C": [{"I": "sys","n": "comp"}],)";
-
-const Operation kOperations[] = {
-    {"Combined",
-     [](FaultManagementI& a) {
-         a.raiseAlarm(COMMON, 9, Events{5, 0, 6});
-     },
-     {std::string("dolqAdapterImpl| Raise Alarm initiated: ") + kCommon +
-      "eventId:9, correlatedEvents:5, 0, 6, programGroup:nonePgGrp"},
-     kIdentity + R"("S": ["uuid-5","uuid-6"]})",
-     ""},
-    {"CombinedWithoutEvents",
-     [](FaultManagementI& a) { a.raiseAlarm(COMMON, 9, Events{}); },
-     {std::string("dolqAdapterImpl| Raise Alarm initiated: ") + kCommon +
-      "eventId:9, correlatedEvents:Empty, programGroup:nonePgGrp"},
-     kIdentity + R"("P": "uuid-9"})",
-     ""},
-    {"Primary32",
-     [](FaultManagementI& a) { a.raisePrimaryAlarm(COMMON, 4294967295U, "sys", "comp"); },
-     {std::string("dolqAdapterImpl|Raise Primary Alarm Initiated: ") + kCommon +
-      "eventId:4294967295, systemUUID:sys, computeName:comp"},
-     kGiven + R"("P": "uuid-4294967295"})",
-     ""},
-    {"Primary32Group",
-     [](FaultManagementI& a) { a.raisePrimaryAlarm(COMMON, 9, "sys", "comp", 0U); },
-     {"dolqAdapterImpl| Alarm program group: gratPgGrp",
-      std::string("dolqAdapterImpl|Raise Primary Alarm Initiated: ") + kCommon +
-          "eventId:9, systemUUID:sys, computeName:comp, programGroup:gratPgGrp"},
-     kGiven + R"("P": "uuid-9"})",
-     "gratPgGrp"},
-    {"Primary128",
-     [](FaultManagementI& a) { a.raisePrimaryAlarm(COMMON, std::string("u\"1"), "sys", "comp"); },
-     {std::string("dolqAdapterImpl|Raise Primary Alarm initiated: ") + kCommon +
-      "correlatedEvent128Bit:u\"1, systemUUID:sys, computeName:comp"},
-     kGiven + R"("P": "u"1"})",
-     ""},
-    {"Primary128Group",
-     [](FaultManagementI& a) { a.raisePrimaryAlarm(COMMON, std::string("u1"), "", "", 1U); },
-     {"dolqAdapterImpl| Alarm program group: wratPgGrp",
-      std::string("dolqAdapterImpl|Raise Primary Alarm initiated: ") + kCommon +
-          "correlatedEvent128Bit:u1, systemUUID:, computeName:, programGroup:wratPgGrp"},
-     kIdentity + R"("P": "u1"})",
-     "wratPgGrp"},
-    {"Secondary32",
-     [](FaultManagementI& a) { a.raiseSecondaryAlarm(COMMON, "sys", "comp", Events{7}); },
-     {std::string("dolqAdapterImpl|Raise Secondary Alarm Initiated: ") + kCommon +
-      "systemUUID:sys, computeName:comp, correlatedEvents32Bit:7"},
-     kGiven + R"("S": ["uuid-7"]})",
-     ""},
-    {"Secondary32Group",
-     [](FaultManagementI& a) {
-         a.raiseSecondaryAlarm(COMMON, "", "", Events{7, 42}, 2U);
-     },
-     {"dolqAdapterImpl| Alarm program group: lratPgGrp",
-      std::string("dolqAdapterImpl|Raise Secondary Alarm Initiated: ") + kCommon +
-          "systemUUID:, computeName:, correlatedEvents32Bit:7, 42, programGroup:lratPgGrp"},
-     kIdentity + R"("S": ["uuid-7","uuid-42"]})",
-     "lratPgGrp"},
-    {"Secondary128",
-     [](FaultManagementI& a) {
-         a.raiseSecondaryAlarm(COMMON, "sys", "comp", Texts{"u1", ""});
-     },
-     {std::string("dolqAdapterImpl|Raise Secondary Alarm Initiated: ") + kCommon +
-      "systemUUID:sys, computeName:comp, correlatedEvents128Bit:u1, <empty string>"},
-     kGiven + R"("S": ["u1",""]})",
-     ""},
-    {"CombinedGroup",
-     [](FaultManagementI& a) {
-         a.raiseAlarm(COMMON, 9, Events{0, 5}, 3U);
-     },
-     {"dolqAdapterImpl| Alarm program group: nrPgGrp",
-      std::string("dolqAdapterImpl| Raise Alarm initiated: ") + kCommon +
-          "eventId:9, correlatedEvents:0, 5, programGroup:nrPgGrp"},
-     kIdentity + R"("P": "uuid-9"})",
-     "nrPgGrp"},
-    {"Secondary128Group",
-     [](FaultManagementI& a) { a.raiseSecondaryAlarm(COMMON, "sys", "comp", Texts{"u1"}, 4U); },
-     {"dolqAdapterImpl| Alarm program group: nonePgGrp",
-      std::string("dolqAdapterImpl|Raise Secondary Alarm Initiated: ") + kCommon +
-          "systemUUID:sys, computeName:comp, correlatedEvents128Bit:u1, programGroup:nonePgGrp"},
-     kGiven + R"("S": ["u1"]})",
-     ""},
-};
-
 TEST_P(OperationTest, TracesItsArgumentsAndSendsOneAlarm) {
     const Operation& row = GetParam();
-    const auto client = adapter();
+    const auto client = adapter({{7, kClass, 0x10002}});
     row.call(*client);
 
-    const std::string info = row.correlationInfo + ", a, b";
-    const std::string group = row.programGroup.empty() ? "nonePgGrp" : row.programGroup;
-    Texts flow = row.entryTraces;
-    flow.insert(
-        flow.end(),
-        {"dolqNotificationMapImpl|Calling getMinorType in thread: " + pid() + '.',
-         "dolqAdapterImpl|SendNotification: notificationObject:Top=1,Unit=7, newSeverity:5, additionalText:text, newAdditionalInfoStr:" +
-             info + ", majorId:1, minorId:2, mappedPgGrp:" + group,
-         "dolqNtfSessionImpl|SendNotification: notificationObject:Top=1,Unit=7, perceivedSeverity:5, additionalText:text, additionalInfo:" +
-             info + ", majorId:1, minorId:2, programGroup:" + group});
+    const std::string group = row.programGroup != nullptr ? row.programGroup : "nonePgGrp";
+    Texts flow;
+    if (row.programGroup != nullptr) {
+        flow.push_back("dolqAdapterImpl| Alarm program group: " + group);
+    }
+    const std::string object = "notificationObject:" + kUnitObject + ", ";
+    const std::string text = "additionalText:" + kText + ", ";
+    flow.push_back("dolqAdapterImpl|" + std::string(row.begin) + object +
+                   "faultId:7, faultIdName:" + kName + ", " + text + "additionalInfo:" + kInfo[0] +
+                   ", <empty string>, " + kInfo[2] + ", perceivedSeverity:3, " + row.end);
+    flow.push_back("dolqNotificationMapImpl|Calling getMinorType in thread: " + pid() + '.');
+    const std::string sent = std::string(row.correlationInfo) + ", " + kInfo[0] + ", " + kInfo[2] +
+                             ", majorId:1, minorId:2, ";
+    flow.push_back("dolqAdapterImpl|SendNotification: " + object + "newSeverity:5, " + text +
+                   "newAdditionalInfoStr:" + sent + "mappedPgGrp:" + group);
+    flow.push_back("dolqNtfSessionImpl|SendNotification: " + object + "perceivedSeverity:5, " +
+                   text + "additionalInfo:" + sent + "programGroup:" + group);
     EXPECT_EQ(platform().traces(4), flow);
 
     const FakePlatform::Alarm& alarm = sentAlarm();
-    EXPECT_EQ(alarm.object, kObject);
-    EXPECT_EQ(alarm.notifyingObject, kObject);
+    EXPECT_EQ(alarm.object, kUnitObject);
+    EXPECT_EQ(alarm.notifyingObject, kUnitObject);
     EXPECT_EQ(alarm.severity, 5U);
     EXPECT_EQ(alarm.vendorId, 32473U);
     EXPECT_EQ(alarm.majorId, 1U);
     EXPECT_EQ(alarm.minorId, 2U);
-    EXPECT_EQ(alarm.additionalText, "text");
-    EXPECT_EQ(alarm.additionalInfo, (Texts{row.correlationInfo, "a", "b"}));
-    EXPECT_EQ(alarm.repairActions,
-              row.programGroup.empty() ? Texts{} : Texts{"0 " + row.programGroup});
+    EXPECT_EQ(alarm.additionalText, kText);
+    EXPECT_EQ(alarm.additionalInfo, (Texts{row.correlationInfo, kInfo[0], kInfo[2]}));
+    EXPECT_EQ(alarm.repairActions, group == "nonePgGrp" ? Texts{} : Texts{"0 " + group});
     EXPECT_EQ(alarm.constants, (std::vector<int>{0x4000, 74, 1, 255}));
 }
 
@@ -163,13 +74,18 @@ TEST_F(AdapterTest, TranslatesEverySeverityCodeAndTracesUnknownOnesFirst) {
         EXPECT_EQ(platform().sent.back().severity, sentAs[code]) << code;
     }
     platform().events.clear();
-    client->raisePrimaryAlarm(kObject, 8, "", "", {}, 9, std::string("u"), "s", "c"); // not mapped
+    client->raisePrimaryAlarm("Unit", 8, "", "", {}, 9, std::string("u"), "s", "c"); // not mapped
+    platform().events.erase(platform().events.begin()); // the operation's own
     EXPECT_EQ(
-        platform().traces(4)[1],
-        "dolqAdapterImpl|Raise Alarm called with unknown perceived severity: perceivedSeverity:9");
-    EXPECT_EQ(
-        platform().traces(0),
-        Texts{"dolqAdapterImpl| Minor type not found. notificationObject:Top=1,Unit=7, faultId:8"});
+        platform().events,
+        (Texts{
+            "4 dolqAdapterImpl|Raise Alarm called with unknown perceived severity: perceivedSeverity:9",
+            "8 dolqAdapterImpl|ObjClassParser- NotificationObj has no Comma Delimiter: notificationObject:Unit",
+            "8 dolqAdapterImpl| ObjClassParser- NotificationObj has no Equal Delimiter: notificationObject:Unit",
+            "4 dolqNotificationMapImpl|Calling getMinorType in thread: " + pid() + '.',
+            "8 dolqNotificationMapImpl|Found no match for faultId: 8 in Load Module: , Rev:, ThreadId: " +
+                pid(),
+            "0 dolqAdapterImpl| Minor type not found. notificationObject:Unit, faultId:8"}));
 }
 
 struct MoClass {
@@ -225,17 +141,16 @@ INSTANTIATE_TEST_SUITE_P(
 
 struct Refusal {
     const char* name;
-    const char* systemUUID;
-    const char* computeName; // of the environment
     void (*call)(FaultManagementI&);
     Texts failures;
-    const char* lastInfo; // of the alarm sent, null when none is
-    Texts serviceCalls;
+    const char* correlation; // of the alarm sent, behind its identity; null when none is sent
+    Texts serviceCalls = {};
+    const char* systemUUID = "s"; // of the environment
+    const char* computeName = "c";
 };
 
 class CorrelationTest : public LibraryTest, public testing::WithParamInterface<Refusal> {};
 
-#define PLAIN "Top=1,Unit=7", 7, "", "", Texts{}, 0
 const char kZeroEvent[] =
     "dolqAdapterImpl|Alarm correlation info incomplete due to eventId is zero. Object:Top=1,Unit=7, Fault Id: 7";
 const char kNoPrimary[] =
@@ -266,106 +181,80 @@ TEST_P(CorrelationTest, TracesWhatIsMissing) {
         }
     }
     EXPECT_EQ(serviceCalls, row.serviceCalls);
-    ASSERT_EQ(platform().sent.size(), row.lastInfo != nullptr ? 1U : 0U);
-    if (row.lastInfo != nullptr) {
-        EXPECT_EQ(sentAlarm().additionalInfo, Texts{row.lastInfo});
+    ASSERT_EQ(platform().sent.size(), row.correlation != nullptr ? 1U : 0U);
+    if (row.correlation != nullptr) {
+        EXPECT_EQ(sentAlarm().additionalInfo,
+                  Texts{R"(CI={"C": [{"I": "s","n": "c"}],)" + std::string(row.correlation)});
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, CorrelationTest,
-    testing::ValuesIn(std::vector<Refusal>{
-        {"ZeroEvent",
-         "s",
-         "c",
-         [](FaultManagementI& a) { a.raisePrimaryAlarm(PLAIN, 0, "", ""); },
-         {kZeroEvent, kNoPrimary},
-         R"(CI={"C": [{"I": "s","n": "c"}],"P": ""})",
-         {}},
-        {"CombinedWithNothing",
-         "s",
-         "c",
-         [](FaultManagementI& a) { a.raiseAlarm(PLAIN, 0, Events{}); },
-         {kZeroEvent, kNoPrimary},
-         R"(CI={"C": [{"I": "s","n": "c"}],"P": ""})",
-         {}},
-        {"UnderivableEvent",
-         "s",
-         "c",
-         [](FaultManagementI& a) { a.raisePrimaryAlarm(PLAIN, 13, "", ""); },
-         {"dolqAdapterImpl|getDerivedCorrelationUUID failed for eventId: 13", kNoPrimary},
-         R"(CI={"C": [{"I": "s","n": "c"}],"P": ""})",
-         {"getAPI", "getDerivedCorrelationUUID 13"}},
-        {"NoPrimaryUUID",
-         "s",
-         "c",
-         [](FaultManagementI& a) { a.raisePrimaryAlarm(PLAIN, std::string(), "", ""); },
-         {kNoPrimary},
-         R"(CI={"C": [{"I": "s","n": "c"}],"P": ""})",
-         {}},
-        {"NothingInTheEnvironment",
-         nullptr,
-         nullptr,
-         [](FaultManagementI& a) { a.raisePrimaryAlarm(PLAIN, std::string("u"), "", ""); },
-         {kNoSystemUUID, kNoComputeName, kNoIdentity},
-         nullptr,
-         {}},
-        {"EmptyVariable",
-         "",
-         "c",
-         [](FaultManagementI& a) { a.raiseSecondaryAlarm(PLAIN, "", "", Texts{"u"}); },
-         {kNoIdentity},
-         nullptr,
-         {}},
-        {"HalfAnIdentityGiven",
-         "s",
-         "c",
-         [](FaultManagementI& a) { a.raisePrimaryAlarm(PLAIN, std::string("u"), "given", ""); },
-         {kNoIdentity},
-         nullptr,
-         {}},
-        {"OtherHalfGiven",
-         "s",
-         "c",
-         [](FaultManagementI& a) { a.raiseSecondaryAlarm(PLAIN, "", "given", Texts{"u"}); },
-         {kNoIdentity},
-         nullptr,
-         {}},
-        {"NoEvents32",
-         "s",
-         "c",
-         [](FaultManagementI& a) { a.raiseSecondaryAlarm(PLAIN, "", "", Events{}); },
-         {kNoSecondary},
-         nullptr,
-         {}},
-        {"NoEvents128",
-         nullptr,
-         nullptr,
-         [](FaultManagementI& a) { a.raiseSecondaryAlarm(PLAIN, "", "", Texts{}); },
-         {kNoSecondary},
-         nullptr,
-         {}},
-        {"OnlyZeros",
-         "s",
-         "c",
-         [](FaultManagementI& a) {
-             a.raiseSecondaryAlarm(PLAIN, "", "", Events{0, 0});
-         },
-         {kSkipped, kSkipped, kNoSecondary},
-         nullptr,
-         {"getAPI"}},
-        {"SomeUnderivable",
-         "s",
-         "c",
-         [](FaultManagementI& a) {
-             a.raiseSecondaryAlarm(PLAIN, "", "", Events{13, 0, 5});
-         },
-         {"dolqAdapterImpl|getDerivedCorrelationUUID failed for correlatedEvent32Bit: 13",
-          kSkipped},
-         R"(CI={"C": [{"I": "s","n": "c"}],"S": ["uuid-5"]})",
-         {"getAPI", "getDerivedCorrelationUUID 13", "getDerivedCorrelationUUID 5"}},
-    }),
-    [](const auto& row) { return row.param.name; });
+const Refusal kRefusals[] = {
+    {"ZeroEvent",
+     [](auto& a) { a.raisePrimaryAlarm(PLAIN, 0, "", ""); },
+     {kZeroEvent, kNoPrimary},
+     R"("P": ""})"},
+    {"CombinedWithNothing",
+     [](auto& a) { a.raiseAlarm(PLAIN, 0, Events{}); },
+     {kZeroEvent, kNoPrimary},
+     R"("P": ""})"},
+    {"UnderivableEvent",
+     [](auto& a) { a.raisePrimaryAlarm(PLAIN, 13, "", ""); },
+     {"dolqAdapterImpl|getDerivedCorrelationUUID failed for eventId: 13", kNoPrimary},
+     R"("P": ""})",
+     {"getAPI", "getDerivedCorrelationUUID 13"}},
+    {"NoPrimaryUUID",
+     [](auto& a) { a.raisePrimaryAlarm(PLAIN, std::string(), "", ""); },
+     {kNoPrimary},
+     R"("P": ""})"},
+    {"NothingInTheEnvironment",
+     [](auto& a) { a.raisePrimaryAlarm(PLAIN, std::string("u"), "", ""); },
+     {kNoSystemUUID, kNoComputeName, kNoIdentity},
+     nullptr,
+     {},
+     nullptr,
+     nullptr},
+    {"EmptyVariable",
+     [](auto& a) { a.raiseSecondaryAlarm(PLAIN, "", "", Texts{"u"}); },
+     {kNoIdentity},
+     nullptr,
+     {},
+     ""},
+    {"HalfAnIdentityGiven",
+     [](auto& a) { a.raisePrimaryAlarm(PLAIN, std::string("u"), "given", ""); },
+     {kNoIdentity},
+     nullptr},
+    {"OtherHalfGiven",
+     [](auto& a) { a.raiseSecondaryAlarm(PLAIN, "", "given", Texts{"u"}); },
+     {kNoIdentity},
+     nullptr},
+    {"NoEvents32",
+     [](auto& a) { a.raiseSecondaryAlarm(PLAIN, "", "", Events{}); },
+     {kNoSecondary},
+     nullptr},
+    {"NoEvents128",
+     [](auto& a) { a.raiseSecondaryAlarm(PLAIN, "", "", Texts{}); },
+     {kNoSecondary},
+     nullptr,
+     {},
+     nullptr,
+     nullptr},
+    {"OnlyZeros",
+     [](auto& a) {
+         a.raiseSecondaryAlarm(PLAIN, "", "", Events{0, 0});
+     },
+     {kSkipped, kSkipped, kNoSecondary},
+     nullptr,
+     {"getAPI"}},
+    {"SomeUnderivable",
+     [](auto& a) {
+         a.raiseSecondaryAlarm(PLAIN, "", "", Events{13, 0, 5});
+     },
+     {"dolqAdapterImpl|getDerivedCorrelationUUID failed for correlatedEvent32Bit: 13", kSkipped},
+     R"("S": ["uuid-5"]})",
+     {"getAPI", "getDerivedCorrelationUUID 13", "getDerivedCorrelationUUID 5"}},
+};
+INSTANTIATE_TEST_SUITE_P(Table, CorrelationTest, testing::ValuesIn(kRefusals),
+                         [](const auto& row) { return row.param.name; });
 
 TEST_F(AdapterTest, WithoutACorrelationServiceNoDerivedAlarmIsRaised) {
     const auto client = adapter();
@@ -379,15 +268,35 @@ TEST_F(AdapterTest, WithoutACorrelationServiceNoDerivedAlarmIsRaised) {
     EXPECT_TRUE(platform().sent.empty());
 }
 
-TEST_F(AdapterTest, AFailedDerivationIsSentAsTheServiceLeftIt) {
+TEST_F(AdapterTest, WhatTheCorrelationServiceLeavesCountsForAPrimaryAlarmOnly) {
     const auto client = adapter();
     platform().underivableEvents = {13};
     platform().leftByFailedDerivation = "partial";
+    platform().eventsWithEmptyUUID = {14};
     client->raisePrimaryAlarm(PLAIN, 13, "s", "c");
-    EXPECT_EQ(platform().traces(0),
-              Texts{"dolqAdapterImpl|getDerivedCorrelationUUID failed for eventId: 13"});
     EXPECT_EQ(sentAlarm().additionalInfo,
               Texts{R"(CI={"C": [{"I": "s","n": "c"}],"P": "partial"})"});
+    EXPECT_EQ(platform().traces(0),
+              Texts{"dolqAdapterImpl|getDerivedCorrelationUUID failed for eventId: 13"});
+    client->raiseSecondaryAlarm(PLAIN, "s", "c", Events{13, 14, 5});
+    ASSERT_EQ(platform().sent.size(), 2U);
+    EXPECT_EQ(platform().sent[1].additionalInfo,
+              Texts{R"(CI={"C": [{"I": "s","n": "c"}],"S": ["","uuid-5"]})"});
+    const Texts calls = platform().calls(); // each given an empty string
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "getDerivedCorrelationUUID 14"), 1);
+}
+
+TEST_F(AdapterTest, ListsOfNumbersAreTracedWithoutTheLocalesGrouping) {
+    struct Grouping final : std::numpunct<char> {
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    const auto client = adapter();
+    const std::locale before = std::locale::global(std::locale(std::locale(), new Grouping));
+    client->raiseSecondaryAlarm(PLAIN, "s", "c", Events{1234567, 1000});
+    std::locale::global(before);
+    EXPECT_NE(platform().traces(4).front().find("correlatedEvents32Bit:1234567, 1000"),
+              std::string::npos);
 }
 
 TEST_F(AdapterTest, ReadsTheEnvironmentAnewAtEachAlarm) {
@@ -397,7 +306,7 @@ TEST_F(AdapterTest, ReadsTheEnvironmentAnewAtEachAlarm) {
     client->raisePrimaryAlarm(PLAIN, std::string("u"), "", "");
     ASSERT_EQ(platform().sent.size(), 2U);
     EXPECT_EQ(platform().sent.back().additionalInfo.front(),
-              R"(CI={"C": [{"I": "system-uuid","n": "compute-2"}],"P": "u"})");
+              R"(CI={"C": [{"I": "the environment's system UUID","n": "compute-2"}],"P": "u"})");
 }
 
 TEST_F(AdapterTest, HostileTextsAreSentAsTheyAre) {

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <map>
+#include <numeric>
 #include <random>
 
 #include "LibraryTest.h"
@@ -143,36 +145,39 @@ TEST_F(ConfigurationTest, AnInstalledParserServesEveryFileName) {
     Slot::reset();
 }
 
-TEST(MappingTable, HoldsEachKeyOnceInOrderHoweverItIsFilled) {
-    constexpr std::uint32_t kFaults = 3000; // several blocks
-    std::vector<std::uint32_t> ascending(kFaults);
-    for (std::uint32_t i = 0; i < kFaults; ++i) {
-        ascending[i] = i * 1431655765U; // spread over all 32 bits
-    }
-    std::vector<std::uint32_t> shuffled = ascending;
-    std::sort(ascending.begin(), ascending.end());
-    std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937(1));
+TEST(MappingTable, HoldsWhatAnOrderedMapHoldsHoweverItIsFilled) {
+    constexpr std::uint32_t kMappings = 2000; // several blocks
+    std::vector<std::uint32_t> ascending(kMappings);
+    std::iota(ascending.begin(), ascending.end(), 0U);
     const std::vector<std::uint32_t> descending(ascending.rbegin(), ascending.rend());
-    for (const auto& order : {ascending, descending, shuffled}) {
+    std::vector<std::uint32_t> shuffled = ascending;
+    std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937(1));
+    std::vector<std::uint32_t> interleaved; // two files that take turns, from both ends
+    for (std::uint32_t i = 0; i < kMappings / 2; ++i) {
+        interleaved.insert(interleaved.end(), {i, kMappings - 1 - i});
+    }
+    for (const auto& order : {ascending, descending, shuffled, interleaved}) {
         MappingTable table;
-        for (const std::uint32_t minorType : {1U, 2U}) { // the second time replaces
-            for (const std::uint32_t faultId : order) {
-                table.set(faultId, minorType, "AB");
-                table.set(faultId, minorType, "");
-                table.set(faultId, minorType, "A");
+        std::map<std::pair<std::uint32_t, std::string>, std::uint32_t> expected;
+        for (const std::uint32_t round : {0U, 1U}) { // the second replaces
+            for (const std::uint32_t i : order) {
+                const std::uint32_t faultId = i / 3 * 6000000U; // spread over all 32 bits
+                const std::string moClass(i % 3, 'A');
+                table.set(faultId, i + round, moClass);
+                expected[{faultId, moClass}] = i + round;
             }
         }
-        std::vector<std::pair<std::uint32_t, std::string>> keys;
+        std::vector<std::tuple<std::uint32_t, std::string, std::uint32_t>> held;
         for (const auto& block : table.blocks()) {
             EXPECT_FALSE(block.empty());
             for (const auto& entry : block) {
-                EXPECT_EQ(entry.minorType, 2U);
-                keys.emplace_back(entry.faultId, entry.moClass);
+                held.emplace_back(entry.faultId, entry.moClass, entry.minorType);
             }
         }
-        ASSERT_EQ(keys.size(), 3U * kFaults);
-        EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end()));
-        EXPECT_EQ(std::adjacent_find(keys.begin(), keys.end()), keys.end());
+        ASSERT_EQ(held.size(), kMappings);
+        EXPECT_TRUE(std::equal(held.begin(), held.end(), expected.begin(), [](auto& a, auto& b) {
+            return a == std::tuple(b.first.first, b.first.second, b.second);
+        }));
     }
 }
 

@@ -30,15 +30,17 @@ struct Busy {
     std::size_t position; // of the first such call in `kAlarmCalls`
 };
 
+constexpr std::size_t kBusyAnswers = 500;
+
 class BusyTest : public LibraryTest, public testing::WithParamInterface<Busy> {};
 
 TEST_P(BusyTest, RepeatsTheSameCallEveryTenthOfASecondWithoutATrace) {
     const auto client = adapter();
-    platform().results[GetParam().call].assign(3, SA_AIS_ERR_TRY_AGAIN);
+    platform().results[GetParam().call].assign(kBusyAnswers, SA_AIS_ERR_TRY_AGAIN);
     raiseWithGroup(*client);
     Texts expected = kAlarmCalls;
     const std::string repeated = kAlarmCalls[GetParam().position];
-    for (int i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < kBusyAnswers; ++i) {
         expected.insert(expected.begin() + static_cast<std::ptrdiff_t>(GetParam().position),
                         {repeated, "usleep 100000"});
     }
@@ -54,7 +56,7 @@ INSTANTIATE_TEST_SUITE_P(Calls, BusyTest,
 
 TEST_F(NtfSessionTest, OpeningAndClosingAreRepeatedToo) {
     platform().results["initialize"].assign(2, SA_AIS_ERR_TRY_AGAIN);
-    platform().results["finalize"].assign(1, SA_AIS_ERR_TRY_AGAIN);
+    platform().results["finalize"] = {SA_AIS_ERR_TRY_AGAIN, SA_AIS_ERR_TIMEOUT};
     v1::getFmiFactory();
     platform().events.clear();
     delete v1::getFmiFactory()->createFaultManagement();
@@ -66,6 +68,7 @@ TEST_F(NtfSessionTest, OpeningAndClosingAreRepeatedToo) {
     EXPECT_EQ(calls, (Texts{"initialize A 1 1 null", "usleep 100000", "initialize A 1 1 null",
                             "usleep 100000", "initialize A 1 1 null", "finalize", "usleep 100000",
                             "finalize"}));
+    EXPECT_EQ(platform().traces(0), Texts{"dolqNtfSessionImpl|Finalize Session: errorCode:5"});
 }
 
 struct Failure {
