@@ -23,49 +23,34 @@ bool isBefore(const MappingTable::Entry& entry, const Key& key) {
 
 void MappingTable::set(std::uint32_t faultId, std::uint32_t minorType, const std::string& moClass) {
     const Key key{faultId, moClass};
-    // Mappings mostly arrive in key order.
-    if (m_blocks.empty() || isBefore(m_blocks.back().back(), key)) {
-        append({faultId, minorType, moClass});
-        return;
+    // The first block that does not end before the key, or the last one.
+    auto block = std::partition_point(m_blocks.begin(), m_blocks.end(), [&](const Block& each) {
+        return isBefore(each.back(), key);
+    });
+    if (block == m_blocks.end()) {
+        if (m_blocks.empty() || m_blocks.back().size() == kBlockSize) {
+            m_blocks.emplace_back(1, Entry{faultId, minorType, moClass});
+            return;
+        }
+        --block;
     }
-    // The first block whose last entry is not before the key.
-    const auto found =
-        std::partition_point(m_blocks.begin(), m_blocks.end(),
-                             [&](const Block& block) { return isBefore(block.back(), key); });
-    const auto place = std::lower_bound(found->begin(), found->end(), key, isBefore);
-    if (place->faultId == faultId && place->moClass == moClass) {
+    const auto place = std::lower_bound(block->begin(), block->end(), key, isBefore);
+    if (place != block->end() && place->faultId == faultId && place->moClass == moClass) {
         place->minorType = minorType;
-        return;
+    } else if (block->size() < kBlockSize) {
+        block->insert(place, Entry{faultId, minorType, moClass});
+    } else {
+        splitBlock(block);
+        set(faultId, minorType, moClass);
     }
-    if (found->size() < kBlockSize) {
-        found->insert(place, Entry{faultId, minorType, moClass});
-        return;
-    }
-    splitBlock(static_cast<std::size_t>(found - m_blocks.begin()));
-    set(faultId, minorType, moClass);
-}
-
-void MappingTable::append(Entry entry) {
-    if (!m_blocks.empty() && m_blocks.back().size() < kBlockSize) {
-        m_blocks.back().push_back(std::move(entry));
-        return;
-    }
-    Block block;
-    block.reserve(m_blocks.empty() ? 1 : kBlockSize); // most tables are small
-    block.push_back(std::move(entry));
-    m_blocks.push_back(std::move(block));
 }
 
 /// Moves the upper half of a full block into a new one after it.
-void MappingTable::splitBlock(std::size_t index) {
-    Block upper;
-    upper.reserve(kBlockSize);
-    const auto next = m_blocks.insert(m_blocks.begin() + static_cast<std::ptrdiff_t>(index) + 1,
-                                      std::move(upper));
-    Block& full = *std::prev(next);
-    const auto cut = full.begin() + kBlockSize / 2;
-    next->assign(std::make_move_iterator(cut), std::make_move_iterator(full.end()));
-    full.erase(cut, full.end());
+void MappingTable::splitBlock(std::vector<Block>::iterator full) {
+    const auto upper = m_blocks.emplace(full + 1, kBlockSize / 2);
+    const auto cut = std::prev(upper)->begin() + kBlockSize / 2;
+    std::move(cut, std::prev(upper)->end(), upper->begin());
+    std::prev(upper)->resize(kBlockSize / 2);
 }
 
 } // namespace dolq

