@@ -1,5 +1,6 @@
 #include "Output.h"
 
+#include <clocale>
 #include <iostream>
 
 #include <nlohmann/json.hpp>
@@ -24,7 +25,10 @@ constexpr const char* kAttributes[] = {"0", "1", "2", "32", "33", "31"};
 
 Output::Output()
     : m_isTerminal(isatty(STDOUT_FILENO) == 1), m_colours(m_isTerminal && wantsColours()),
-      m_stream(std::cout) {}
+      m_stream(std::cout) {
+    // Widths are those of UTF-8 whatever the user's locale; white space stays that of ASCII.
+    std::setlocale(LC_CTYPE, "C.UTF-8");
+}
 
 std::string Output::styled(Style style, std::string_view text) const {
     if (!m_colours || style == Style::Plain) {
@@ -35,11 +39,6 @@ std::string Output::styled(Style style, std::string_view text) const {
 }
 
 void Output::line(std::string_view text) { m_stream << text << '\n'; }
-
-void Output::print(const Table& table) {
-    table.write(m_stream,
-                [this](Style style, std::string_view text) { return styled(style, text); });
-}
 
 void Output::print(const nlohmann::ordered_json& json) {
     constexpr int kIndent = 2;
@@ -58,6 +57,10 @@ std::string inQuotes(std::string_view text) { return '"' + common::escapedText(t
 
 std::string printable(std::string_view text) {
     return text.empty() ? "-" : common::escapedText(text);
+}
+
+std::string counted(std::size_t count, const std::string& what) {
+    return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
 }
 
 } // namespace dolqctl

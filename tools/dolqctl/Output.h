@@ -23,7 +23,7 @@ public:
     std::string styled(Style style, std::string_view text) const;
 
     void line(std::string_view text = {});
-    void print(const Table& table);
+    void print(const Table& table) { table.write(*this); }
     /// Indented. Bytes that are not UTF-8 become U+FFFD.
     void print(const nlohmann::ordered_json& json);
 
@@ -48,6 +48,9 @@ std::string inQuotes(std::string_view text);
 /// Foreign text (of a file, an environment variable, the command line) made fit for a terminal: no
 /// control character, no broken UTF-8, "-" in place of nothing.
 std::string printable(std::string_view text);
+
+/// "3 files", "1 file".
+std::string counted(std::size_t count, const std::string& what);
 
 /// "minor, major": the texts of any list.
 template <typename Texts> std::string joined(const Texts& texts, const char* separator = ", ") {

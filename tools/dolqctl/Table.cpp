@@ -2,33 +2,13 @@
 
 #include <algorithm>
 #include <cassert>
-#include <clocale>
 #include <cwchar>
 
 #include "Output.h"
 
 namespace dolqctl {
 
-namespace {
-
-/// The widths are those of UTF-8, whatever the user's locale, which only this scope gives up: what
-/// counts as white space elsewhere stays what it is in the library's clients.
-class Utf8Scope {
-public:
-    Utf8Scope() : m_before(uselocale(kUtf8)) {}
-    ~Utf8Scope() { uselocale(m_before); }
-    Utf8Scope(const Utf8Scope&) = delete;
-    Utf8Scope& operator=(const Utf8Scope&) = delete;
-
-private:
-    static inline const locale_t kUtf8 = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    locale_t m_before;
-};
-
-} // namespace
-
 std::size_t displayWidth(std::string_view text) {
-    const Utf8Scope utf8;
     std::mbstate_t state{};
     std::size_t width = 0;
     while (!text.empty()) {
@@ -56,7 +36,7 @@ void Table::add(std::vector<Cell> cells) {
     m_rows.push_back(std::move(cells));
 }
 
-void Table::write(std::ostream& out, const Styled& styled) const {
+void Table::write(Output& output) const {
     std::vector<std::size_t> widths;
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         widths.push_back(displayWidth(m_columns[i].heading));
@@ -68,8 +48,8 @@ void Table::write(std::ostream& out, const Styled& styled) const {
         const std::string blanks(widths[column] - displayWidth(text), ' ');
         const bool isLast = column + 1 == m_columns.size();
         const bool isRight = m_columns[column].align == Align::Right;
-        out << (isRight ? blanks : "") << styled(style, text) << (isRight || isLast ? "" : blanks)
-            << (isLast ? "\n" : "  ");
+        output.stream() << (isRight ? blanks : "") << output.styled(style, text)
+                        << (isRight || isLast ? "" : blanks) << (isLast ? "\n" : "  ");
     };
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         writeCell(i, m_columns[i].heading, Style::Bold);

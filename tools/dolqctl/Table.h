@@ -1,13 +1,13 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
-#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace dolqctl {
+
+class Output;
 
 enum class Style { Plain, Bold, Faint, Good, Warning, Bad };
 
@@ -28,7 +28,6 @@ public:
         std::string text; // printable
         Style style;
     };
-    using Styled = std::function<std::string(Style, std::string_view)>;
 
     explicit Table(std::vector<Column> columns);
 
@@ -36,7 +35,7 @@ public:
     void add(std::vector<Cell> cells);
     bool isEmpty() const { return m_rows.empty(); }
 
-    void write(std::ostream& out, const Styled& styled) const;
+    void write(Output& output) const;
 
 private:
     std::vector<Column> m_columns;

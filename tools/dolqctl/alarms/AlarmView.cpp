@@ -1,11 +1,10 @@
 #include "alarms/AlarmView.h"
 
+#include <algorithm>
 #include <cstring>
-#include <iomanip>
 #include <iostream>
 #include <iterator>
-#include <optional>
-#include <sstream>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 #include <unistd.h>
@@ -19,42 +18,10 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr char kIndent[] = "          "; // of what stands below a row
-constexpr char kNothing[] = "-";
 constexpr char kCorrelationPrefix[] = "CI=";
 
 std::string dump(const Json& json) {
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
-/// What a "CI=" entry says: who reported the alarm, and the events it is correlated with.
-struct Correlation {
-    std::string systemUuid;
-    std::string computeName;
-    bool isPrimary = false;         ///< caused by the one event in `uuids`, "" for none
-    std::vector<std::string> uuids; ///< correlation UUIDs
-};
-
-/// Nothing when `entry` is not of the form that the library writes. Values are not escaped in it,
-/// so a quote in one of them spoils it.
-std::optional<Correlation> decodeCorrelation(const std::string& entry) {
-    if (entry.rfind(kCorrelationPrefix, 0) != 0) {
-        return std::nullopt;
-    }
-    try {
-        const Json json = Json::parse(entry.substr(std::strlen(kCorrelationPrefix)));
-        Correlation correlation;
-        json.at("C").at(0).at("I").get_to(correlation.systemUuid);
-        json.at("C").at(0).at("n").get_to(correlation.computeName);
-        correlation.isPrimary = json.contains("P");
-        if (correlation.isPrimary) {
-            correlation.uuids.push_back(json.at("P").get<std::string>());
-        } else {
-            json.at("S").get_to(correlation.uuids);
-        }
-        return correlation;
-    } catch (const Json::exception&) {
-        return std::nullopt;
-    }
 }
 
 std::string severityText(std::uint32_t severity) {
@@ -64,22 +31,26 @@ std::string severityText(std::uint32_t severity) {
                : name + " (" + std::to_string(severity) + ')';
 }
 
-Json toJson(const std::string& correlationInfo) {
-    if (correlationInfo.empty()) {
+/// What a "CI=" entry says: who reported the alarm, and the one event that caused it ("" for none)
+/// or those that led to it. Values are not escaped in it, so a quote in one of them spoils it.
+Json correlationOf(const std::string& entry) {
+    if (entry.empty()) {
         return nullptr;
     }
-    const std::optional<Correlation> correlation = decodeCorrelation(correlationInfo);
-    if (!correlation) {
-        return {{"undecoded", correlationInfo}};
+    try {
+        const Json json = Json::parse(entry.substr(std::strlen(kCorrelationPrefix)));
+        const Json& reporter = json.at("C").at(0);
+        Json correlation = {{"systemUuid", reporter.at("I").get<std::string>()},
+                            {"computeName", reporter.at("n").get<std::string>()}};
+        if (json.contains("P")) {
+            correlation["primary"] = json.at("P").get<std::string>();
+        } else {
+            correlation["secondary"] = json.at("S").get<std::vector<std::string>>();
+        }
+        return correlation;
+    } catch (const Json::exception&) {
+        return {{"undecoded", entry}};
     }
-    Json json = {{"systemUuid", correlation->systemUuid},
-                 {"computeName", correlation->computeName}};
-    if (correlation->isPrimary) {
-        json["primary"] = correlation->uuids.front();
-    } else {
-        json["secondary"] = correlation->uuids;
-    }
-    return json;
 }
 
 Json toJson(const Alarm& alarm, const char* state) {
@@ -96,7 +67,7 @@ Json toJson(const Alarm& alarm, const char* state) {
     json["timesRaised"] = alarm.timesRaised;
     json["text"] = alarm.text;
     json["info"] = alarm.info;
-    json["correlation"] = toJson(alarm.correlationInfo);
+    json["correlation"] = correlationOf(alarm.correlationInfo);
     json["programGroup"] = alarm.programGroup.empty() ? Json(nullptr) : Json(alarm.programGroup);
     return json;
 }
@@ -108,19 +79,20 @@ std::string secondsOf(std::int64_t timeNs) {
 }
 
 /// "primary a1b2..., reported by compute-3 (0f4c...)"
-std::string correlationText(const std::string& correlationInfo) {
-    const std::optional<Correlation> correlation = decodeCorrelation(correlationInfo);
-    if (!correlation) {
-        return "undecoded " + correlationInfo;
+std::string correlationText(const std::string& entry) {
+    const Json correlation = correlationOf(entry);
+    if (correlation.contains("undecoded")) {
+        return "undecoded " + entry;
     }
-    std::string text = correlation->isPrimary ? "primary" : "secondary";
-    const char* separator = " ";
-    for (const std::string& uuid : correlation->uuids) {
-        text += uuid.empty() ? ", without an event" : separator + uuid;
-        separator = ", ";
+    const std::string reporter = ", reported by " +
+                                 correlation.at("computeName").get<std::string>() + " (" +
+                                 correlation.at("systemUuid").get<std::string>() + ')';
+    if (correlation.contains("secondary")) {
+        const std::vector<std::string> events = correlation.at("secondary");
+        return "secondary " + joined(events) + reporter;
     }
-    return text + ", reported by " + correlation->computeName + " (" + correlation->systemUuid +
-           ")";
+    const std::string event = correlation.at("primary");
+    return "primary" + (event.empty() ? ", without an event" : ' ' + event) + reporter;
 }
 
 Style styleOf(const Alarm& alarm) {
@@ -131,26 +103,24 @@ Style styleOf(const Alarm& alarm) {
     return alarm.severity >= kMajor ? Style::Bad : Style::Warning;
 }
 
-struct Cells {
-    std::string state, severity, first, last, ended, times, classId, object;
-};
+/// The widths of the columns, which their contents are known to keep, save an unknown severity.
+/// The object, which is the last, has none.
+constexpr std::size_t kWidths[] = {8, 15, 22, 22, 22, 7, 18, 0};
+constexpr std::size_t kState = 0;
+constexpr std::size_t kCeased = 4;
+constexpr std::size_t kTimesWidth = 5; // aligned to the right
 
-/// Every column before the last has a width that its contents are known to keep, save a severity
-/// that is unknown.
-std::string row(const Cells& cells, bool withState) {
-    std::ostringstream text;
-    text << std::left;
-    if (withState) {
-        text << std::setw(8) << cells.state;
+std::string row(const std::vector<std::string>& cells, bool withState) {
+    std::string text;
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        if (withState || (i != kState && i != kCeased)) {
+            const std::size_t size = cells[i].size();
+            text += cells[i];
+            text.append(
+                kWidths[i] > size ? kWidths[i] - size : std::min(kWidths[i], std::size_t{1}), ' ');
+        }
     }
-    text << std::setw(14) << cells.severity << ' ' << std::setw(22) << cells.first << std::setw(22)
-         << cells.last;
-    if (withState) {
-        text << std::setw(22) << cells.ended;
-    }
-    text << std::right << std::setw(5) << cells.times << "  " << std::left << std::setw(18)
-         << cells.classId << cells.object;
-    return text.str();
+    return text;
 }
 
 } // namespace
@@ -187,16 +157,18 @@ void AlarmView::show(const Alarm& alarm, const char* state) {
 }
 
 void AlarmView::printRow(const Alarm& alarm, const char* state) {
-    const std::string classId = std::to_string(alarm.vendorId) + "/" +
-                                std::to_string(alarm.majorId) + "/" + std::to_string(alarm.minorId);
-    const Cells cells = {state,
-                         severityText(alarm.severity),
-                         secondsOf(alarm.firstTimeNs),
-                         secondsOf(alarm.lastTimeNs),
-                         alarm.endTimeNs ? secondsOf(*alarm.endTimeNs) : kNothing,
-                         std::to_string(alarm.timesRaised),
-                         classId,
-                         printable(alarm.object)};
+    std::string times = std::to_string(alarm.timesRaised);
+    times.insert(0, kTimesWidth - std::min(kTimesWidth, times.size()), ' ');
+    const std::vector<std::string> cells = {state,
+                                            severityText(alarm.severity),
+                                            secondsOf(alarm.firstTimeNs),
+                                            secondsOf(alarm.lastTimeNs),
+                                            alarm.endTimeNs ? secondsOf(*alarm.endTimeNs) : "-",
+                                            times,
+                                            std::to_string(alarm.vendorId) + '/' +
+                                                std::to_string(alarm.majorId) + '/' +
+                                                std::to_string(alarm.minorId),
+                                            printable(alarm.object)};
     m_output.line(m_output.styled(styleOf(alarm), row(cells, m_withState)));
     const auto below = [this](const char* what, const std::string& text) {
         m_output.line(kIndent + (what + printable(text)));

@@ -61,7 +61,7 @@ void checkHandler(Diagnosis& diagnosis, const Discovery& discovery) {
     }
     for (const Discovery::FailedCategory& failure : discovery.failedCategories) {
         diagnosis.warn(kHandler, failureText(failure),
-                       "mend what the handler reads; it is " + file);
+                       "correct what the handler reads; it is " + file);
     }
 }
 
@@ -88,7 +88,7 @@ void checkMappingFiles(Diagnosis& diagnosis, const Discovery& discovery) {
     const std::string count = "mappings: " + std::to_string(inventory.effective.size());
     for (const UnreadableFile& file : inventory.unreadable) {
         diagnosis.warn(kMappings, file.position.file + " is not read: " + file.reason,
-                       "mend the file: none of its mappings is used");
+                       "correct the file: none of its mappings is used");
     }
     if (inventory.effective.empty()) {
         diagnosis.fail(kMappings, "give no mapping at all",

@@ -27,10 +27,6 @@ struct Arguments {
     bool json = false;
 };
 
-std::string counted(std::size_t count, const std::string& what) {
-    return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
-}
-
 int run(const Arguments& arguments, Output& output) {
     const MappingFiles files = mappingFilesOf(arguments.files);
     MappingFileChecker checker;

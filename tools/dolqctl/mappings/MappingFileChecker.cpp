@@ -148,12 +148,17 @@ void MappingFileChecker::check(const std::string& path) {
 }
 
 void MappingFileChecker::onNotLoaded(const TiXmlDocument& document) {
-    const UnreadableFile unreadable = whyNotLoaded(m_path, document);
-    error(unreadable.position, "not-loaded", "the file is not read: " + unreadable.reason);
+    reportUnreadable(whyNotLoaded(m_path, document));
 }
 
-void MappingFileChecker::onNoRoot() {
-    error({m_path}, "not-loaded", "the file is not read: " + whyNoRoot(m_path).reason);
+void MappingFileChecker::onNoRoot() { reportUnreadable(whyNoRoot(m_path)); }
+
+void MappingFileChecker::reportUnreadable(UnreadableFile file) {
+    m_findings.push_back({std::move(file.position),
+                          Severity::Error,
+                          "not-loaded",
+                          "the file is not read: " + file.reason,
+                          {}});
 }
 
 void MappingFileChecker::onRoot(const TiXmlElement& root) {
@@ -167,12 +172,11 @@ void MappingFileChecker::onRoot(const TiXmlElement& root) {
         checkNested(*element);
     }
     if (root.FirstChildElement(kMapping) == nullptr) {
-        warning(positionOf(m_path, root), "no-mapping",
-                "the root element holds no 'mapping' element");
+        warning(root, "no-mapping", "the root element holds no 'mapping' element");
     }
     for (const TiXmlElement* other = root.NextSiblingElement(); other != nullptr;
          other = other->NextSiblingElement()) {
-        error(positionOf(m_path, *other), "second-root",
+        error(*other, "second-root",
               "only the first root element is read, not this " + inQuotes(other->Value()));
     }
 }
@@ -183,7 +187,7 @@ void MappingFileChecker::checkMapping(const TiXmlElement& element) {
     if (const TiXmlAttribute* const list = findAttribute(element, kMoClass)) {
         checkClassList(*list);
     } else {
-        warning(positionOf(m_path, element), "missing-class",
+        warning(element, "missing-class",
                 std::string("no '") + kMoClass +
                     "': only an object without a class gets this alarm");
     }
@@ -193,17 +197,13 @@ void MappingFileChecker::checkMapping(const TiXmlElement& element) {
         if (name == kFaultId || name == kMinorType || name == kMoClass) {
             continue;
         }
-        const FilePosition position = positionOf(m_path, *attribute);
         const std::string ignored = "the attribute " + inQuotes(name) + " is ignored";
         const char* const known[] = {kFaultId, kMinorType, kMoClass};
         const auto* const meant =
             std::find_if(std::begin(known), std::end(known),
                          [&](const char* candidate) { return isMisspelt(name, candidate); });
-        if (meant == std::end(known)) {
-            warning(position, "unknown-attribute", ignored);
-        } else {
-            error(position, "unknown-attribute", ignored + ": did you mean '" + *meant + "'?");
-        }
+        reportUnread(*attribute, "unknown-attribute", ignored,
+                     meant != std::end(known) ? *meant : nullptr);
     }
 }
 
@@ -211,14 +211,13 @@ void MappingFileChecker::checkNumber(const TiXmlElement& element, const char* na
     int number = 0;
     const int outcome = element.QueryIntAttribute(name, &number); // as the reader asks
     if (outcome == TIXML_NO_ATTRIBUTE) {
-        error(positionOf(m_path, element), "missing-attribute",
+        error(element, "missing-attribute",
               std::string("no '") + name + "': the element is skipped");
         return;
     }
     const TiXmlAttribute& attribute = *findAttribute(element, name);
-    const FilePosition position = positionOf(m_path, attribute);
     if (outcome != TIXML_SUCCESS) {
-        error(position, "not-an-integer",
+        error(attribute, "not-an-integer",
               written(attribute) + " is no integer: the element is skipped");
         return;
     }
@@ -229,45 +228,50 @@ void MappingFileChecker::checkNumber(const TiXmlElement& element, const char* na
     using Signed = std::numeric_limits<std::int32_t>;
     if (errno == ERANGE || meant < Signed::min() ||
         meant > std::numeric_limits<std::uint32_t>::max()) {
-        error(position, "beyond-32-bits",
+        error(attribute, "beyond-32-bits",
               written(attribute) + " does not fit 32 bits: it is read as " + stored);
     } else if (meant > Signed::max()) {
-        warning(position, "beyond-32-bits",
+        warning(attribute, "beyond-32-bits",
                 written(attribute) + " does not fit 32 bits with a sign: what is read, here " +
                     stored + ", is up to the C library; write " +
                     std::to_string(static_cast<std::int32_t>(meant)));
     }
     if (rest[std::strspn(rest, " \t\n\v\f\r")] != '\0') {
-        error(position, "text-after-number",
+        error(attribute, "text-after-number",
               written(attribute) + " is read as " + stored + ": what follows is ignored");
     }
 }
 
 void MappingFileChecker::checkClassList(const TiXmlAttribute& list) {
-    const FilePosition position = positionOf(m_path, list);
     const std::string classes = withoutBlanks(list.Value());
     if (classes.empty()) {
-        error(position, "no-class", written(list) + " holds no class: the element maps nothing");
+        error(list, "no-class", written(list) + " holds no class: the element maps nothing");
         return;
     }
     if (hasInnerBlank(list.Value())) {
-        warning(position, "blank-in-class",
+        warning(list, "blank-in-class",
                 written(list) + " is read without its blanks, as " + inQuotes(classes));
     }
     if (classes.back() == ',') {
-        warning(position, "final-comma", written(list) + " has no class behind its last comma");
+        warning(list, "final-comma", written(list) + " has no class behind its last comma");
     }
 }
 
 void MappingFileChecker::checkUnread(const TiXmlElement& element) {
-    const FilePosition position = positionOf(m_path, element);
-    const std::string ignored = "the element " + inQuotes(element.Value()) + " is not read";
     const bool hasIds =
         element.Attribute(kFaultId) != nullptr || element.Attribute(kMinorType) != nullptr;
-    if (hasIds || isMisspelt(element.ValueStr(), kMapping)) {
-        error(position, "unknown-element", ignored + ": did you mean '" + kMapping + "'?");
+    reportUnread(element, "unknown-element",
+                 "the element " + inQuotes(element.Value()) + " is not read",
+                 hasIds || isMisspelt(element.ValueStr(), kMapping) ? kMapping : nullptr);
+}
+
+/// An error when something else is `meant`, for then a mapping is lost.
+void MappingFileChecker::reportUnread(const TiXmlBase& part, const char* rule,
+                                      const std::string& message, const char* meant) {
+    if (meant == nullptr) {
+        warning(part, rule, message);
     } else {
-        warning(position, "unknown-element", ignored);
+        error(part, rule, message + ": did you mean '" + meant + "'?");
     }
 }
 
@@ -276,7 +280,7 @@ void MappingFileChecker::checkNested(const TiXmlElement& element) {
     for (const TiXmlElement* child = element.FirstChildElement(); child != nullptr;
          child = child->NextSiblingElement()) {
         if (child->ValueStr() == kMapping) {
-            error(positionOf(m_path, *child), "nested-mapping",
+            error(*child, "nested-mapping",
                   "a 'mapping' inside " + inQuotes(element.Value()) +
                       " is not read: only children of the root element are");
         } else if (element.ValueStr() == kMapping) {
@@ -298,23 +302,23 @@ void MappingFileChecker::onMapping(const TiXmlElement& element, std::uint32_t fa
 }
 
 void MappingFileChecker::checkClass(const TiXmlElement& element, const std::string& moClass) {
-    const FilePosition position = positionOf(m_path, *findAttribute(element, kMoClass));
+    const TiXmlAttribute& list = *findAttribute(element, kMoClass);
     if (moClass.empty()) {
-        warning(position, "empty-class",
+        warning(list, "empty-class",
                 "an empty piece of the class list is an entry without a class");
     } else if (moClass.find_first_of(kOtherWhiteSpace) != moClass.npos) {
-        error(position, "class-never-matches",
+        error(list, "class-never-matches",
               "the class " + inQuotes(moClass) +
                   " never matches: only blanks are removed from it, but all white space from the "
                   "notification object");
     } else if (moClass.find('=') != moClass.npos) {
-        error(position, "class-never-matches",
+        error(list, "class-never-matches",
               "the class " + inQuotes(moClass) +
                   " never matches: a notification object's class ends before its '='");
     }
     for (const Invisible& character : kInvisible) {
         if (findInvisible(moClass, character) != moClass.npos) {
-            warning(position, "invisible-in-class",
+            warning(list, "invisible-in-class",
                     "the class " + inQuotes(moClass) + " holds " + character.name +
                         ", which looks like a blank or like nothing but is not removed");
         }
@@ -341,14 +345,13 @@ void MappingFileChecker::remember(Mapping mapping) {
     entry->second = std::move(mapping);
 }
 
-void MappingFileChecker::error(const FilePosition& position, const char* rule,
-                               std::string message) {
-    m_findings.push_back({position, Severity::Error, rule, std::move(message), std::nullopt});
+void MappingFileChecker::error(const TiXmlBase& part, const char* rule, std::string message) {
+    m_findings.push_back({positionOf(m_path, part), Severity::Error, rule, std::move(message), {}});
 }
 
-void MappingFileChecker::warning(const FilePosition& position, const char* rule,
-                                 std::string message) {
-    m_findings.push_back({position, Severity::Warning, rule, std::move(message), std::nullopt});
+void MappingFileChecker::warning(const TiXmlBase& part, const char* rule, std::string message) {
+    m_findings.push_back(
+        {positionOf(m_path, part), Severity::Warning, rule, std::move(message), {}});
 }
 
 } // namespace dolqctl

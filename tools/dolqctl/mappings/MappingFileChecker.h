@@ -54,8 +54,11 @@ private:
     void checkNested(const TiXmlElement& element);
     void remember(Mapping mapping);
 
-    void error(const FilePosition& position, const char* rule, std::string message);
-    void warning(const FilePosition& position, const char* rule, std::string message);
+    void error(const TiXmlBase& part, const char* rule, std::string message);
+    void warning(const TiXmlBase& part, const char* rule, std::string message);
+    void reportUnread(const TiXmlBase& part, const char* rule, const std::string& message,
+                      const char* meant);
+    void reportUnreadable(UnreadableFile file);
 
     std::string m_path;
     std::vector<Finding> m_findings;

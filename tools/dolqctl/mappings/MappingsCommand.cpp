@@ -30,10 +30,6 @@ struct FileState {
     Style style = Style::Plain;
 };
 
-std::string counted(std::size_t count, const std::string& what) {
-    return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
-}
-
 FileState stateOf(const std::string& path, const Inventory& inventory) {
     for (const UnreadableFile& file : inventory.unreadable) {
         if (file.position.file == path) {
