@@ -11,7 +11,7 @@ import sys
 import tempfile
 import unittest
 
-DOLQCTL = pathlib.Path(sys.argv.pop(2)) if len(sys.argv) > 2 else None
+DOLQCTL = pathlib.Path(sys.argv.pop(2)).resolve() if len(sys.argv) > 2 else None
 REPOSITORY = pathlib.Path(sys.argv.pop(1))
 README = (REPOSITORY / "README.md").read_text(encoding="utf-8")
 
@@ -26,7 +26,7 @@ def blocks():
 
 def steady(text):
     """Without what differs from run to run: times, ages, and blanks that line them up."""
-    text = re.sub(r"\b\d{4}-\d\d-\d\d([T ]\d\d:\d\d(:\d\d)?Z?)?|\b\d\d:\d\d(:\d\d)?\b", "TIME", text)
+    text = re.sub(r"\b\d{4}-\d\d-\d\d([T ]\d\d:\d\d(:\d\d)?Z?)?|(?<![\w:])\d\d:\d\d(:\d\d)?\b", "TIME", text)
     text = re.sub(r"\b\d+ ?(ms|s|min|h|d)\b", "AGE", text)
     return [re.sub(r"  +", "  ", line).rstrip() for line in text.splitlines() if line.strip()]
 

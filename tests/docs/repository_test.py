@@ -26,7 +26,30 @@ def anchors(page):
         yield re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
 
 
+# What each room may include of others; all of them the public headers and the platform's interfaces.
+BELOW = {"common": set(), "platform": {"common"}, "src": {"common"},
+         "tools": {"common", "platform", "src"}, "bench": {"common", "platform", "src"}}
+
+
+def room_of(source, included):
+    """The room of a header that is named in quotes in this source."""
+    for folder in (source.parent, REPOSITORY, REPOSITORY / "src", REPOSITORY / "tools" / "dolqctl"):
+        if (folder / included).is_file():
+            return (folder / included).resolve().relative_to(REPOSITORY.resolve()).parts[0]
+    return None
+
+
 class Repository(unittest.TestCase):
+    def test_rooms_include_what_is_below_them(self):
+        for room, below in BELOW.items():
+            sources = [path for path in (REPOSITORY / room).rglob("*") if path.suffix in {".h", ".cpp"}]
+            self.assertTrue(sources, room)
+            for source in sources:
+                for included in re.findall(r'^#include "(.+)"', source.read_text(encoding="utf-8"),
+                                           re.MULTILINE):
+                    self.assertIn(room_of(source, included), below | {room, None},
+                                  f"{source.relative_to(REPOSITORY)}: {included}")
+
     def test_has_no_dead_link(self):
         dead = []
         for page in pages():
