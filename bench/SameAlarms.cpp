@@ -7,9 +7,8 @@
 #include <fstream>
 #include <string>
 
-#include <AlarmRecord.h>
-
 #include "Operations.h"
+#include "platform/ntf/log/AlarmRecord.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 
 namespace {
@@ -17,12 +16,13 @@ namespace {
 /// A line of the notification log without what no two notifications have in common; empty when it
 /// is none.
 std::string comparable(const std::string& line) {
-    platform::ntf::ParsedLine parsed = platform::ntf::parseLine(line);
-    parsed.record.notificationId = 0;
-    parsed.record.eventTimeNs = 0;
-    return parsed.kind == platform::ntf::ParsedLine::Kind::Notification
-               ? platform::ntf::toLine(parsed.record)
-               : "";
+    auto record = platform::ntf::parseLine(line);
+    if (!record) {
+        return "";
+    }
+    record->notificationId = 0;
+    record->eventTimeNs = 0;
+    return platform::ntf::toLine(*record);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "common/Escape.h"
 
 #include <cstddef>
+#include <cstdio>
 
 namespace common {
 
@@ -94,5 +95,28 @@ std::string escaped(std::string_view text, bool escapeBlanks) {
 std::string escapedText(std::string_view text) { return escaped(text, false); }
 
 std::string escapedWord(std::string_view word) { return word.empty() ? "-" : escaped(word, true); }
+
+std::string jsonString(std::string_view text) {
+    std::string json = "\"";
+    while (!text.empty()) {
+        const Character character = firstCharacter(text);
+        const std::string_view bytes = text.substr(0, character.length == 0 ? 1 : character.length);
+        if (character.length == 0) {
+            json += "\xEF\xBF\xBD"; // U+FFFD
+        } else if (character.codePoint == '\n') {
+            json += "\\n";
+        } else if (isControl(character.codePoint)) {
+            char escape[sizeof "\\u0000"] = "";
+            std::snprintf(escape, sizeof escape, "\\u%04x",
+                          static_cast<unsigned>(character.codePoint) & 0xFFFFu);
+            json += escape;
+        } else {
+            json += character.codePoint == '"' || character.codePoint == '\\' ? "\\" : "";
+            json += bytes;
+        }
+        text.remove_prefix(bytes.size());
+    }
+    return json += '"';
+}
 
 } // namespace common

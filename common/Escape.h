@@ -15,4 +15,8 @@ std::string escapedText(std::string_view text);
 /// empty word is written "-".
 std::string escapedWord(std::string_view word);
 
+/// `text` as a JSON string, quotes included, that is as safe to show: control characters become
+/// `\uNNNN`. JSON holds UTF-8 alone, so each byte that is none becomes U+FFFD.
+std::string jsonString(std::string_view text);
+
 } // namespace common

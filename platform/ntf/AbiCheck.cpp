@@ -16,28 +16,16 @@ template <typename T, std::size_t Size, std::size_t Align> constexpr bool hasLay
 #define FIELD(type, field, offset)                                                                 \
     static_assert(offsetof(type, field) == (offset), "offset of " #type "::" #field)
 
-SIZE_AND_ALIGNMENT(SaInt8T, 1, 1);
-SIZE_AND_ALIGNMENT(SaUint8T, 1, 1);
 SIZE_AND_ALIGNMENT(SaInt16T, 2, 2);
 SIZE_AND_ALIGNMENT(SaUint16T, 2, 2);
-SIZE_AND_ALIGNMENT(SaInt32T, 4, 4);
-SIZE_AND_ALIGNMENT(SaUint32T, 4, 4);
-SIZE_AND_ALIGNMENT(SaInt64T, 8, 8);
-SIZE_AND_ALIGNMENT(SaUint64T, 8, 8);
-SIZE_AND_ALIGNMENT(SaFloatT, 4, 4);
-SIZE_AND_ALIGNMENT(SaDoubleT, 8, 8);
 SIZE_AND_ALIGNMENT(SaStringT, 8, 8);
 SIZE_AND_ALIGNMENT(SaTimeT, 8, 8);
-SIZE_AND_ALIGNMENT(SaSizeT, 8, 8);
 SIZE_AND_ALIGNMENT(SaNtfHandleT, 8, 8);
 SIZE_AND_ALIGNMENT(SaNtfNotificationHandleT, 8, 8);
 SIZE_AND_ALIGNMENT(SaNtfIdentifierT, 8, 8);
 SIZE_AND_ALIGNMENT(SaNtfElementIdT, 2, 2);
-SIZE_AND_ALIGNMENT(SaNtfSubscriptionIdT, 4, 4);
 
 SIZE_AND_ALIGNMENT(SaAisErrorT, 4, 4);
-SIZE_AND_ALIGNMENT(SaBoolT, 4, 4);
-SIZE_AND_ALIGNMENT(SaDispatchFlagsT, 4, 4);
 SIZE_AND_ALIGNMENT(SaNtfNotificationTypeT, 4, 4);
 SIZE_AND_ALIGNMENT(SaNtfEventTypeT, 4, 4);
 SIZE_AND_ALIGNMENT(SaNtfValueTypeT, 4, 4);

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <optional>
 #include <string>
 
 #include <unistd.h>
 
-#include "platform/ntf/ElementReader.h"
 #include "platform/ntf/NotificationId.h"
 
 namespace platform::ntf {
@@ -26,6 +26,25 @@ template <typename T> SaUint16T countOf(const std::vector<T>& field) {
 std::string toText(const SaNameT& name) {
     const char* text = reinterpret_cast<const char*>(name.value);
     return {text, ::strnlen(text, name.length)};
+}
+
+/// What a sender wrote into an enumeration. It may be any number, which the enumeration's own type
+/// could not hold.
+template <typename Enumeration> std::uint32_t codeOf(const Enumeration& written) {
+    std::uint32_t code = 0;
+    static_assert(sizeof written == sizeof code);
+    std::memcpy(&code, &written, sizeof code);
+    return code;
+}
+
+/// The text of a value, if it is one and was allocated.
+std::optional<std::string> textOf(const SaNtfValueTypeT& type, const SaNtfValueT& value,
+                                  const ValueBlocks& blocks) {
+    const auto* const text = static_cast<const char*>(blocks.find(value));
+    if (codeOf(type) != SA_NTF_VALUE_STRING || text == nullptr) {
+        return std::nullopt;
+    }
+    return std::string(text, ::strnlen(text, value.ptrVal.dataSize));
 }
 
 SaTimeT currentTime() {
@@ -73,17 +92,10 @@ void AlarmNotification::describe(SaNtfAlarmNotificationT& notification) {
 }
 
 void* AlarmNotification::allocateValue(SaUint16T size, SaNtfValueT& value) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
     return m_values.allocate(size, value);
 }
 
-void* AlarmNotification::findValue(const SaNtfValueT& value) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_values.find(value);
-}
-
 bool AlarmNotification::compose(AlarmRecord& record) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
     if (!isValid()) {
         return false;
     }
@@ -105,10 +117,13 @@ bool AlarmNotification::compose(AlarmRecord& record) {
         record.additionalText = m_additionalText.data();
     }
     for (const SaNtfAdditionalInfoT& info : m_additionalInfo) {
-        record.additionalInfo.push_back(toElement(info, m_values));
+        record.additionalInfo.push_back(
+            {info.infoId, codeOf(info.infoType), textOf(info.infoType, info.infoValue, m_values)});
     }
     for (const SaNtfProposedRepairActionT& action : m_proposedRepairActions) {
-        record.proposedRepairActions.push_back(toElement(action, m_values));
+        record.proposedRepairActions.push_back(
+            {action.actionId, codeOf(action.actionValueType),
+             textOf(action.actionValueType, action.actionValue, m_values)});
     }
     record.processId = ::getpid();
     record.threadId = ::gettid();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <mutex>
 #include <vector>
 
 #include <saNtf.h>
@@ -24,6 +23,7 @@ struct AlarmCounts {
 /// An allocated alarm notification: the memory that its sender fills, the checks and the reading of
 /// it. Every field is a heap block of exactly its size, so that a sanitizer finds a sender that
 /// writes past one. The counts are those of the allocation, whatever the sender's structure says.
+/// The calls on one notification must not overlap.
 class AlarmNotification {
 public:
     AlarmNotification(const AlarmCounts& counts, std::size_t valueLimit);
@@ -33,9 +33,6 @@ public:
 
     /// Null beyond the limit of all values together; `value` is untouched then.
     void* allocateValue(SaUint16T size, SaNtfValueT& value);
-
-    /// Null when `value` has no block here.
-    void* findValue(const SaNtfValueT& value);
 
     /// False when a field holds what may not be sent. Otherwise gives the notification a new id and
     /// fills `record` with it; an unknown event time becomes the current time there.
@@ -64,7 +61,6 @@ private:
     Field<SaNtfAttributeT> m_monitoredAttributes;
     Field<SaNtfProposedRepairActionT> m_proposedRepairActions;
 
-    std::mutex m_mutex; ///< for senders whose calls on one notification overlap
     ValueBlocks m_values;
 };
 

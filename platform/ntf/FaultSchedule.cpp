@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
+#include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <thread>
 
 #include "common/AisNames.h"
 #include "common/Environment.h"
+#include "common/Escape.h"
+#include "platform/ntf/ServiceMutex.h"
 
 namespace platform::ntf {
 
@@ -18,8 +21,8 @@ constexpr char kVariable[] = "RUXA_NTF_FAULTS";
 constexpr std::uint64_t kLargestNumber = 1'000'000'000;
 
 /// Indexed by ServiceCall.
-constexpr const char* kCallNames[kServiceCallCount] = {
-    "initialize", "finalize", "allocate", "value", "get", "send", "free"};
+constexpr const char* kCallNames[kServiceCallCount] = {"initialize", "finalize", "allocate",
+                                                       "value",      "send",     "free"};
 
 std::string trimmed(const std::string& text) {
     const std::size_t first = text.find_first_not_of(" \t\n");
@@ -74,7 +77,7 @@ FaultSchedule::Fault FaultSchedule::parseFault(const std::string& text) {
     const std::size_t call = indexOf(names[0], kCallNames);
     if (call == kServiceCallCount) {
         refuse(names[0], text,
-               "is no call: choose initialize, finalize, allocate, value, get, send or free");
+               "is no call: choose initialize, finalize, allocate, value, send or free");
     }
     const std::optional<std::uint32_t> code = common::aisCode(names[1]);
     if (!code) {
@@ -116,19 +119,24 @@ SaAisErrorT FaultSchedule::answerTo(ServiceCall call) {
 }
 
 FaultSchedule* scheduledFaults() {
-    // Never deleted: clients may call in while the process ends.
-    static FaultSchedule* const schedule = []() -> FaultSchedule* {
-        const char* const text = common::trustedEnvironment(kVariable);
-        if (*text == '\0') {
-            return nullptr;
-        }
-        try {
-            return new FaultSchedule(text);
-        } catch (const std::invalid_argument& wrong) {
-            std::fprintf(stderr, "%s: %s; no faults are made\n", kVariable, wrong.what());
-            return nullptr;
-        }
-    }();
+    static bool isRead = false;
+    static FaultSchedule* schedule = nullptr; // never deleted: clients may call at the very end
+    std::unique_lock<std::mutex> lock(serviceMutex);
+    if (isRead) {
+        return schedule;
+    }
+    const char* const text = common::trustedEnvironment(kVariable);
+    std::string mistake;
+    try {
+        schedule = *text == '\0' ? nullptr : new FaultSchedule(text);
+    } catch (const std::invalid_argument& wrong) {
+        mistake = common::escapedText(wrong.what());
+    }
+    isRead = true;
+    lock.unlock();
+    if (!mistake.empty()) {
+        std::fprintf(stderr, "%s: %s; no faults are made\n", kVariable, mistake.c_str());
+    }
     return schedule;
 }
 

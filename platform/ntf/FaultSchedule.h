@@ -14,8 +14,8 @@
 namespace platform::ntf {
 
 /// The calls of the interface, as a schedule names them.
-enum class ServiceCall { Initialize, Finalize, Allocate, Value, Get, Send, Free };
-constexpr std::size_t kServiceCallCount = 7;
+enum class ServiceCall { Initialize, Finalize, Allocate, Value, Send, Free };
+constexpr std::size_t kServiceCallCount = 6;
 
 /// Which calls of the service are refused or delayed, so that a user can see how an application
 /// stands it. README.md describes the text. Any thread may ask.

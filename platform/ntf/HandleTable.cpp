@@ -1,19 +1,24 @@
 #include "platform/ntf/HandleTable.h"
 
 #include <iterator>
+#include <mutex>
 #include <utility>
+
+#include "platform/ntf/ServiceMutex.h"
 
 namespace platform::ntf {
 
 SaNtfHandleT HandleTable::open(std::shared_ptr<NotificationLog> log) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<std::mutex> lock(serviceMutex);
     m_logs.emplace(m_lastHandle + 1, std::move(log));
     return ++m_lastHandle;
 }
 
 bool HandleTable::close(SaNtfHandleT handle) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_logs.erase(handle) == 0) {
+    decltype(m_logs)::node_type log; // closes its file after the lock's end
+    const std::lock_guard<std::mutex> lock(serviceMutex);
+    log = m_logs.extract(handle);
+    if (log.empty()) {
         return false;
     }
     for (auto entry = m_notifications.begin(); entry != m_notifications.end();) {
@@ -24,7 +29,7 @@ bool HandleTable::close(SaNtfHandleT handle) {
 
 SaNtfNotificationHandleT HandleTable::add(SaNtfHandleT owner,
                                           std::shared_ptr<AlarmNotification> notification) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<std::mutex> lock(serviceMutex);
     const auto log = m_logs.find(owner);
     if (log == m_logs.end()) {
         return 0;
@@ -34,13 +39,13 @@ SaNtfNotificationHandleT HandleTable::add(SaNtfHandleT owner,
 }
 
 HandleTable::Entry HandleTable::find(SaNtfNotificationHandleT handle) const {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<std::mutex> lock(serviceMutex);
     const auto entry = m_notifications.find(handle);
     return entry == m_notifications.end() ? Entry{} : entry->second;
 }
 
 bool HandleTable::remove(SaNtfNotificationHandleT handle) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<std::mutex> lock(serviceMutex);
     return m_notifications.erase(handle) != 0;
 }
 

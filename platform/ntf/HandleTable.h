@@ -1,13 +1,12 @@
 #pragma once
 
+#include <map>
 #include <memory>
-#include <mutex>
-#include <unordered_map>
 
 #include <saNtf.h>
 
 #include "platform/ntf/AlarmNotification.h"
-#include "platform/ntf/log/NotificationLog.h"
+#include "platform/ntf/NotificationLog.h"
 
 namespace platform::ntf {
 
@@ -38,10 +37,11 @@ public:
     bool remove(SaNtfNotificationHandleT handle);
 
 private:
-    mutable std::mutex m_mutex;
+    // All guarded by the service's mutex. Maps, which need no memory when they are empty: the table
+    // is never destroyed, but the library may be unloaded.
     SaUint64T m_lastHandle = 0;
-    std::unordered_map<SaNtfHandleT, std::shared_ptr<NotificationLog>> m_logs;
-    std::unordered_map<SaNtfNotificationHandleT, Entry> m_notifications;
+    std::map<SaNtfHandleT, std::shared_ptr<NotificationLog>> m_logs;
+    std::map<SaNtfNotificationHandleT, Entry> m_notifications;
 };
 
 } // namespace platform::ntf

@@ -1,17 +1,23 @@
 // The calls of the NTF client interface: check the arguments, find the handle, pass on.
 
+#include <atomic>
 #include <cerrno>
+#include <cstddef>
+#include <cstdio>
+#include <exception>
 #include <limits>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include <saNtf.h>
 
 #include "platform/ntf/AlarmNotification.h"
 #include "platform/ntf/FaultSchedule.h"
 #include "platform/ntf/HandleTable.h"
+#include "platform/ntf/NotificationLog.h"
 #include "platform/ntf/log/AlarmRecord.h"
-#include "platform/ntf/log/NotificationLog.h"
+#include "platform/ntf/log/LogPath.h"
 
 namespace {
 
@@ -19,12 +25,13 @@ using namespace platform::ntf;
 
 constexpr SaVersionT kSupportedVersion = {'A', 1, 1};
 
-// Constructed when the library is loaded, so that it outlives every object of a client that uses
-// it.
-HandleTable handles;
+// Never destroyed: threads may still call while the process ends.
+alignas(HandleTable) std::byte handlesMemory[sizeof(HandleTable)];
+HandleTable& handles = *new (handlesMemory) HandleTable;
 
-/// Every call enters here: no exception reaches a C caller, and a scheduled fault comes first.
-template <typename Call> SaAisErrorT enter(ServiceCall name, Call call) noexcept {
+/// Every call enters here: a scheduled fault comes first, and no exception reaches a C caller, but
+/// for the unwinding of a thread that is cancelled, which must not be held up.
+template <typename Call> SaAisErrorT enter(ServiceCall name, Call call) {
     try {
         if (FaultSchedule* const faults = scheduledFaults()) {
             if (const SaAisErrorT refused = faults->answerTo(name); refused != SA_AIS_OK) {
@@ -34,8 +41,17 @@ template <typename Call> SaAisErrorT enter(ServiceCall name, Call call) noexcept
         return call();
     } catch (const std::bad_alloc&) {
         return SA_AIS_ERR_NO_MEMORY;
-    } catch (...) {
+    } catch (const std::exception&) {
         return SA_AIS_ERR_LIBRARY;
+    }
+}
+
+void tellThatThereIsNoLog() {
+    static std::atomic_flag told = ATOMIC_FLAG_INIT;
+    if (!told.test_and_set()) {
+        std::fputs("ruxa-ntf: no alarm can be sent: set RUXA_NTF_LOG to the path of a notification "
+                   "log (XDG_STATE_HOME and HOME do not say where one could be)\n",
+                   stderr);
     }
 }
 
@@ -47,6 +63,8 @@ SaAisErrorT resultOfAppend(int error) {
     case EDQUOT:
     case EFBIG:
         return SA_AIS_ERR_NO_RESOURCES;
+    case ENOMEM:
+        return SA_AIS_ERR_NO_MEMORY;
     default:
         return SA_AIS_ERR_LIBRARY;
     }
@@ -66,7 +84,12 @@ SaAisErrorT saNtfInitialize(SaNtfHandleT* ntfHandle, const SaNtfCallbacksT* /*ca
             asked.majorVersion != kSupportedVersion.majorVersion) {
             return SA_AIS_ERR_VERSION;
         }
-        *ntfHandle = handles.open(std::make_shared<NotificationLog>(notificationLogPath()));
+        std::filesystem::path path = notificationLogPath();
+        if (path.empty()) {
+            tellThatThereIsNoLog();
+            return SA_AIS_ERR_LIBRARY;
+        }
+        *ntfHandle = handles.open(std::make_shared<NotificationLog>(std::move(path)));
         return SA_AIS_OK;
     });
 }
@@ -122,26 +145,6 @@ SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT notificationHandle, SaU
             return SA_AIS_ERR_NO_SPACE;
         }
         *dataPtr = data;
-        return SA_AIS_OK;
-    });
-}
-
-SaAisErrorT saNtfPtrValGet(SaNtfNotificationHandleT notificationHandle, const SaNtfValueT* value,
-                           void** dataPtr, SaUint16T* dataSize) {
-    return enter(ServiceCall::Get, [&] {
-        if (value == nullptr || dataPtr == nullptr || dataSize == nullptr) {
-            return SA_AIS_ERR_INVALID_PARAM;
-        }
-        const auto entry = handles.find(notificationHandle);
-        if (!entry.notification) {
-            return SA_AIS_ERR_BAD_HANDLE;
-        }
-        void* const data = entry.notification->findValue(*value);
-        if (data == nullptr) {
-            return SA_AIS_ERR_INVALID_PARAM;
-        }
-        *dataPtr = data;
-        *dataSize = value->ptrVal.dataSize;
         return SA_AIS_OK;
     });
 }

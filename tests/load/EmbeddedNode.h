@@ -103,16 +103,19 @@ private:
     std::unique_ptr<ruxa::fm::fmi::v1::FaultManagementI> m_adapter;
 };
 
-/// Who raised a logged alarm. {0, 0} is nobody's.
+/// Who raised the alarm of a line of the log. {0, 0} is nobody's.
 struct Origin {
     unsigned client = 0;
     unsigned alarm = 0;
 };
 
-inline Origin originOf(const platform::ntf::AlarmRecord& record) {
+inline Origin originOf(const std::string& line) {
+    const auto record = platform::ntf::parseLine(line);
     Origin origin;
-    const bool known = std::sscanf(record.notificationObject.c_str(), "Client=%u,Alarm=%u",
+    const bool known = record &&
+                       std::sscanf(record->notificationObject.c_str(), "Client=%u,Alarm=%u",
                                    &origin.client, &origin.alarm) == 2 &&
-                       record.additionalText == Client::kText && record.additionalInfo.size() == 3;
+                       record->additionalText == Client::kText &&
+                       record->additionalInfo.size() == 3;
     return known ? origin : Origin{};
 }

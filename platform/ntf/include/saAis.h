@@ -36,19 +36,6 @@ typedef SaUint64T SaSizeT;
 /// Nanoseconds since 1970-01-01 00:00 UTC.
 typedef SaInt64T SaTimeT;
 #define SA_TIME_UNKNOWN (-0x7FFFFFFFFFFFFFFFLL - 1)
-#define SA_TIME_BEGIN 0x0LL
-#define SA_TIME_END 0x7FFFFFFFFFFFFFFFLL
-#define SA_TIME_ONE_MICROSECOND 1000LL
-#define SA_TIME_ONE_MILLISECOND 1000000LL
-#define SA_TIME_ONE_SECOND 1000000000LL
-
-typedef enum { SA_FALSE = 0, SA_TRUE = 1 } SaBoolT;
-
-typedef enum {
-    SA_DISPATCH_ONE = 1,
-    SA_DISPATCH_ALL = 2,
-    SA_DISPATCH_BLOCKING = 3
-} SaDispatchFlagsT;
 
 /// `length` bytes of `value` are the name; it needs no NUL.
 typedef struct {

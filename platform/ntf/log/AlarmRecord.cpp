@@ -1,49 +1,22 @@
 #include "platform/ntf/log/AlarmRecord.h"
 
-#include <type_traits>
+#include <charconv>
+#include <stdexcept>
 
 #include <nlohmann/json.hpp>
 
 #include "common/AlarmNames.h"
-#include "platform/ntf/log/RecordReader.h"
+#include "common/Escape.h"
 
 namespace platform::ntf {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Json = nlohmann::json;
 
+constexpr std::string_view kFirstKey = R"({"notificationId":)";
 constexpr char kNotificationType[] = "alarm";
 constexpr std::uint32_t kFirstEventType = 0x4000;
-// Follows the key of a text that is not UTF-8, which JSON cannot hold.
-constexpr char kBytesSuffix[] = "Hex";
-
-bool isUtf8(const std::string& text) {
-    try {
-        static_cast<void>(Json(text).dump());
-        return true;
-    } catch (const Json::type_error&) {
-        return false;
-    }
-}
-
-std::string toHex(std::string_view bytes) {
-    constexpr char kDigits[] = "0123456789abcdef";
-    std::string hex;
-    hex.reserve(2 * bytes.size());
-    for (const char byte : bytes) {
-        hex += kDigits[static_cast<unsigned char>(byte) >> 4];
-        hex += kDigits[static_cast<unsigned char>(byte) & 0xf];
-    }
-    return hex;
-}
-
-void putText(Json& json, const std::string& key, const std::string& text) {
-    json[key] = text;
-    if (!isUtf8(text)) {
-        json[key + kBytesSuffix] = toHex(text);
-    }
-}
 
 struct ElementKeys {
     const char* id;
@@ -52,69 +25,120 @@ struct ElementKeys {
 constexpr ElementKeys kInfoKeys = {"infoId", "infoType"};
 constexpr ElementKeys kActionKeys = {"actionId", "actionValueType"};
 
-Json toJson(const std::vector<Element>& elements, const ElementKeys& keys) {
-    Json list = Json::array();
+std::string member(const char* key, const std::string& json) {
+    return '"' + std::string(key) + "\":" + json;
+}
+
+std::string member(const char* key, std::int64_t number) {
+    return member(key, std::to_string(number));
+}
+
+std::string elementsText(const std::vector<Element>& elements, const ElementKeys& keys) {
+    std::string list;
     for (const Element& element : elements) {
-        Json json = {{keys.id, element.id}, {keys.type, element.type}, {"value", nullptr}};
-        std::visit(
-            [&json](const auto& value) {
-                using Value = std::decay_t<decltype(value)>;
-                if constexpr (std::is_same_v<Value, std::string>) {
-                    putText(json, "value", value);
-                } else if constexpr (std::is_arithmetic_v<Value>) {
-                    json["value"] = value;
-                }
-            },
-            element.value);
-        list.push_back(std::move(json));
+        list += (list.empty() ? "{" : ",{") + member(keys.id, element.id) + ',' +
+                member(keys.type, element.type) + ',' +
+                member("value", element.value ? common::jsonString(*element.value) : "null") + '}';
     }
-    return list;
+    return '[' + list + ']';
+}
+
+/// Throws what is no number, or one that `Number` does not hold.
+template <typename Number> void read(const Json& object, const char* key, Number& number) {
+    const Json& value = object.at(key);
+    if (!value.is_number_integer() || value != Json(value.get<Number>())) {
+        throw std::out_of_range(key);
+    }
+    value.get_to(number);
+}
+
+void read(const Json& object, const char* key, std::string& text) { object.at(key).get_to(text); }
+
+std::vector<Element> readElements(const Json& list, const ElementKeys& keys) {
+    std::vector<Element> elements;
+    for (const Json& json : list.get_ref<const Json::array_t&>()) {
+        Element& element = elements.emplace_back();
+        read(json, keys.id, element.id);
+        read(json, keys.type, element.type);
+        if (json.at("value").is_string()) {
+            read(json, "value", element.value.emplace());
+        }
+    }
+    return elements;
+}
+
+AlarmRecord readRecord(const Json& json) {
+    AlarmRecord record;
+    const auto& id = json.at("notificationId").get_ref<const std::string&>();
+    const auto result = std::from_chars(id.data(), id.data() + id.size(), record.notificationId);
+    if (result.ec != std::errc{} || result.ptr != id.data() + id.size() ||
+        json.at("notificationType") != kNotificationType) {
+        throw std::invalid_argument("no alarm notification");
+    }
+    read(json, "eventTimeNs", record.eventTimeNs);
+    read(json, "eventTypeCode", record.eventType);
+    read(json, "notificationObject", record.notificationObject);
+    read(json, "notifyingObject", record.notifyingObject);
+    read(json.at("classId"), "vendorId", record.vendorId);
+    read(json.at("classId"), "majorId", record.majorId);
+    read(json.at("classId"), "minorId", record.minorId);
+    read(json, "perceivedSeverityCode", record.perceivedSeverity);
+    read(json, "probableCause", record.probableCause);
+    read(json, "trend", record.trend);
+    read(json, "thresholdId", record.thresholdId);
+    read(json, "additionalText", record.additionalText);
+    record.additionalInfo = readElements(json.at("additionalInfo"), kInfoKeys);
+    record.proposedRepairActions = readElements(json.at("proposedRepairActions"), kActionKeys);
+    read(json, "processId", record.processId);
+    read(json, "threadId", record.threadId);
+    return record;
 }
 
 } // namespace
 
 std::string toLine(const AlarmRecord& record) {
-    Json json;
-    // Text: many JSON readers keep only 53 bits of a number.
-    json["notificationId"] = std::to_string(record.notificationId);
-    json["eventTime"] = formatTime(record.eventTimeNs);
-    json["eventTimeNs"] = record.eventTimeNs;
-    json["notificationType"] = kNotificationType;
-    json["eventType"] = common::nameOf(record.eventType - kFirstEventType, common::kEventTypeNames);
-    json["eventTypeCode"] = record.eventType;
-    putText(json, "notificationObject", record.notificationObject);
-    putText(json, "notifyingObject", record.notifyingObject);
-    json["classId"] = {
-        {"vendorId", record.vendorId}, {"majorId", record.majorId}, {"minorId", record.minorId}};
-    json["perceivedSeverity"] = common::nameOf(record.perceivedSeverity, common::kSeverityNames);
-    json["perceivedSeverityCode"] = record.perceivedSeverity;
-    json["probableCause"] = record.probableCause;
-    json["trend"] = record.trend;
-    json["thresholdId"] = record.thresholdId;
-    putText(json, "additionalText", record.additionalText);
-    json["additionalInfo"] = toJson(record.additionalInfo, kInfoKeys);
-    json["proposedRepairActions"] = toJson(record.proposedRepairActions, kActionKeys);
-    json["processId"] = record.processId;
-    json["threadId"] = record.threadId;
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    using common::jsonString;
+    using common::nameOf;
+    // The id is a text: many JSON readers keep only 53 bits of a number.
+    std::string line(kFirstKey);
+    line += jsonString(std::to_string(record.notificationId));
+    const auto put = [&line](const char* key, const auto& value) {
+        line += ',' + member(key, value);
+    };
+    put("eventTime", jsonString(formatTime(record.eventTimeNs)));
+    put("eventTimeNs", record.eventTimeNs);
+    put("notificationType", jsonString(kNotificationType));
+    put("eventType",
+        jsonString(nameOf(record.eventType - kFirstEventType, common::kEventTypeNames)));
+    put("eventTypeCode", record.eventType);
+    put("notificationObject", jsonString(record.notificationObject));
+    put("notifyingObject", jsonString(record.notifyingObject));
+    put("classId", '{' + member("vendorId", record.vendorId) + ',' +
+                       member("majorId", record.majorId) + ',' + member("minorId", record.minorId) +
+                       '}');
+    put("perceivedSeverity", jsonString(nameOf(record.perceivedSeverity, common::kSeverityNames)));
+    put("perceivedSeverityCode", record.perceivedSeverity);
+    put("probableCause", record.probableCause);
+    put("trend", record.trend);
+    put("thresholdId", record.thresholdId);
+    put("additionalText", jsonString(record.additionalText));
+    put("additionalInfo", elementsText(record.additionalInfo, kInfoKeys));
+    put("proposedRepairActions", elementsText(record.proposedRepairActions, kActionKeys));
+    put("processId", record.processId);
+    put("threadId", record.threadId);
+    return line += "}\n";
 }
 
-ParsedLine parseLine(std::string_view line) {
-    ParsedLine parsed;
-    if (line.find_first_not_of(" \n") == line.npos) {
-        parsed.kind = ParsedLine::Kind::Blank;
-        parsed.reason = "the line is blank";
-        return parsed;
+std::optional<AlarmRecord> parseLine(std::string_view line) {
+    // A process that was killed while another one was about to write leaves half a line in front of
+    // a whole one. Inside a text the key's quotes would be escaped.
+    line.remove_prefix(std::min(line.rfind(kFirstKey), line.size()));
+    try {
+        return readRecord(Json::parse(line));
+    } catch (const Json::exception&) {
+    } catch (const std::logic_error&) { // a value is not what an alarm notification has
     }
-    RecordReader reader(parsed.record);
-    Json::sax_parse(line.begin(), line.end(), &reader);
-    if (reader.isRecord()) {
-        parsed.kind = ParsedLine::Kind::Notification;
-    } else if (reader.isDocument()) {
-        parsed.kind = ParsedLine::Kind::Foreign;
-    }
-    parsed.reason = reader.reason();
-    return parsed;
+    return std::nullopt;
 }
 
 } // namespace platform::ntf

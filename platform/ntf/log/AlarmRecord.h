@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 #include "common/FormatTime.h"
@@ -12,16 +12,14 @@
 /// README.md describes the line's layout. Nothing here has state: any thread may call it.
 namespace platform::ntf {
 
-/// An entry of the additional information, or a proposed repair action. `value` is empty when the
-/// sender named a type but allocated no value, and the bytes of a type that is no number, a string
-/// without its terminating NUL. A number read back from a line is signed only below 0.
+/// An entry of the additional information, or a proposed repair action.
 struct Element {
     std::uint16_t id = 0;
-    std::uint32_t type = 0; ///< SaNtfValueTypeT
-    std::variant<std::monostate, std::int64_t, std::uint64_t, double, std::string> value;
+    std::uint32_t type = 0;           ///< SaNtfValueTypeT
+    std::optional<std::string> value; ///< of the type string, if the sender allocated it
 };
 
-/// Texts are the sender's bytes, valid UTF-8 or not.
+/// Texts are the sender's bytes; one that was read back has U+FFFD for what was not UTF-8.
 struct AlarmRecord {
     std::uint64_t notificationId = 0; ///< unique in the log, increasing within a process
     std::int64_t eventTimeNs = 0;     ///< since 1970-01-01 00:00 UTC
@@ -47,19 +45,8 @@ using common::formatTime;
 /// The record's line, newline included.
 std::string toLine(const AlarmRecord& record);
 
-struct ParsedLine {
-    enum class Kind {
-        Notification, ///< `record` holds it
-        Torn,         ///< no JSON document, as a writer that was cut off leaves it
-        Foreign,      ///< JSON, but no alarm notification
-        Blank         ///< empty, or what the next writer made of a torn line
-    };
-    Kind kind = Kind::Torn;
-    AlarmRecord record;
-    std::string reason; ///< why it is no notification
-};
-
-/// Reads a line back, with or without its newline. Texts get their original bytes again.
-ParsedLine parseLine(std::string_view line);
+/// Reads a line back, with or without its newline. Nothing when it is no whole notification: blank,
+/// half a line that a killed process left, or another program's.
+std::optional<AlarmRecord> parseLine(std::string_view line);
 
 } // namespace platform::ntf

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <tuple>
 #include <utility>
-#include <variant>
 
 namespace dolqctl {
 
@@ -11,17 +10,6 @@ namespace {
 
 constexpr std::uint32_t kCleared = 0; // SA_NTF_SEVERITY_CLEARED
 constexpr char kCorrelationPrefix[] = "CI=";
-
-std::string valueText(const platform::ntf::Element& element) {
-    struct {
-        std::string operator()(std::monostate) const { return {}; }
-        std::string operator()(const std::string& text) const { return text; }
-        std::string operator()(std::int64_t number) const { return std::to_string(number); }
-        std::string operator()(std::uint64_t number) const { return std::to_string(number); }
-        std::string operator()(double number) const { return std::to_string(number); }
-    } const toText;
-    return std::visit(toText, element.value);
-}
 
 bool isCorrelation(const std::string& entry) { return entry.rfind(kCorrelationPrefix, 0) == 0; }
 
@@ -38,7 +26,7 @@ void takeWhatItSays(const platform::ntf::AlarmRecord& record, Alarm& alarm) {
     alarm.correlationInfo.clear();
     alarm.info.clear();
     for (const platform::ntf::Element& element : record.additionalInfo) {
-        std::string entry = valueText(element);
+        std::string entry = element.value.value_or("");
         if (&element == &record.additionalInfo.front() && isCorrelation(entry)) {
             alarm.correlationInfo = std::move(entry);
         } else {
@@ -47,7 +35,7 @@ void takeWhatItSays(const platform::ntf::AlarmRecord& record, Alarm& alarm) {
     }
     alarm.programGroup = record.proposedRepairActions.empty()
                              ? std::string()
-                             : valueText(record.proposedRepairActions.front());
+                             : record.proposedRepairActions.front().value.value_or("");
 }
 
 } // namespace

@@ -43,17 +43,18 @@ void AlarmLog::close() {
     m_bytesRead = 0;
 }
 
-bool AlarmLog::next(platform::ntf::ParsedLine& line) {
+bool AlarmLog::next(std::optional<platform::ntf::AlarmRecord>& record) {
     std::string_view text;
     if (!findLine(text)) {
         return false;
     }
-    line = platform::ntf::parseLine(text);
+    record = platform::ntf::parseLine(text);
     ++m_counts.lines;
-    using Kind = platform::ntf::ParsedLine::Kind;
-    m_counts.notifications += line.kind == Kind::Notification ? 1 : 0;
-    m_counts.torn += line.kind == Kind::Torn ? 1 : 0;
-    m_counts.foreign += line.kind == Kind::Foreign ? 1 : 0;
+    if (record) {
+        ++m_counts.notifications;
+    } else if (text.find_first_not_of(' ') != text.npos) {
+        ++m_counts.skipped;
+    }
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,16 +24,15 @@ public:
     /// False when there is no file. Throws `std::system_error` when it may not be read.
     bool open();
 
-    /// The next line. False at the end of what is there now, or when a signal came while it waited.
-    /// Throws `std::system_error`.
-    bool next(platform::ntf::ParsedLine& line);
+    /// What the next line holds. False at the end of what is there now, or when a signal came while
+    /// it waited. Throws `std::system_error`.
+    bool next(std::optional<platform::ntf::AlarmRecord>& record);
 
     /// What went by.
     struct Counts {
         std::uint64_t lines = 0;
         std::uint64_t notifications = 0;
-        std::uint64_t torn = 0;    ///< lines cut off or otherwise no JSON
-        std::uint64_t foreign = 0; ///< JSON, but no alarm notification
+        std::uint64_t skipped = 0; ///< lines that are no whole notification
     };
     const Counts& counts() const { return m_counts; }
 

@@ -194,8 +194,7 @@ void AlarmView::end(const AlarmLog::Counts& counts, std::uint64_t ceasesWithoutA
     }
     const Json json = {{"notifications", counts.notifications},
                        {"ceasesWithoutAlarm", ceasesWithoutAlarm},
-                       {"tornLines", counts.torn},
-                       {"foreignLines", counts.foreign}};
+                       {"skippedLines", counts.skipped}};
     // The document goes on where its list of alarms ends.
     m_output.line((m_isFirst ? "],\n" : "\n],\n") + dump(json).substr(1));
 }

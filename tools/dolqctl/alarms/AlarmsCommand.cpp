@@ -10,7 +10,7 @@
 #include "alarms/AlarmLog.h"
 #include "alarms/AlarmView.h"
 #include "common/AlarmNames.h"
-#include "platform/ntf/log/NotificationLog.h"
+#include "platform/ntf/log/LogPath.h"
 
 namespace dolqctl {
 
@@ -126,10 +126,11 @@ private:
 
     /// What there is now.
     void read(Show what) {
-        for (platform::ntf::ParsedLine line; hasEnded == 0 && m_log.next(line);) {
+        for (std::optional<platform::ntf::AlarmRecord> record;
+             hasEnded == 0 && m_log.next(record);) {
             m_view.progress(m_log);
-            if (line.kind == platform::ntf::ParsedLine::Kind::Notification) {
-                take(line.record, what);
+            if (record) {
+                take(*record, what);
             }
         }
     }
@@ -154,10 +155,10 @@ private:
     /// What was left out since the last report.
     void report() {
         const AlarmLog::Counts& counts = m_log.counts();
-        if (counts.torn + counts.foreign != m_reported) {
-            m_reported = counts.torn + counts.foreign;
-            tell("left out of " + printable(m_log.path().string()) + ": torn lines " +
-                 std::to_string(counts.torn) + ", foreign lines " + std::to_string(counts.foreign));
+        if (counts.skipped != m_reported) {
+            m_reported = counts.skipped;
+            tell("lines of " + printable(m_log.path().string()) +
+                 " that are no whole notifications, left out: " + std::to_string(counts.skipped));
         }
     }
 

@@ -11,7 +11,7 @@
 #include "common/Environment.h"
 #include "common/TraceGroups.h"
 #include "doctor/Diagnosis.h"
-#include "platform/ntf/log/NotificationLog.h"
+#include "platform/ntf/log/LogPath.h"
 
 namespace dolqctl {
 
