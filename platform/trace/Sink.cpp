@@ -1,103 +1,181 @@
 #include "platform/trace/Sink.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <string>
-#include <string_view>
+#include <cerrno>
+#include <climits>
+#include <filesystem>
+#include <system_error>
 
 #include <fcntl.h>
-#include <spdlog/logger.h>
-#include <spdlog/pattern_formatter.h>
-#include <spdlog/sinks/basic_file_sink.h>
-#include <spdlog/sinks/stdout_sinks.h>
-#include <spdlog/sinks/syslog_sink.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <syslog.h>
 #include <unistd.h>
-
-#include "platform/trace/Settings.h"
 
 namespace platform::trace {
 
 namespace {
 
-constexpr char kSinkVariable[] = "RUXA_TRACE_SINK";
-constexpr char kDefaultSink[] = "stderr";
 constexpr std::string_view kFileScheme = "file:";
-constexpr char kLinePattern[] = "%Y-%m-%dT%T.%fZ %P %* %v"; // "%*" is the ThreadId below
+constexpr int kPatience = 100; // milliseconds
 
-/// The calling thread's id; spdlog's own one is that of the parent in a forked process.
-class ThreadId final : public spdlog::custom_flag_formatter {
-public:
-    void format(const spdlog::details::log_msg& /*message*/, const std::tm& /*time*/,
-                spdlog::memory_buf_t& line) override {
-        const std::string id = std::to_string(gettid());
-        line.append(id.data(), id.data() + id.size());
-    }
-    std::unique_ptr<spdlog::custom_flag_formatter> clone() const override {
-        return std::make_unique<ThreadId>();
-    }
-};
+std::string textOfErrno() { return std::generic_category().message(errno); }
 
-void useLineLayout(spdlog::sinks::sink& sink, const char* lineEnd) {
-    auto formatter =
-        std::make_unique<spdlog::pattern_formatter>(spdlog::pattern_time_type::utc, lineEnd);
-    formatter->add_flag<ThreadId>('*').set_pattern(kLinePattern);
-    sink.set_formatter(std::move(formatter));
+bool hasRoom(int descriptor, int patience) {
+    pollfd room{descriptor, POLLOUT, 0};
+    return ::poll(&room, 1, patience) == 1 && (room.revents & POLLOUT) != 0;
 }
 
-spdlog::sink_ptr stderrSink() {
-    auto sink = std::make_shared<spdlog::sinks::stderr_sink_st>();
-    useLineLayout(*sink, "\n");
-    return sink;
+/// Returns how many bytes got through; errno says why the others did not.
+std::size_t writeAll(int descriptor, std::string_view text, int patience) {
+    std::size_t done = 0;
+    for (bool waited = false; done < text.size();) {
+        const std::string_view rest = text.substr(done);
+        ssize_t count = ::send(descriptor, rest.data(), rest.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+        if (count < 0 && errno == ENOTSOCK) {
+            count = ::write(descriptor, rest.data(), rest.size());
+        }
+        if (count > 0) {
+            done += static_cast<std::size_t>(count);
+            waited = false;
+        } else if (count < 0 && errno == EAGAIN && !waited) {
+            hasRoom(descriptor, patience);
+            waited = true;
+        } else if (count == 0 || errno != EINTR) {
+            break;
+        }
+    }
+    return done;
 }
 
-spdlog::sink_ptr fileSink(const std::string& path) {
-    spdlog::file_event_handlers handlers;
-    handlers.after_open = [](const spdlog::filename_t& /*path*/, std::FILE* file) {
-        // Without a buffer each line is one append, so the lines of several processes stay whole.
-        std::setvbuf(file, nullptr, _IONBF, 0);
-        fcntl(fileno(file), F_SETFD, FD_CLOEXEC);
-    };
-    auto sink = std::make_shared<spdlog::sinks::basic_file_sink_st>(path, false, handlers);
-    useLineLayout(*sink, "\n");
-    return sink;
+std::size_t writeToStderr(std::string_view text, int patience) {
+    struct stat status {};
+    if (::fstat(STDERR_FILENO, &status) != 0) {
+        return 0;
+    }
+    if (S_ISREG(status.st_mode) || S_ISSOCK(status.st_mode)) {
+        return writeAll(STDERR_FILENO, text, patience);
+    }
+    // Opened anew, a pipe or a terminal is written without waiting, and nothing changes for those
+    // who share the descriptor. Each time: kept open, its reader would wait for its end.
+    const Descriptor anew(::open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (anew.number() >= 0) {
+        return writeAll(anew.number(), text, patience);
+    }
+    // Another user's: with room for one byte, a pipe takes this much at once.
+    errno = EAGAIN;
+    return hasRoom(STDERR_FILENO, patience)
+               ? writeAll(STDERR_FILENO, text.substr(0, PIPE_BUF), patience)
+               : 0;
 }
 
-spdlog::sink_ptr syslogSink() {
-    constexpr bool kFormat = true;
-    auto sink = std::make_shared<spdlog::sinks::syslog_sink_st>("", LOG_PID, LOG_USER, kFormat);
-    useLineLayout(*sink, "");
-    return sink;
+/// syslog(3) waits for the log daemon with a lock held that a forked process may find taken.
+bool sendToSyslog(int priority, const std::string& line, int patience) {
+    const std::string message = "<" + std::to_string(LOG_USER | priority) + ">" +
+                                program_invocation_short_name + "[" + std::to_string(getpid()) +
+                                "]: " + line;
+    const Descriptor log(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const sockaddr_un address{AF_UNIX, "/dev/log"};
+    return ::connect(log.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) ==
+               0 &&
+           writeAll(log.number(), message, patience) == message.size();
 }
 
-spdlog::sink_ptr chosenSink() {
-    const char* const variable = std::getenv(kSinkVariable);
-    const std::string value = variable != nullptr ? variable : kDefaultSink;
-    if (value == kDefaultSink) {
-        return stderrSink();
+int openFile(const std::filesystem::path& path, std::string& reason) {
+    constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    constexpr mode_t kMode = S_IRUSR | S_IWUSR | S_IRGRP;
+    using std::filesystem::perms;
+    const auto folder = path.has_parent_path() ? path.parent_path() : ".";
+    std::error_code error;
+    create_directories(folder, error);
+    int file = ::open(path.c_str(), kFlags | O_NOFOLLOW, kMode);
+    if (file < 0 && errno == ELOOP) {
+        const perms others = perms::group_write | perms::others_write;
+        if ((status(folder, error).permissions() & others) != perms::none) {
+            reason = "it is a symbolic link in a folder that others can write to";
+            return -1;
+        }
+        file = ::open(path.c_str(), kFlags, kMode);
     }
-    if (value == "syslog") {
-        return syslogSink();
+    struct stat opened {};
+    if (file < 0 && errno != ENXIO) {
+        reason = textOfErrno();
+    } else if (::fstat(file, &opened) != 0 ||
+               !(S_ISREG(opened.st_mode) || S_ISCHR(opened.st_mode))) {
+        ::close(file);
+        file = -1;
+        reason = "it is neither a file nor a device";
     }
-    const bool isFile = value.compare(0, kFileScheme.size(), kFileScheme) == 0;
-    if (!isFile || value.size() == kFileScheme.size()) {
-        reportUnusedSetting(kSinkVariable, value, "it must be stderr, file:PATH or syslog",
-                            kDefaultSink);
-        return stderrSink();
+    return file;
+}
+
+int openChoice(const std::string& choice, std::string& reason) {
+    if (choice.compare(0, kFileScheme.size(), kFileScheme) == 0 &&
+        choice.size() > kFileScheme.size()) {
+        return openFile(choice.substr(kFileScheme.size()), reason);
     }
-    try {
-        return fileSink(value.substr(kFileScheme.size()));
-    } catch (const spdlog::spdlog_ex& failure) {
-        reportUnusedSetting(kSinkVariable, value, failure.what(), kDefaultSink);
-        return stderrSink();
+    if (choice != "stderr" && choice != "syslog") {
+        reason = "it must be stderr, file:PATH or syslog";
     }
+    return -1;
 }
 
 } // namespace
 
-std::unique_ptr<spdlog::logger> openSink() {
-    auto logger = std::make_unique<spdlog::logger>("ruxa-trace", chosenSink());
-    logger->set_level(spdlog::level::trace);
-    return logger;
+Descriptor::Descriptor(int number) : m_number(number) {
+    if (number >= 0 && number <= STDERR_FILENO) {
+        m_number = ::fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+        ::close(number);
+    }
+}
+
+Descriptor::~Descriptor() {
+    if (m_number >= 0) {
+        ::close(m_number);
+    }
+}
+
+Sink::Sink(const std::string& choice, std::string& reason)
+    : m_hasStderr(::fcntl(STDERR_FILENO, F_GETFD) >= 0), m_isSyslog(choice == "syslog"),
+      m_file(openChoice(choice, reason)) {
+    ::fstat(m_file.number(), &m_identity);
+}
+
+bool Sink::write(int priority, const std::string& line) {
+    const std::string text = (m_torn ? "\n" : "") + line + "\n";
+    errno = EBADF; // what is left of it when there is nothing to write to
+    const std::size_t done = deliver(priority, line, text);
+    const bool whole = done == text.size();
+    if (done > 0) {
+        m_torn = !whole;
+    }
+    const bool isFirst = !whole && !m_failing;
+    if (isFirst && (m_isSyslog || m_file.number() >= 0)) {
+        tell("messages are lost: " + textOfErrno());
+    }
+    m_failing = !whole;
+    return whole;
+}
+
+void Sink::tell(const std::string& text) const {
+    if (m_hasStderr) {
+        writeToStderr("ruxa-trace: " + text + "\n", kPatience);
+    }
+}
+
+std::size_t Sink::deliver(int priority, const std::string& line, std::string_view text) const {
+    const int patience = m_failing ? 0 : kPatience;
+    if (m_isSyslog) {
+        return sendToSyslog(priority, line, patience) ? text.size() : 0;
+    }
+    if (m_file.number() < 0) {
+        return m_hasStderr ? writeToStderr(text, patience) : 0;
+    }
+    // An application that closes all descriptors may have opened another file under the number.
+    struct stat current {};
+    const bool isOwn = ::fstat(m_file.number(), &current) == 0 &&
+                       current.st_dev == m_identity.st_dev && current.st_ino == m_identity.st_ino;
+    return isOwn ? writeAll(m_file.number(), text, patience) : 0;
 }
 
 } // namespace platform::trace

@@ -1,16 +1,53 @@
 #pragma once
 
-#include <memory>
+#include <atomic>
+#include <string>
+#include <string_view>
 
-namespace spdlog {
-class logger;
-}
+#include <sys/stat.h>
 
 namespace platform::trace {
 
-/// Opens what `RUXA_TRACE_SINK` names. The logger puts the time, the process id and the thread id
-/// before each message, hands it over as one line in one write, and lets no failure out. It takes
-/// no lock: one message at a time.
-std::unique_ptr<spdlog::logger> openSink();
+/// A file descriptor, or none, that is closed at the end. It leaves 0, 1 and 2 to the application.
+class Descriptor {
+public:
+    explicit Descriptor(int number);
+    ~Descriptor();
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    /// Negative: none.
+    int number() const { return m_number; }
+
+private:
+    int m_number;
+};
+
+/// Where the lines go: what `RUXA_TRACE_SINK` names. It holds no lock. Nobody is to be cancelled or
+/// to get a signal while it opens and writes.
+class Sink {
+public:
+    /// `choice`: "stderr", "file:PATH" or "syslog". What cannot be used is stderr, and `reason`
+    /// says why.
+    Sink(const std::string& choice, std::string& reason);
+
+    /// Hands over a line, which has no line end yet. False when it is lost, if only in part: no
+    /// room, nobody there, or nobody who reads. It waits for that one no longer than 100 ms, and
+    /// not at all when the line before was lost as well.
+    bool write(int priority, const std::string& line);
+
+    /// Tells the operator something on stderr.
+    void tell(const std::string& text) const;
+
+private:
+    std::size_t deliver(int priority, const std::string& line, std::string_view text) const;
+
+    const bool m_hasStderr;
+    const bool m_isSyslog;
+    const Descriptor m_file;
+    struct stat m_identity {};
+    std::atomic<bool> m_failing{false};
+    std::atomic<bool> m_torn{false}; // what was written last is half a line
+};
 
 } // namespace platform::trace

@@ -3,9 +3,7 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
-#include <exception>
-#include <memory>
+#include <ctime>
 #include <mutex>
 #include <new>
 #include <system_error>
@@ -13,21 +11,27 @@
 
 #include <pthread.h>
 #include <ruxa/trace/v2/TraceBackend.h>
-#include <spdlog/logger.h>
+#include <syslog.h>
+#include <unistd.h>
 
+#include "common/Environment.h"
 #include "common/Escape.h"
-#include "platform/trace/Settings.h"
+#include "common/FormatTime.h"
+#include "common/TraceGroups.h"
 #include "platform/trace/Sink.h"
 #include "platform/trace/ThreadText.h"
+#include "platform/trace/Undisturbed.h"
 
 namespace ruxa::trace::v2 {
 
 namespace {
 
-using platform::trace::enabledGroups;
-using platform::trace::openSink;
-using platform::trace::threadText;
-using platform::trace::traceObjectPrefix;
+using platform::trace::Sink;
+using platform::trace::Undisturbed;
+
+constexpr char kGroupsVariable[] = "RUXA_TRACE_GROUPS";
+constexpr char kSinkVariable[] = "RUXA_TRACE_SINK";
+constexpr std::uint32_t kDefaultGroups = 1u << 0;
 
 constexpr std::uintptr_t kDefaultObject = 1;
 
@@ -36,17 +40,32 @@ void* handleOf(std::uintptr_t number) {
     return reinterpret_cast<void*>(number);
 }
 
-/// Guards the making of the backend and all that changes in it. The handlers of fork are there from
-/// loading on: a process forked while another thread traces, be it for the first time, gets the
-/// mutex unlocked and the backend whole.
+/// Messages lost since one got through.
+std::atomic<unsigned long> lost{0};
+
+/// Guards the making of the backend and all that changes in it; never held while a line is written.
+/// The handlers of fork are there from loading on: a process forked while another thread traces, be
+/// it for the first time, gets the mutex unlocked and the backend whole.
 std::mutex mutex;
 [[maybe_unused]] const int kForkHandlers =
-    pthread_atfork([] { mutex.lock(); }, [] { mutex.unlock(); }, [] { mutex.unlock(); });
+    pthread_atfork([] { mutex.lock(); }, [] { mutex.unlock(); },
+                   [] {
+                       mutex.unlock();
+                       lost = 0; // the parent tells
+                   });
+
+std::string chosenPrefix() {
+    const char* const prefix = common::trustedEnvironment("RUXA_TRACE_PREFIX", nullptr);
+    return prefix != nullptr ? prefix : std::string(program_invocation_short_name) + ".";
+}
 
 struct Backend {
-    const std::uint32_t groups = enabledGroups();
-    const std::string prefix = traceObjectPrefix();
-    const std::unique_ptr<spdlog::logger> logger = openSink();
+    Backend(std::uint32_t enabled, const std::string& sinkChoice, std::string& refusal)
+        : groups(enabled), sink(sinkChoice, refusal) {}
+
+    const std::uint32_t groups; // bit n for group n
+    Sink sink;
+    const std::string prefix = chosenPrefix();
     /// The name, escaped, of each handle.
     std::unordered_map<void*, std::string> objects{
         {handleOf(kDefaultObject), common::escapedWord(prefix + "default")}};
@@ -56,11 +75,35 @@ struct Backend {
 
 std::atomic<Backend*> instance{nullptr};
 
+/// A text for the operator about the value of an environment variable.
+std::string notUsed(const char* variable, const std::string& value, const std::string& reason,
+                    const char* used) {
+    return std::string(variable) + "=\"" + common::escapedText(value) +
+           "\" is not used: " + common::escapedText(reason) + ". Tracing uses " + used +
+           " instead.";
+}
+
 Backend& createBackend() {
-    const std::lock_guard<std::mutex> lock(mutex);
-    if (instance == nullptr) {
+    const Undisturbed undisturbed;
+    const std::string groups = common::trustedEnvironment(kGroupsVariable, "0");
+    const std::string sink = common::trustedEnvironment(kSinkVariable, "stderr");
+    const auto enabled = common::parseTraceGroups(groups);
+    std::string refusal;
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        if (instance != nullptr) {
+            return *instance;
+        }
         // Never deleted: other libraries trace from their static destructors.
-        instance = new Backend;
+        instance = new Backend(enabled.value_or(kDefaultGroups), sink, refusal);
+    }
+    if (!enabled) {
+        instance.load()->sink.tell(
+            notUsed(kGroupsVariable, groups,
+                    "it must be all, none, or numbers from 0 to 8 joined by commas", "group 0"));
+    }
+    if (!refusal.empty()) {
+        instance.load()->sink.tell(notUsed(kSinkVariable, sink, refusal, "stderr"));
     }
     return *instance;
 }
@@ -71,15 +114,51 @@ Backend& backend() {
     return existing != nullptr ? *existing : createBackend();
 }
 
+std::string nameOf(Backend& own, void* traceObject) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    const auto object = own.objects.find(traceObject);
+    return object != own.objects.end() ? object->second : "(unregistered)";
+}
+
+std::string lineOf(const std::string& object, TraceGroup::e group, const std::string& origin,
+                   const std::string& text) {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return common::formatTime(now.tv_sec * 1'000'000'000 + now.tv_nsec) + " " +
+           std::to_string(getpid()) + " " + std::to_string(gettid()) + " " + object + " " +
+           std::to_string(group) + " " + origin + " " + text;
+}
+
 /// Only syslog tells its receivers how grave a message is.
-spdlog::level::level_enum levelOf(TraceGroup::e group) {
+int priorityOf(TraceGroup::e group) {
     switch (group) {
     case TraceGroup::FAILURE:
-        return spdlog::level::err;
+        return LOG_ERR;
     case TraceGroup::FLOW:
-        return spdlog::level::info;
+        return LOG_INFO;
     default:
-        return spdlog::level::debug;
+        return LOG_DEBUG;
+    }
+}
+
+/// How many messages nobody has heard of yet. What is left of it is told another time.
+struct Untold {
+    unsigned long count = lost.exchange(0);
+    ~Untold() { lost += count; }
+};
+
+void record(Backend& own, const std::string& object, TraceGroup::e group, const std::string& origin,
+            const std::string& text) {
+    Untold untold;
+    if (untold.count != 0 &&
+        own.sink.write(LOG_ERR,
+                       lineOf(nameOf(own, handleOf(kDefaultObject)), TraceGroup::FAILURE,
+                              "ruxa-trace:0", "messages lost: " + std::to_string(untold.count)))) {
+        untold.count = 0;
+    }
+    if (untold.count != 0 ||
+        !own.sink.write(priorityOf(group), lineOf(object, group, origin, text))) {
+        ++untold.count;
     }
 }
 
@@ -118,14 +197,19 @@ void TraceBackend::deregisterTraceObject(void* traceObject) {
     if (traceObject == getDefaultTraceObject()) {
         return;
     }
-    Backend& own = backend();
-    const std::lock_guard<std::mutex> lock(mutex);
-    own.objects.erase(traceObject);
+    if (Backend* const own = instance) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        own->objects.erase(traceObject);
+    }
 }
 
 bool TraceBackend::isTraceGroupEnabled(void* /*traceObject*/, TraceGroup::e group) {
     const auto number = static_cast<unsigned>(group);
-    return number < 32 && ((backend().groups >> number) & 1u) != 0;
+    try {
+        return number < 32 && ((backend().groups >> number) & 1u) != 0;
+    } catch (const std::bad_alloc&) {
+        return true; // `Trace` tries again, and counts
+    }
 }
 
 const char* TraceBackend::formatStr(const char* format, ...) {
@@ -137,7 +221,7 @@ const char* TraceBackend::formatStr(const char* format, ...) {
     const char* text = "(no memory for the text)";
     try {
         // Made before the previous text goes, which may be among the arguments.
-        text = (threadText() = formatted(format, arguments)).c_str();
+        text = (platform::trace::threadText() = formatted(format, arguments)).c_str();
     } catch (const std::bad_alloc&) {
         // `text` says it.
     }
@@ -148,21 +232,18 @@ const char* TraceBackend::formatStr(const char* format, ...) {
 void TraceBackend::Trace(void* traceObject, TraceGroup::e group, const char* file,
                          unsigned int line, const char* text) {
     try {
-        if (!isTraceGroupEnabled(traceObject, group)) {
-            return;
-        }
-        const std::string origin =
-            common::escapedWord(file != nullptr ? file : "") + ":" + std::to_string(line);
-        const std::string message = common::escapedText(text != nullptr ? text : "(no text)");
+        const Undisturbed undisturbed;
         Backend& own = backend();
-        const std::lock_guard<std::mutex> lock(mutex);
-        const auto object = own.objects.find(traceObject);
-        const std::string& name = object != own.objects.end() ? object->second : "(unregistered)";
-        own.logger->log(levelOf(group),
-                        name + " " + std::to_string(group) + " " + origin + " " + message);
-    } catch (const std::exception& failure) {
-        std::fprintf(stderr, "ruxa-trace: a message is lost: %s\n", failure.what());
+        if (isTraceGroupEnabled(traceObject, group)) {
+            const std::string origin =
+                common::escapedWord(file != nullptr ? file : "") + ":" + std::to_string(line);
+            record(own, nameOf(own, traceObject), group, origin,
+                   common::escapedText(text != nullptr ? text : "(no text)"));
+        }
+    } catch (const std::bad_alloc&) {
+        ++lost;
     }
+    pthread_testcancel();
 }
 
 } // namespace ruxa::trace::v2

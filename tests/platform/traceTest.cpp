@@ -1,99 +1,108 @@
-#include <algorithm>
 #include <atomic>
-#include <cstdarg>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <set>
-#include <sstream>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
-#include <dlfcn.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <ruxa/trace/v2/TraceBackend.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-// Stands in for the C library's: what reaches the system's log shows on stderr.
-extern "C" [[gnu::visibility("default"), gnu::format(printf, 2, 3)]] void
-syslog(int priority, const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::fprintf(stderr, "<%d>\n", priority);
-    std::vfprintf(stderr, format, arguments);
-    std::fputc('\n', stderr);
-    va_end(arguments);
+#include "FailingMalloc.h"
+
+namespace {
+sockaddr_un g_log{AF_UNIX, ""}; // takes the place of /dev/log
+bool g_setUserId = false;       // as in a program that runs with another user's rights
+} // namespace
+
+// Both stand in for the C library's.
+extern "C" [[gnu::visibility("default")]] int connect(int socket, const sockaddr* /*address*/,
+                                                      socklen_t length) {
+    return static_cast<int>(syscall(SYS_connect, socket, &g_log, length));
+}
+
+extern "C" [[gnu::visibility("default")]] char* secure_getenv(const char* name) noexcept {
+    return g_setUserId ? nullptr : std::getenv(name);
 }
 
 namespace {
 
+namespace fs = std::filesystem;
 using ruxa::trace::v2::TraceBackend;
 using ruxa::trace::v2::TraceGroup;
 
+constexpr char kGroups[] = "RUXA_TRACE_GROUPS";
+constexpr char kPrefix[] = "RUXA_TRACE_PREFIX";
+constexpr char kSink[] = "RUXA_TRACE_SINK";
+
 using Environment = std::vector<std::pair<const char*, std::string>>;
 
-struct Ended {
-    std::string errors; // all that it wrote to stderr
-    bool succeeded;
-    pid_t pid;
-};
+// A child of this process; false when it fails or is stuck.
+bool succeeds(const std::function<bool()>& program, pid_t pid = fork()) {
+    if (pid == 0) {
+        alarm(60); // seconds; a deadlock shows as a failure
+        std::exit(program() ? EXIT_SUCCESS : EXIT_FAILURE);
+    }
+    int status = 0;
+    return waitpid(pid, &status, 0) == pid && status == 0;
+}
 
-struct Running {
-    pid_t pid;
-    int errors; // the end of a pipe from its stderr
-};
+// The lines without time and process id, and with "thread" for the id of any thread but the first.
+// What is no trace line stays as it is.
+std::string plain(std::istream&& output) {
+    std::string text;
+    for (std::string line; std::getline(output, line);) {
+        int process = 0;
+        int thread = 0;
+        int length = 0;
+        if (std::sscanf(line.c_str(), "%*4d-%*2d-%*2dT%*2d:%*2d:%*2d.%*6dZ %d %d %n", &process,
+                        &thread, &length) == 2 &&
+            line.find('Z') == std::strlen("0000-00-00T00:00:00.000000")) {
+            line.replace(0, static_cast<std::size_t>(length), process == thread ? "" : "thread ");
+        }
+        text += line + "\n";
+    }
+    return text;
+}
 
 // The settings are read once per process, so each case has a process of its own, with `environment`
-// as the only settings. This process itself never traces.
-Running startProcess(const Environment& environment, const std::function<bool()>& program) {
-    constexpr unsigned kStuck = 120; // seconds; a deadlock shows as a failure
-    int ends[2];
-    if (pipe(ends) != 0) {
-        throw std::runtime_error("no pipe");
-    }
-    const pid_t pid = fork();
-    if (pid == 0) {
-        alarm(kStuck);
-        dup2(ends[1], STDERR_FILENO);
-        close(ends[0]);
-        close(ends[1]);
-        for (const char* name : {"RUXA_TRACE_SINK", "RUXA_TRACE_GROUPS", "RUXA_TRACE_PREFIX"}) {
+// as the only settings; this one never traces. Returns what it wrote to stderr.
+std::string errorsOf(const Environment& environment, const std::function<bool()>& program) {
+    const fs::path errors = testing::TempDir() + "ruxa-trace-errors-" + std::to_string(getpid());
+    EXPECT_TRUE(succeeds([&] {
+        dup2(open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+        closefrom(STDERR_FILENO + 1);
+        for (const char* name : {kGroups, kPrefix, kSink}) {
             unsetenv(name);
         }
         for (const auto& [name, value] : environment) {
             setenv(name, value.c_str(), 1);
         }
-        std::exit(program() ? EXIT_SUCCESS : EXIT_FAILURE);
-    }
-    close(ends[1]);
-    return {pid, ends[0]};
+        return program();
+    }));
+    const std::string text = plain(std::ifstream(errors));
+    fs::remove(errors);
+    return text;
 }
 
-Ended awaitEnd(const Running& process) {
-    Ended ended{"", false, process.pid};
-    char bytes[4096];
-    for (ssize_t count = 0; (count = read(process.errors, bytes, sizeof bytes)) > 0;) {
-        ended.errors.append(bytes, static_cast<std::size_t>(count));
-    }
-    close(process.errors);
-    int status = 0;
-    waitpid(process.pid, &status, 0);
-    ended.succeeded = WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
-    return ended;
-}
-
-Ended runProcess(const Environment& environment, const std::function<bool()>& program) {
-    return awaitEnd(startProcess(environment, program));
-}
-
-void trace(const char* text, void* object = TraceBackend::getDefaultTraceObject(),
-           TraceGroup::e group = TraceGroup::FAILURE) {
+bool trace(const char* text, void* object = nullptr, TraceGroup::e group = TraceGroup::FAILURE) {
     TraceBackend::Trace(object, group, "unit", 7, text);
+    return true;
 }
 
 void inThreads(int count, const std::function<void(int)>& work) {
@@ -106,141 +115,83 @@ void inThreads(int count, const std::function<void(int)>& work) {
     }
 }
 
-struct Line {
-    std::string time, process, thread, rest;
+// How often `text` stands in `output`.
+int occurrences(const std::string& output, const std::string& text) {
+    int found = 0;
+    for (std::size_t at = 0; (at = output.find(text, at)) != std::string::npos; ++at) {
+        ++found;
+    }
+    return found;
+}
+
+class TraceFile : public testing::Test {
+protected:
+    void SetUp() override { fs::create_directory(folder); }
+    void TearDown() override { fs::remove_all(folder); }
+
+    const fs::path folder = testing::TempDir() + "ruxa-trace-test-" + std::to_string(getpid());
+    const fs::path file = folder / "trace";
+    const Environment sink = {{kSink, "file:" + file.string()}};
 };
 
-// What is no trace line, a report for instance, is all `rest`.
-std::vector<Line> linesOf(std::istream&& output) {
-    std::vector<Line> lines;
-    for (std::string text; std::getline(output, text);) {
-        Line line;
-        std::istringstream words(text);
-        words >> line.time >> line.process >> line.thread;
-        std::string shape = line.time;
-        std::replace_if(
-            shape.begin(), shape.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
-        if (shape == "0000-00-00T00:00:00.000000Z" && words.get() == ' ') {
-            std::getline(words, line.rest);
-            lines.push_back(line);
-        } else {
-            lines.push_back({"", "", "", text});
-        }
-    }
-    return lines;
-}
-
-// What each line of `output` holds behind the time and the two ids.
-std::string withoutStamps(const std::string& output) {
-    std::string text;
-    for (const Line& line : linesOf(std::istringstream(output))) {
-        text += line.rest + "\n";
-    }
-    return text;
-}
-
-struct TemporaryFile {
-    const std::string path = testing::TempDir() + "ruxa-trace-test-" + std::to_string(getpid());
-    ~TemporaryFile() { std::remove(path.c_str()); }
-};
-
-TEST(Trace, IsReachedByItsMangledNames) {
-    for (const char* name : {
-             "21getDefaultTraceObjectEv",
-             "20getTraceObjectPrefixB5cxx11Ev",
-             "19registerTraceObjectERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE",
-             "21deregisterTraceObjectEPv",
-             "19isTraceGroupEnabledEPvNS1_10TraceGroup1eE",
-             "9formatStrEPKcz",
-             "5TraceEPvNS1_10TraceGroup1eEPKcjS7_",
-         }) {
-        const std::string whole = std::string("_ZN4ruxa5trace2v212TraceBackend") + name;
-        EXPECT_NE(dlsym(RTLD_DEFAULT, whole.c_str()), nullptr) << whole;
-    }
-}
-
-TEST(Trace, WritesOneLineWithAllFields) {
-    const Ended ended = runProcess({{"RUXA_TRACE_GROUPS", "0,4"}}, [] {
+TEST_F(TraceFile, HoldsOneLineAMessageWithAllFields) {
+    errorsOf({sink[0], {kGroups, "0,4"}}, [] {
         void* const object = TraceBackend::registerTraceObject("my.Object");
         TraceBackend::Trace(object, TraceGroup::FLOW, "dolqAdapterImpl", 123, " a  text ");
-        std::thread([] { trace("of a thread"); }).join();
+        std::thread([] { trace("other", TraceBackend::getDefaultTraceObject()); }).join();
         trace("of a disabled group", object, TraceGroup::DETAIL);
         return TraceBackend::getTraceObjectPrefix() == "platform-trace-test.";
     });
-    const auto lines = linesOf(std::istringstream(ended.errors));
-    ASSERT_EQ(lines.size(), 2u) << ended.errors;
-    EXPECT_EQ(lines[0].rest, "my.Object 4 dolqAdapterImpl:123  a  text ");
-    EXPECT_EQ(lines[1].rest, "platform-trace-test.default 0 unit:7 of a thread");
-    const std::string pid = std::to_string(ended.pid);
-    EXPECT_EQ(lines[0].process, pid);
-    EXPECT_EQ(lines[0].thread, pid);
-    EXPECT_EQ(lines[1].process, pid);
-    EXPECT_NE(lines[1].thread, pid);
-    EXPECT_TRUE(ended.succeeded);
+    EXPECT_EQ(plain(std::ifstream(file)), "my.Object 4 dolqAdapterImpl:123  a  text \n"
+                                          "thread platform-trace-test.default 0 unit:7 other\n");
 }
 
-struct Escaping {
-    const char* name;
-    const char* text;
-    const char* written;
-};
-
-class TraceText : public testing::TestWithParam<Escaping> {};
-
-TEST_P(TraceText, CannotForgeALine) {
-    const Ended ended = runProcess({{"RUXA_TRACE_PREFIX", "p."}}, [] {
-        trace(GetParam().text);
+TEST(Trace, TextsCannotForgeALine) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"a\np.default 0 unit:7 forged", R"(a\np.default 0 unit:7 forged)"},
+        {"\r\t\v\x1B[2K\x01\x7F", R"(\x0D\t\x0B\x1B[2K\x01\x7F)"},    // C0 and DEL
+        {R"(a\n\)", R"(a\\n\\)"},                                     //
+        {"\xC2\x85\xC2\x9F\xC2\xA0", "\\xC2\\x85\\xC2\\x9F\xC2\xA0"}, // C1, and beyond
+        {"\xE2\x80\xA8\xE2\x80\xA9", R"(\xE2\x80\xA8\xE2\x80\xA9)"},  // line separators
+        {"\xE2\x80\xAE\xE2\x81\xA9", R"(\xE2\x80\xAE\xE2\x81\xA9)"},  // direction of text
+        {"\xD8\x9C\xE2\x80\x8E\xE2\x80\x8F", R"(\xD8\x9C\xE2\x80\x8E\xE2\x80\x8F)"}, // its marks
+        {"\xD8\x9B\xE2\x80\x8D\xE2\x80\x90", "\xD8\x9B\xE2\x80\x8D\xE2\x80\x90"},    // beside these
+        {"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF",
+         "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF"},
+        {"\x85\xFF!\xE2\x82", R"(\x85\xFF!\xE2\x82)"},       // stray bytes, half a character
+        {"\xC0\x8A\xE0\x80\x8A", R"(\xC0\x8A\xE0\x80\x8A)"}, // overlong
+        {"\xED\xA0\x80\xF4\x90\x80\x80", R"(\xED\xA0\x80\xF4\x90\x80\x80)"}, // no code points
+        {"\xE2\x82\n", R"(\xE2\x82\n)"},
+        {"%s%n{}", "%s%n{}"},
+        {"", ""},
+        {nullptr, "(no text)"},
+    };
+    std::string expected;
+    for (const auto& row : rows) {
+        expected += std::string("(unregistered) 0 unit:7 ") + row.second + "\n";
+    }
+    const std::string lines = errorsOf({}, [&rows] {
+        for (const auto& row : rows) {
+            trace(row.first);
+        }
         return true;
     });
-    EXPECT_EQ(withoutStamps(ended.errors),
-              std::string("p.default 0 unit:7 ") + GetParam().written + "\n");
+    EXPECT_EQ(lines, expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Escapes, TraceText,
-    testing::Values(
-        Escaping{"LineFeed", "a\np.default 0 unit:7 forged", R"(a\np.default 0 unit:7 forged)"},
-        Escaping{"OtherC0", "\r\t\v\x1B[2K\x01", R"(\x0D\t\x0B\x1B[2K\x01)"},
-        Escaping{"Delete", "a\x7F", R"(a\x7F)"}, Escaping{"Backslash", R"(a\n\)", R"(a\\n\\)"},
-        Escaping{"NextLineOfC1", "\xC2\x85", R"(\xC2\x85)"},
-        Escaping{"LastOfC1AndFirstBehind", "\xC2\x9F\xC2\xA0", "\\xC2\\x9F\xC2\xA0"},
-        Escaping{"LineSeparators", "\xE2\x80\xA8\xE2\x80\xA9", R"(\xE2\x80\xA8\xE2\x80\xA9)"},
-        Escaping{"TextDirection", "\xE2\x80\xAE\xE2\x81\xA9", R"(\xE2\x80\xAE\xE2\x81\xA9)"},
-        Escaping{"DirectionMarks", "\xD8\x9C\xE2\x80\x8E\xE2\x80\x8F",
-                 R"(\xD8\x9C\xE2\x80\x8E\xE2\x80\x8F)"},
-        Escaping{"BesideTheDirectionMarks", "\xD8\x9B\xE2\x80\x8D\xE2\x80\x90",
-                 "\xD8\x9B\xE2\x80\x8D\xE2\x80\x90"},
-        Escaping{"WellFormed", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF",
-                 "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF"},
-        Escaping{"StrayBytes", "\x85\xFF!", R"(\x85\xFF!)"},
-        Escaping{"Overlong", "\xC0\x8A\xE0\x80\x8A", R"(\xC0\x8A\xE0\x80\x8A)"},
-        Escaping{"Surrogate", "\xED\xA0\x80", R"(\xED\xA0\x80)"},
-        Escaping{"BeyondUnicode", "\xF4\x90\x80\x80", R"(\xF4\x90\x80\x80)"},
-        Escaping{"CutCharacter", "\xE2\x82", R"(\xE2\x82)"},
-        Escaping{"LineFeedInACharacter", "\xE2\x82\n", R"(\xE2\x82\n)"},
-        Escaping{"Directives", "%s%n{}", "%s%n{}"}, Escaping{"Empty", "", ""},
-        Escaping{"Null", nullptr, "(no text)"}),
-    [](const auto& row) { return row.param.name; });
-
 TEST(Trace, KeepsEachFieldOneWord) {
-    const Ended ended = runProcess({{"RUXA_TRACE_PREFIX", "a b\n"}}, [] {
-        trace("");
+    const std::string lines = errorsOf({{kPrefix, "a b\n"}}, [] {
+        void* const first = TraceBackend::getDefaultTraceObject();
         trace("", TraceBackend::registerTraceObject("x 0 u:1\\\n"));
         trace("", TraceBackend::registerTraceObject(""));
-        trace("", nullptr);
-        TraceBackend::Trace(TraceBackend::getDefaultTraceObject(), TraceGroup::FAILURE, "u 1\n", 1,
-                            "");
-        TraceBackend::Trace(TraceBackend::getDefaultTraceObject(), TraceGroup::FAILURE, nullptr, 2,
-                            "");
+        TraceBackend::Trace(first, TraceGroup::FAILURE, "u 1\n", 1, "");
+        TraceBackend::Trace(nullptr, TraceGroup::FAILURE, nullptr, 2, "");
         return TraceBackend::getTraceObjectPrefix() == "a b\n";
     });
-    EXPECT_EQ(withoutStamps(ended.errors), "a\\x20b\\ndefault 0 unit:7 \n"
-                                           "x\\x200\\x20u:1\\\\\\n 0 unit:7 \n"
-                                           "- 0 unit:7 \n"
-                                           "(unregistered) 0 unit:7 \n"
-                                           "a\\x20b\\ndefault 0 u\\x201\\n:1 \n"
-                                           "a\\x20b\\ndefault 0 -:2 \n");
-    EXPECT_TRUE(ended.succeeded);
+    EXPECT_EQ(lines, "x\\x200\\x20u:1\\\\\\n 0 unit:7 \n"
+                     "- 0 unit:7 \n"
+                     "a\\x20b\\ndefault 0 u\\x201\\n:1 \n"
+                     "(unregistered) 0 -:2 \n");
 }
 
 TEST(Trace, FormatsTextsOfAnyLength) {
@@ -248,200 +199,299 @@ TEST(Trace, FormatsTextsOfAnyLength) {
     EXPECT_EQ(TraceBackend::formatStr("<%s>", megabyte.c_str()), "<" + megabyte + ">");
     EXPECT_STREQ(TraceBackend::formatStr("[%s|%d]", TraceBackend::formatStr("in%u", 1u), -2),
                  "[in1|-2]");
-    EXPECT_STREQ(TraceBackend::formatStr("%s", ""), "");
     constexpr wchar_t kNoCharacter[] = {0x20AC, 0}; // in the C locale
     EXPECT_EQ(std::string(TraceBackend::formatStr("%ls", kNoCharacter)).find("(cannot format"), 0u);
     const char* const none = nullptr;
     EXPECT_STREQ(TraceBackend::formatStr(none), "(no format)");
 }
 
-struct Setting {
-    const char* name;
-    const char* variable;
-    const char* value;
-    const char* reason;   // why it is not used, as reported
-    const char* recorded; // the numbers of the groups whose messages stderr shows
-};
-
-class TraceSettings : public testing::TestWithParam<Setting> {};
-
-TEST_P(TraceSettings, AreUsedOrReportedOnce) {
-    const auto [name, variable, value, reason, recorded] = GetParam();
-    const Ended ended = runProcess({{variable, value}}, [] {
-        for (int number = 0; number <= 8; ++number) {
-            const auto group = static_cast<TraceGroup::e>(number);
-            trace(TraceBackend::isTraceGroupEnabled(nullptr, group) ? "on" : "off", nullptr, group);
+TEST_F(TraceFile, SettingsAreUsedOrReportedOnce) {
+    const std::string fifo = "file:" + (folder / "fifo").string();
+    const std::string link = "file:" + (folder / "link").string();
+    const std::string othersLink = "file:" + (folder / "open/link").string();
+    ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
+    const int reader = open((folder / "fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    fs::create_directory(folder / "open");
+    fs::permissions(folder / "open", fs::perms(0777));
+    fs::create_symlink("/dev/null", folder / "link");
+    fs::create_symlink("/dev/null", folder / "open/link");
+    constexpr char kNumbers[] = "it must be all, none, or numbers from 0 to 8 joined by commas";
+    constexpr char kSinks[] = "it must be stderr, file:PATH or syslog";
+    const struct {
+        const char* variable;
+        std::string value;
+        std::string reason;   // why it is not used, as reported
+        std::string recorded; // the numbers of the groups whose messages stderr shows
+    } rows[] = {
+        {kGroups, "4", "", "4"},
+        {kGroups, " 8, 4 ,8", "", "48"},
+        {kGroups, "all", "", "012345678"},
+        {kGroups, "none", "", ""},
+        {kGroups, "", kNumbers, "0"},
+        {kGroups, "4,,8", kNumbers, "0"},
+        {kGroups, "4,", kNumbers, "0"},
+        {kGroups, "4,9", kNumbers, "0"},
+        {kGroups, "-1", kNumbers, "0"},
+        {kGroups, "4x", kNumbers, "0"},
+        {kGroups, "4,all", kNumbers, "0"},
+        {kSink, "stderr", "", "0"},
+        {kSink, "Stderr", kSinks, "0"},
+        {kSink, "", kSinks, "0"},
+        {kSink, "file:", kSinks, "0"},
+        {kSink, "file:/", "Is a directory", "0"},
+        {kSink, link, "", ""},
+        {kSink, othersLink, "it is a symbolic link in a folder that others can write to", "0"},
+        {kSink, fifo, "it is neither a file nor a device", "0"},
+    };
+    for (const auto& [variable, value, reason, recorded] : rows) {
+        std::string expected = reason.empty()
+                                   ? ""
+                                   : std::string("ruxa-trace: ") + variable + "=\"" + value +
+                                         "\" is not used: " + reason + ". Tracing uses " +
+                                         (variable == kSink ? "stderr" : "group 0") + " instead.\n";
+        for (const char number : recorded) {
+            expected += std::string("(unregistered) ") + number + " unit:7 on\n";
         }
-        return true;
-    });
-    std::string expected;
-    if (*reason != '\0') {
-        const bool sink = std::string(variable) == "RUXA_TRACE_SINK";
-        expected = std::string("ruxa-trace: ") + variable + "=\"" + value +
-                   "\" is not used: " + reason + ". Tracing uses " + (sink ? "stderr" : "group 0") +
-                   " instead.\n";
-    }
-    for (const char number : std::string(recorded)) {
-        expected += std::string("(unregistered) ") + number + " unit:7 on\n";
-    }
-    EXPECT_EQ(withoutStamps(ended.errors), expected);
-    EXPECT_TRUE(ended.succeeded);
-}
-
-constexpr char kGroups[] = "RUXA_TRACE_GROUPS";
-constexpr char kSink[] = "RUXA_TRACE_SINK";
-constexpr char kBadGroups[] = "it must be all, none, or numbers from 0 to 8 joined by commas";
-constexpr char kBadSink[] = "it must be stderr, file:PATH or syslog";
-
-INSTANTIATE_TEST_SUITE_P(
-    Values, TraceSettings,
-    testing::Values(Setting{"OneGroup", kGroups, "4", "", "4"},
-                    Setting{"List", kGroups, "0,4,8", "", "048"},
-                    Setting{"BlanksAndRepetition", kGroups, " 8, 4 ,8", "", "48"},
-                    Setting{"AllGroups", kGroups, "all", "", "012345678"},
-                    Setting{"NoGroup", kGroups, "none", "", ""},
-                    Setting{"EmptyGroups", kGroups, "", kBadGroups, "0"},
-                    Setting{"EmptyPiece", kGroups, "4,,8", kBadGroups, "0"},
-                    Setting{"CommaAtTheEnd", kGroups, "4,", kBadGroups, "0"},
-                    Setting{"FirstBehindTheLast", kGroups, "4,9", kBadGroups, "0"},
-                    Setting{"Negative", kGroups, "-1", kBadGroups, "0"},
-                    Setting{"TooLargeForAnInteger", kGroups, "4294967300", kBadGroups, "0"},
-                    Setting{"NumberWithATail", kGroups, "4x", kBadGroups, "0"},
-                    Setting{"AllInAList", kGroups, "4,all", kBadGroups, "0"},
-                    Setting{"Stderr", kSink, "stderr", "", "0"},
-                    Setting{"UnknownSink", kSink, "Stderr", kBadSink, "0"},
-                    Setting{"EmptySink", kSink, "", kBadSink, "0"},
-                    Setting{"FileWithoutPath", kSink, "file:", kBadSink, "0"},
-                    Setting{"Folder", kSink, "file:/",
-                            "Failed opening file / for writing: Is a directory", "0"}),
-    [](const auto& row) { return row.param.name; });
-
-TEST(TraceSink, GivesSyslogAPriorityByGroup) {
-    const Ended ended =
-        runProcess({{"RUXA_TRACE_SINK", "syslog"}, {"RUXA_TRACE_GROUPS", "all"}}, [] {
-            for (const auto group : {TraceGroup::FAILURE, TraceGroup::FLOW, TraceGroup::DETAIL}) {
-                trace("100%s", nullptr, group);
+        const std::string lines = errorsOf({{variable, value}}, [] {
+            for (int number = 0; number <= 8; ++number) {
+                const auto group = static_cast<TraceGroup::e>(number);
+                const bool on = TraceBackend::isTraceGroupEnabled(nullptr, group);
+                trace(on ? "on" : "off", nullptr, group);
             }
             return true;
         });
-    EXPECT_EQ(withoutStamps(ended.errors), "<3>\n(unregistered) 0 unit:7 100%s\n"
-                                           "<6>\n(unregistered) 4 unit:7 100%s\n"
-                                           "<7>\n(unregistered) 8 unit:7 100%s\n");
+        EXPECT_EQ(lines, expected);
+    }
+    close(reader);
 }
 
-TEST(TraceSink, SaysThatAMessageIsLost) {
-    const Ended ended = runProcess({{"RUXA_TRACE_SINK", "file:/dev/full"}}, [] {
-        trace("lost");
+TEST(Trace, TrustsNoVariableOfASetUserIdProgram) {
+    const std::string lines = errorsOf({{kPrefix, "p."}, {kGroups, "none"}, {kSink, "syslog"}}, [] {
+        g_setUserId = true;
+        return trace("text", TraceBackend::getDefaultTraceObject());
+    });
+    EXPECT_EQ(lines, "platform-trace-test.default 0 unit:7 text\n");
+}
+
+TEST_F(TraceFile, OrSyslogWithPrioritiesButNotWaitedFor) {
+    const std::string lines = errorsOf({{kSink, "syslog"}, {kGroups, "all"}}, [this] {
+        file.string().copy(g_log.sun_path, sizeof g_log.sun_path - 1);
+        trace("nobody listens");
+        const int log = socket(AF_UNIX, SOCK_DGRAM, 0);
+        bind(log, reinterpret_cast<const sockaddr*>(&g_log), sizeof g_log);
+        trace("100%s");
+        trace("flow", nullptr, TraceGroup::FLOW);
+        trace("detail", nullptr, TraceGroup::DETAIL);
+        char bytes[1000] = "";
+        for (int i = 0; i < 4; ++i) {
+            bytes[recv(log, bytes, sizeof bytes - 1, MSG_DONTWAIT)] = '\0';
+            const char* const pid = std::strchr(bytes, '[') + 1;
+            dprintf(STDERR_FILENO, "%.4s %d\n%s\n", bytes, std::atoi(pid) == getpid(),
+                    std::strchr(bytes, ' ') + 1);
+        }
+        for (int i = 0; i < 5000; ++i) { // more than anybody holds
+            trace("text");
+        }
         return true;
     });
-    EXPECT_NE(ended.errors.find("/dev/full: No space left on device"), std::string::npos);
-    EXPECT_TRUE(ended.succeeded);
+    EXPECT_EQ(lines, "ruxa-trace: messages are lost: No such file or directory\n"
+                     "<11> 1\nplatform-trace-test.default 0 ruxa-trace:0 messages lost: 1\n"
+                     "<11> 1\n(unregistered) 0 unit:7 100%s\n"
+                     "<14> 1\n(unregistered) 4 unit:7 flow\n"
+                     "<15> 1\n(unregistered) 8 unit:7 detail\n"
+                     "ruxa-trace: messages are lost: Resource temporarily unavailable\n");
 }
 
-TEST(TraceSink, KeepsLinesOfManyProcessesAndThreadsWhole) {
+TEST_F(TraceFile, IsMadeForItsOwnerAndLeavesTheFirstDescriptorsAlone) {
+    errorsOf(sink, [] {
+        umask(0);
+        close(0), close(1), close(2);
+        trace("text");
+        return open("/dev/null", O_RDONLY) == 0 && dup(0) == 1 && dup(0) == 2 && dup(0) == 4 &&
+               fcntl(3, F_GETFD) == FD_CLOEXEC;
+    });
+    EXPECT_EQ(plain(std::ifstream(file)), "(unregistered) 0 unit:7 text\n");
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
+}
+
+TEST_F(TraceFile, IsNoOtherOneThatTookItsNumber) {
+    for (const Environment& choice : {Environment{}, sink}) {
+        errorsOf(choice, [this] {
+            close(STDERR_FILENO);
+            trace("text");
+            closefrom(STDERR_FILENO);
+            while (open((folder / "data").c_str(), O_RDWR | O_CREAT | O_APPEND, 0600) < 10) {
+            }
+            trace("text");
+            return fs::file_size(folder / "data") == 0;
+        });
+    }
+}
+
+TEST_F(TraceFile, HalfALineIsClosedAndWhatIsLostIsSaid) {
+    const std::string errors = errorsOf(sink, [] {
+        const auto allowFileOf = [](rlim_t size) {
+            const rlimit limit{size, RLIM_INFINITY};
+            setrlimit(RLIMIT_FSIZE, &limit);
+        };
+        allowFileOf(100); // a line has more than 50 bytes and less than 100
+        trace("whole");
+        trace("half");
+        trace("lost");
+        allowFileOf(RLIM_INFINITY);
+        return trace("again");
+    });
+    const std::string text = plain(std::ifstream(file));
+    EXPECT_EQ(occurrences(text, "\n"), 4) << text;
+    EXPECT_EQ(text.find("(unregistered) 0 unit:7 whole\n"), 0u);
+    EXPECT_EQ(occurrences(text, "\nplatform-trace-test.default 0 ruxa-trace:0 messages lost: 2\n"
+                                "(unregistered) 0 unit:7 again\n"),
+              1)
+        << text;
+    EXPECT_EQ(errors, "ruxa-trace: messages are lost: File too large\n");
+}
+
+TEST_F(TraceFile, KeepsLinesOfManyProcessesAndThreadsWhole) {
     constexpr int kProcesses = 4;
     constexpr int kThreads = 4;
     constexpr int kLines = 50;
-    const std::string filling(10000, 'x'); // beyond any buffer of the C library
-    const TemporaryFile file;
-    std::ofstream(file.path) << "kept\n";
-    std::multiset<std::string> expected{"kept"};
-    for (int number = 0; number < kProcesses * kThreads * kLines; ++number) {
-        expected.insert("(unregistered) 0 unit:7 " + std::to_string(number) + filling);
+    const std::string longText(10000, 'x'); // beyond any buffer
+    std::ofstream(file) << "kept\n";
+    errorsOf(sink, [&longText] {
+        int process = 1;
+        while (process < kProcesses && fork() == 0) {
+            ++process;
+        }
+        inThreads(kThreads, [&longText](int) {
+            for (int line = 0; line < kLines; ++line) {
+                trace(longText.c_str());
+            }
+        });
+        int status = 0;
+        return process == kProcesses || (wait(&status) > 0 && status == 0);
+    });
+    std::string expected = "kept\n";
+    for (int line = 0; line < kProcesses * kThreads * kLines; ++line) {
+        expected += "thread (unregistered) 0 unit:7 " + longText + "\n";
     }
-
-    std::vector<Running> processes;
-    for (int process = 0; process < kProcesses; ++process) {
-        processes.push_back(startProcess({{kSink, "file:" + file.path}}, [&] {
-            inThreads(kThreads, [&](int thread) {
-                for (int line = 0; line < kLines; ++line) {
-                    const int number = (process * kThreads + thread) * kLines + line;
-                    trace((std::to_string(number) + filling).c_str(), nullptr);
-                }
-            });
-            return true;
-        }));
-    }
-    for (const Running& process : processes) {
-        const Ended ended = awaitEnd(process);
-        EXPECT_TRUE(ended.succeeded) << ended.errors;
-    }
-
-    std::multiset<std::string> found;
-    for (const Line& line : linesOf(std::ifstream(file.path))) {
-        found.insert(line.rest);
-    }
-    EXPECT_TRUE(found == expected); // too large to be shown
+    EXPECT_TRUE(plain(std::ifstream(file)) == expected); // too large to be shown
 }
 
-TEST(TraceObject, OfOneNameHasAHandlePerRegistration) {
-    const Ended ended = runProcess({{kSink, "file:/dev/null"}}, [] {
+// Makes a stderr, a pipe or a socket. Returns its other end.
+int makeStderr(bool isPipe) {
+    int ends[2];
+    EXPECT_EQ(isPipe ? pipe(ends) : socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+    dup2(ends[1], STDERR_FILENO);
+    close(ends[1]);
+    fcntl(ends[0], F_SETFL, O_NONBLOCK);
+    return ends[0];
+}
+
+// What has arrived meanwhile.
+std::string readAll(int end) {
+    std::string text;
+    char bytes[4096];
+    for (ssize_t length = 0; (length = read(end, bytes, sizeof bytes)) > 0;) {
+        text.append(bytes, static_cast<std::size_t>(length));
+    }
+    return text;
+}
+
+class TraceStderr : public testing::TestWithParam<bool> {};
+
+TEST_P(TraceStderr, UnreadStopsNoThreadAndNoFork) {
+    constexpr int kThreads = 4;
+    constexpr int kLines = 3000;
+    errorsOf({}, [] {
+        const int reader = makeStderr(GetParam());
+        inThreads(kThreads, [](int) {
+            for (int i = 0; i < kLines; ++i) {
+                trace("text");
+            }
+        });
+        const bool forks = succeeds([] { return trace("child"); });
+        const std::string before = readAll(reader);
+        trace("again");
+        const std::string after = readAll(reader);
+        int lost = 0;
+        const std::size_t said = after.find("messages lost");
+        return forks && said != std::string::npos &&
+               std::sscanf(after.c_str() + said, "messages lost: %d", &lost) == 1 &&
+               occurrences(after, "again\n") == 1 &&
+               occurrences(before, "text\n") + lost == kThreads * kLines;
+    });
+}
+
+TEST_P(TraceStderr, LeftByItsReaderKillsNobody) {
+    errorsOf({}, [] {
+        close(makeStderr(GetParam()));
+        trace("text");
+        sigset_t pending;
+        sigset_t blocked;
+        sigpending(&pending);
+        pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+        return !sigismember(&pending, SIGPIPE) && !sigismember(&blocked, SIGPIPE);
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, TraceStderr, testing::Bool(),
+                         [](const auto& row) { return row.param ? "Pipe" : "Socket"; });
+
+TEST(TraceObject, HasAHandleOfItsOwnPerRegistration) {
+    const std::string lines = errorsOf({{kPrefix, ""}}, [] {
         constexpr int kThreads = 8;
         constexpr int kEach = 100;
         void* handles[kThreads][kEach];
         inThreads(kThreads, [&handles](int thread) {
             for (void*& handle : handles[thread]) {
                 handle = TraceBackend::registerTraceObject("same");
-                trace(TraceBackend::formatStr("%d", thread), handle);
-                TraceBackend::deregisterTraceObject(handle);
             }
         });
-        std::set<void*> distinct{nullptr, TraceBackend::getDefaultTraceObject()};
+        void* const first = TraceBackend::getDefaultTraceObject();
+        std::set<void*> distinct{nullptr, first};
         distinct.insert(&handles[0][0], &handles[0][0] + kThreads * kEach);
-        return distinct.size() == 2 + kThreads * kEach;
-    });
-    EXPECT_TRUE(ended.succeeded) << ended.errors;
-}
-
-TEST(TraceObject, ReleaseConcernsNoOtherOne) {
-    const Ended ended = runProcess({{"RUXA_TRACE_PREFIX", ""}}, [] {
-        void* const first = TraceBackend::registerTraceObject("same");
-        void* const second = TraceBackend::registerTraceObject("same");
-        int noObject = 0;
-        for (void* const object : {first, first, TraceBackend::getDefaultTraceObject(),
-                                   static_cast<void*>(nullptr), static_cast<void*>(&noObject)}) {
+        int none = 0;
+        void* const released[] = {handles[0][0], handles[0][0], nullptr, first, &none};
+        for (void* const object : released) {
             TraceBackend::deregisterTraceObject(object);
         }
         TraceBackend::registerTraceObject("later");
-        trace("released", first);
-        trace("alive", second);
-        trace("always");
-        return true;
+        trace("released", handles[0][0]);
+        trace("alive", handles[0][1]);
+        trace("always", first);
+        return distinct.size() == 2 + kThreads * kEach;
     });
-    EXPECT_EQ(withoutStamps(ended.errors), "(unregistered) 0 unit:7 released\n"
-                                           "same 0 unit:7 alive\n"
-                                           "default 0 unit:7 always\n");
+    EXPECT_EQ(lines, "(unregistered) 0 unit:7 released\n"
+                     "same 0 unit:7 alive\n"
+                     "default 0 unit:7 always\n");
 }
 
 struct TracesWhenItEnds {
     const char* text;
-    ~TracesWhenItEnds() { trace(TraceBackend::formatStr("%s ends", text), nullptr); }
+    ~TracesWhenItEnds() { trace(TraceBackend::formatStr("%s ends", text)); }
 };
 
 TEST(Trace, WorksUntilTheProcessEnds) {
-    const Ended ended = runProcess({}, [] {
-        std::atexit([] { trace(TraceBackend::formatStr("%s", "exit handler"), nullptr); });
-        static const TracesWhenItEnds staticObject{"static object"};
-        trace("main", nullptr);
+    const std::string lines = errorsOf({}, [] {
+        std::atexit([] { trace(TraceBackend::formatStr("%s", "at exit")); });
+        static const TracesWhenItEnds staticObject{"static"};
         std::thread([] {
-            static thread_local const TracesWhenItEnds ofThread{"thread's object"};
-            trace(TraceBackend::formatStr("%s of %s", "start", ofThread.text), nullptr);
+            static thread_local const TracesWhenItEnds ofThread{"thread's"};
+            trace(TraceBackend::formatStr("%s", ofThread.text));
         }).join();
-        static thread_local const TracesWhenItEnds ofMain{"main thread's object"};
+        static thread_local const TracesWhenItEnds ofMain{"main thread's"};
         return ofMain.text != staticObject.text;
     });
-    EXPECT_EQ(withoutStamps(ended.errors), "(unregistered) 0 unit:7 main\n"
-                                           "(unregistered) 0 unit:7 start of thread's object\n"
-                                           "(unregistered) 0 unit:7 thread's object ends\n"
-                                           "(unregistered) 0 unit:7 main thread's object ends\n"
-                                           "(unregistered) 0 unit:7 static object ends\n"
-                                           "(unregistered) 0 unit:7 exit handler\n");
-    EXPECT_TRUE(ended.succeeded);
+    EXPECT_EQ(lines, "thread (unregistered) 0 unit:7 thread's\n"
+                     "thread (unregistered) 0 unit:7 thread's ends\n"
+                     "(unregistered) 0 unit:7 main thread's ends\n"
+                     "(unregistered) 0 unit:7 static ends\n"
+                     "(unregistered) 0 unit:7 at exit\n");
 }
 
-TEST(Trace, WorksInAProcessForkedWhileOthersTrace) {
-    const TemporaryFile file;
-    const Ended ended = runProcess({{"RUXA_TRACE_SINK", "file:" + file.path}}, [] {
+TEST_F(TraceFile, IsWrittenByProcessesForkedWhileOthersTrace) {
+    constexpr int kChildren = 100;
+    errorsOf(sink, [] {
         std::atomic<bool> stop{false};
         std::thread busy([&stop] {
             while (!stop) {
@@ -449,34 +499,65 @@ TEST(Trace, WorksInAProcessForkedWhileOthersTrace) {
             }
         });
         bool good = true;
-        for (int i = 0; i < 100; ++i) {
-            if (i > 0) {         // the first fork may meet the backend half made
-                trace("parent"); // its thread id is not the child's
-            }
-            const pid_t pid = fork();
-            if (pid == 0) {
-                alarm(60);
-                trace(TraceBackend::formatStr("child of %d", getppid()),
-                      TraceBackend::registerTraceObject(std::to_string(getpid())));
-                _exit(EXIT_SUCCESS);
-            }
-            int status = 0;
-            good = waitpid(pid, &status, 0) == pid && status == 0 && good;
+        for (int i = 0; i < kChildren; ++i) { // the first may meet the backend half made
+            good = succeeds([] {
+                       trace(TraceBackend::formatStr("%s", "text"),
+                             TraceBackend::registerTraceObject("child"));
+                       _exit(EXIT_SUCCESS);
+                       return true;
+                   }) &&
+                   good;
         }
         stop = true;
         busy.join();
         return good;
     });
-    EXPECT_TRUE(ended.succeeded) << ended.errors;
-    int children = 0;
-    for (const Line& line : linesOf(std::ifstream(file.path))) {
-        if (line.process != std::to_string(ended.pid)) {
-            EXPECT_EQ(line.thread, line.process);
-            EXPECT_EQ(line.rest, line.process + " 0 unit:7 child of " + std::to_string(ended.pid));
-            ++children;
+    EXPECT_EQ(occurrences("\n" + plain(std::ifstream(file)), "\nchild 0 unit:7 text\n"), kChildren);
+}
+
+TEST_F(TraceFile, StaysWholeWhenThreadsAreCancelled) {
+    errorsOf(sink, [] {
+        for (useconds_t delay = 0; delay < 200; ++delay) {
+            pthread_t thread;
+            const auto run = [](void*) -> void* {
+                while (trace(TraceBackend::formatStr("%s", "text"))) {
+                }
+                return nullptr;
+            };
+            pthread_create(&thread, nullptr, run, nullptr);
+            usleep(delay);
+            pthread_cancel(thread);
+            pthread_join(thread, nullptr);
         }
+        return trace("after");
+    });
+    const std::string text = plain(std::ifstream(file));
+    EXPECT_EQ(occurrences(text, "(unregistered) 0 unit:7 "), occurrences(text, "\n"));
+    EXPECT_EQ(occurrences(text, "after\n"), 1);
+}
+
+TEST_F(TraceFile, LacksOneMessageForOneFailedMalloc) {
+    constexpr int kFewest = 5; // mallocs that one message and the making of the backend take
+    int position = 0;
+    for (bool failed = kMallocCanFail; failed;) {
+        ++position;
+        errorsOf({{kGroups, "x"}, sink[0]}, [position] {
+            const bool reached = withFailingMalloc(position, [] {
+                TraceBackend::isTraceGroupEnabled(nullptr, TraceGroup::FAILURE);
+                trace(TraceBackend::formatStr("a text of %d bytes", 18));
+                TraceBackend::deregisterTraceObject(nullptr);
+            });
+            return trace(reached ? "failed" : "passed");
+        });
+        const std::string text = plain(std::ifstream(file));
+        failed = occurrences(text, "failed\n") == 1;
+        EXPECT_EQ(occurrences(text, " bytes\n") + occurrences(text, "(no memory for the text)\n") +
+                      occurrences(text, "messages lost: 1\n"),
+                  1)
+            << position;
+        fs::remove(file);
     }
-    EXPECT_EQ(children, 100);
+    EXPECT_TRUE(position > kFewest || !kMallocCanFail);
 }
 
 } // namespace

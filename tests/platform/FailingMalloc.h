@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cerrno>
+#include <cstddef>
+
+// One malloc of this program, in whichever library, can be made to fail. A sanitizer has a malloc
+// of its own: there, none fails.
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kMallocCanFail = false;
+#else
+constexpr bool kMallocCanFail = true;
+extern "C" void* __libc_malloc(std::size_t size); // NOLINT(bugprone-reserved-identifier): glibc's
+extern "C" void __libc_free(void* block);         // NOLINT(bugprone-reserved-identifier): glibc's
+#endif
+
+inline int g_mallocsUntilFailure = 0; // 0: none fails
+inline long g_blocks = 0;             // malloc has given and free has not got back
+
+/// Lets the `position`th malloc from now on (1 is the next) fail while `work` runs. False when
+/// there are not so many.
+template <typename Work> bool withFailingMalloc(int position, Work work) {
+    g_mallocsUntilFailure = position;
+    work();
+    const bool failed = g_mallocsUntilFailure == 0;
+    g_mallocsUntilFailure = 0;
+    return failed;
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+extern "C" [[gnu::visibility("default"), gnu::used]] inline void*
+malloc(std::size_t size) noexcept {
+    if (g_mallocsUntilFailure > 0 && --g_mallocsUntilFailure == 0) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    ++g_blocks;
+    return __libc_malloc(size);
+}
+
+extern "C" [[gnu::visibility("default"), gnu::used]] inline void free(void* block) noexcept {
+    g_blocks -= block != nullptr ? 1 : 0;
+    __libc_free(block);
+}
+#endif
