@@ -33,6 +33,10 @@ constexpr SaNtfSeverityT kSeverityOfCode[] = {SA_NTF_SEVERITY_WARNING, SA_NTF_SE
 AdapterImpl::AdapterImpl(const std::shared_ptr<NtfSessionI>& session, MappingI* mapping)
     : m_session(session), m_map(mapping) {}
 
+// Meant, in this file's texts: leading blanks (a raise's "Minor type not found" has one, a cease's
+// has none), "Initiated" beside "initiated", "retreived" and "occured". Operators' filters know
+// them.
+
 // The operations of a client, one after the other as the interface declares them. -----------------
 
 void AdapterImpl::raiseAlarm(const std::string& notificationObject, std::uint32_t faultId,
@@ -359,6 +363,8 @@ void AdapterImpl::raiseCorrelatedAlarm(
     const std::vector<std::string>& additionalInfo, std::uint32_t perceivedSeverity,
     const std::string& systemUUID, const std::string& computeName,
     const std::string& programGroupName, MakeCorrelationInfo makeCorrelationInfo) {
+    // Meant: half an identity is never completed from the environment, which may be another's, and
+    // both variables are read in any case, so that each missing one is traced.
     const bool fromEnvironment = systemUUID.empty() && computeName.empty();
     const std::string environmentUUID = fromEnvironment ? getSystemUUID() : std::string();
     const std::string environmentName = fromEnvironment ? getComputeName() : std::string();

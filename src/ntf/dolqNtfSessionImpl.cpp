@@ -21,7 +21,7 @@ namespace {
 constexpr char kTraceUnit[] = "dolqNtfSessionImpl";
 
 constexpr SaUint32T kVendorId = RUXA_DOLQ_VENDOR_ID;
-constexpr SaNtfElementIdT kThresholdId = 255;
+constexpr SaNtfElementIdT kThresholdId = 255; // meant: receivers know it for "no threshold"
 // For services that neither set the event time at allocation nor replace what they find in it.
 constexpr bool kSetsEventTime = RUXA_DOLQ_EVENT_TIME_UNKNOWN != 0;
 constexpr useconds_t kRetryDelayUs = 100000; // microseconds
@@ -130,6 +130,7 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
     }
     traceCuts(data);
 
+    // Meant, in the texts below: two blanks before the code. Operators' filters know them.
     SaNtfAlarmNotificationT notification{};
     SaAisErrorT result = allocateAlarm(
         m_ntfHandle, &notification, static_cast<std::uint16_t>(sentLength(data.additionalText) + 1),
@@ -185,6 +186,7 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
     if constexpr (kSetsEventTime) {
         *header.eventTime = static_cast<SaTimeT>(SA_TIME_UNKNOWN);
     }
+    // Meant: one name for both. Receivers that list alarms by who notified find the faulty object.
     copyName(data.notificationObject, *header.notificationObject);
     copyName(data.notificationObject, *header.notifyingObject);
     header.notificationClassId->vendorId = kVendorId;

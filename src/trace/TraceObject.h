@@ -8,6 +8,7 @@ namespace dolq {
 /// throws.
 class TraceObject {
 public:
+    /// Meant: maps hold Nothing until then. The backend sees who asks for its default object.
     enum class UntilRegistered { DefaultObject, Nothing };
 
     /// Throws what the backend throws.

@@ -166,18 +166,19 @@ TEST(MappingTable, HoldsWhatAnOrderedMapHoldsHoweverItIsFilled) {
                 table.set(faultId, i + round, moClass);
                 expected[{faultId, moClass}] = i + round;
             }
-        }
-        std::vector<std::tuple<std::uint32_t, std::string, std::uint32_t>> held;
-        for (const auto& block : table.blocks()) {
-            EXPECT_FALSE(block.empty());
-            for (const auto& entry : block) {
-                held.emplace_back(entry.faultId, entry.moClass, entry.minorType);
+            decltype(expected) held;
+            std::vector<decltype(expected)::key_type> keys;
+            for (const auto& block : table.blocks()) {
+                EXPECT_FALSE(block.empty());
+                for (const auto& entry : block) {
+                    keys.emplace_back(entry.faultId, entry.moClass);
+                    held[keys.back()] = entry.minorType;
+                }
             }
+            EXPECT_EQ(keys.size(), kMappings);
+            EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end()));
+            EXPECT_TRUE(held == expected);
         }
-        ASSERT_EQ(held.size(), kMappings);
-        EXPECT_TRUE(std::equal(held.begin(), held.end(), expected.begin(), [](auto& a, auto& b) {
-            return a == std::tuple(b.first.first, b.first.second, b.second);
-        }));
     }
 }
 

@@ -43,8 +43,8 @@ enum ProgramGroup : std::uint32_t {
 ///
 /// Parameters, wherever they occur:
 /// - `notificationObject`: which object is faulty, by its distinguished name, for instance
-///   "managedElement=1,board=3". Up to 599 bytes are sent, the rest is cut. What stands before the
-///   equals sign of its last pair, without white space, is the managed object class ("board").
+///   "managedElement=1,Board=3". Up to 599 bytes are sent, the rest is cut. What stands before the
+///   equals sign of its last pair, without white space, is the managed object class ("Board").
 ///   Commas cannot be escaped: a value ends at the first one.
 /// - `faultId`: any 32-bit number. With the class it selects the alarm in the mapping table;
 ///   without a mapping the alarm is dropped.
@@ -86,8 +86,9 @@ public:
                             const std::string& faultIdName) = 0;
 
     /// Raises an alarm caused by event `eventId`. It is sent without a correlation UUID when
-    /// `eventId` is 0 or the correlation service does not know it, and not at all when the node has
-    /// no correlation service. Each of these leaves a trace.
+    /// `eventId` is 0, with whatever the correlation service left of one (mostly nothing) when that
+    /// fails to derive it, and not at all when the node has no correlation service. Each of these
+    /// leaves a trace.
     virtual void raisePrimaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
                                    const std::string& faultIdName,
                                    const std::string& additionalText,
@@ -123,9 +124,9 @@ public:
                                    const std::string& systemUUID, const std::string& computeName,
                                    std::uint32_t programGroup) = 0;
 
-    /// Raises an alarm that events elsewhere led to. Events that are 0 or that have no correlation
-    /// UUID are left out; when none remains, or the node has no correlation service, the alarm is
-    /// refused. Each of these leaves a trace.
+    /// Raises an alarm that events elsewhere led to. Events that are 0, and events whose
+    /// correlation UUID the correlation service fails to derive, are left out; when none remains,
+    /// or the node has no correlation service, the alarm is refused. Each of these leaves a trace.
     virtual void raiseSecondaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
                                      const std::string& faultIdName,
                                      const std::string& additionalText,
