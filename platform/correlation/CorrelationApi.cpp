@@ -1,3 +1,4 @@
+#include <cstdio>
 #include <new>
 
 #include <ruxa/zum2/v1/CorrelationApi.h>
@@ -22,9 +23,6 @@ void readNamespace(uuid_t& systemNamespace) {
     }
 }
 
-/// "event:4711"
-std::string eventName(std::uint32_t eventId) { return "event:" + std::to_string(eventId); }
-
 class DerivedUuids final : public CorrelationApi {
 public:
     bool getDerivedCorrelationUUID(std::uint32_t eventId, std::string& correlationUUID) override {
@@ -33,13 +31,18 @@ public:
         }
         uuid_t systemNamespace;
         readNamespace(systemNamespace);
-        const std::string name = eventName(eventId);
+        char name[sizeof "event:4294967295"];
+        const int length = std::snprintf(name, sizeof name, "event:%u", eventId);
         uuid_t derived;
-        uuid_generate_sha1(derived, systemNamespace, name.data(), name.size());
+        uuid_generate_sha1(derived, systemNamespace, name, static_cast<std::size_t>(length));
         char text[UUID_STR_LEN];
         uuid_unparse_lower(derived, text);
-        correlationUUID = text;
-        return true;
+        try {
+            correlationUUID = text;
+            return true;
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
     }
 };
 

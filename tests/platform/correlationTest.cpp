@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <ruxa/zum2/v1/CorrelationApi.h>
 
+#include "FailingMalloc.h"
+
 namespace {
 
 using ruxa::zum2::v1::getAPI;
@@ -56,6 +58,16 @@ INSTANTIATE_TEST_SUITE_P(
         Derivation{"SystemWithABadDigit", "0f4c2a1e-9b7d-4c3a-8e21-5d6f7a8b9c0g", 4711,
                    kCommonOf4711}),
     [](const auto& row) { return row.param.name; });
+
+TEST(CorrelationApi, NoMemoryMeansNoUuidAndLeavesTheTextAlone) {
+    std::string uuid = "old";
+    bool derived = false;
+    const auto derive = [&] { derived = getAPI()->getDerivedCorrelationUUID(1, uuid); };
+    const bool failed = withFailingMalloc(1, derive);
+    EXPECT_EQ(failed, kMallocCanFail);
+    EXPECT_EQ(derived, !failed);
+    EXPECT_EQ(uuid == "old", failed);
+}
 
 TEST(CorrelationApi, NoEventHasNoUuidAndLeavesTheTextAlone) {
     std::string uuid = "old";
