@@ -1,6 +1,5 @@
 #include <cstddef>
-#include <cstdlib>
-#include <cstring>
+#include <memory>
 #include <new>
 #include <string>
 #include <string_view>
@@ -37,73 +36,39 @@ std::string manifestPath(const char* category) {
     return (directory.empty() ? kDefaultDirectory : directory) + "/" + category + ".xml";
 }
 
-std::size_t textSize(const std::vector<LoadModule>& modules) {
-    std::size_t size = 0;
-    for (const LoadModule& module : modules) {
-        size += module.name.size() + module.productNumber.size() + module.revision.size() + 3;
-        for (const TaggedFile& file : module.files) {
-            size += file.tag.size() + file.path.size() + 2;
-        }
-    }
-    return size;
-}
-
-std::size_t fileCount(const std::vector<LoadModule>& modules) {
-    std::size_t count = 0;
-    for (const LoadModule& module : modules) {
-        count += module.files.size();
-    }
-    return count;
-}
-
-const char* place(const std::string& text, char*& at) {
-    const char* start = at;
-    std::memcpy(at, text.c_str(), text.size() + 1);
-    at += text.size() + 1;
-    return start;
-}
-
-/// Lays everything out in one block that begins with the records, so that the list's pointer is
-/// all that is needed to release it: records, then file entries, then texts.
-int fill(const std::vector<LoadModule>& modules, Velk_lm_list& list) {
-    if (modules.empty()) {
-        return VELK_OK;
-    }
-    const std::size_t recordSize = modules.size() * sizeof(Velk_lm);
-    const std::size_t fileSize = fileCount(modules) * sizeof(Velk_lm_file);
-    auto* block = static_cast<char*>(std::malloc(recordSize + fileSize + textSize(modules)));
-    if (block == nullptr) {
-        return VELK_NO_MEMORY;
-    }
-    char* record = block;
-    char* entry = block + recordSize;
-    char* text = entry + fileSize;
-    for (const LoadModule& module : modules) {
-        const std::size_t count = module.files.size();
-        const char* name = place(module.name, text);
-        const char* productNumber = place(module.productNumber, text);
-        const char* revision = place(module.revision, text);
-        auto* files = count == 0 ? nullptr : reinterpret_cast<Velk_lm_file*>(entry);
-        for (const TaggedFile& file : module.files) {
-            const char* tag = place(file.tag, text);
-            new (entry) Velk_lm_file{tag, place(file.path, text)};
-            entry += sizeof(Velk_lm_file);
-        }
-        new (record) Velk_lm{name, productNumber, revision, count, files};
-        record += sizeof(Velk_lm);
-    }
-    list.count = modules.size();
-    list.lms = reinterpret_cast<Velk_lm*>(block);
-    return VELK_OK;
-}
+/// All that one query gives out.
+struct Answer {
+    std::vector<LoadModule> modules; // owns the texts
+    std::vector<std::vector<Velk_lm_file>> files;
+    std::vector<Velk_lm> records; // the list begins at the second; the first leads back here
+};
 
 int query(const char* category, Velk_lm_list& list) {
     if (!isCategory(category)) {
         return VELK_UNKNOWN_CATEGORY;
     }
-    std::vector<LoadModule> modules;
-    const int result = readManifest(manifestPath(category), modules);
-    return result == VELK_OK ? fill(modules, list) : result;
+    auto answer = std::make_unique<Answer>();
+    const int result = readManifest(manifestPath(category), answer->modules);
+    if (result != VELK_OK || answer->modules.empty()) {
+        return result;
+    }
+    answer->records.push_back({reinterpret_cast<const char*>(answer.get()), "", "", 0, nullptr});
+    for (const LoadModule& module : answer->modules) {
+        std::vector<Velk_lm_file>& files = answer->files.emplace_back();
+        for (const TaggedFile& file : module.files) {
+            files.push_back({file.tag.c_str(), file.path.c_str()});
+        }
+        answer->records.push_back({module.name.c_str(), module.productNumber.c_str(),
+                                   module.revision.c_str(), files.size(), files.data()});
+    }
+    list = {answer->modules.size(), &answer->records[1]};
+    answer.release(); // the list owns it from here
+    return VELK_OK;
+}
+
+/// The answer that a list, which is not empty, is part of.
+const Answer* answerOf(const Velk_lm_list& list) {
+    return reinterpret_cast<const Answer*>(list.lms[-1].name);
 }
 
 } // namespace
@@ -120,14 +85,14 @@ extern "C" [[gnu::visibility("default")]] int Velk_get_lms(void* /*context*/, ch
     }
     try {
         return platform::loadmodules::query(category, *list);
-    } catch (...) {
+    } catch (const std::bad_alloc&) {
         return VELK_NO_MEMORY; // nothing else is thrown on the way
     }
 }
 
 extern "C" [[gnu::visibility("default")]] void Velk_free_buffers(Velk_lm_list* list) {
-    if (list != nullptr) {
-        std::free(const_cast<Velk_lm*>(list->lms));
+    if (list != nullptr && list->lms != nullptr) {
+        delete platform::loadmodules::answerOf(*list);
         *list = Velk_lm_list{0, nullptr};
     }
 }

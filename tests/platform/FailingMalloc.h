@@ -11,11 +11,9 @@ constexpr bool kMallocCanFail = false;
 #else
 constexpr bool kMallocCanFail = true;
 extern "C" void* __libc_malloc(std::size_t size); // NOLINT(bugprone-reserved-identifier): glibc's
-extern "C" void __libc_free(void* block);         // NOLINT(bugprone-reserved-identifier): glibc's
 #endif
 
 inline int g_mallocsUntilFailure = 0; // 0: none fails
-inline long g_blocks = 0;             // malloc has given and free has not got back
 
 /// Lets the `position`th malloc from now on (1 is the next) fail while `work` runs. False when
 /// there are not so many.
@@ -34,12 +32,6 @@ malloc(std::size_t size) noexcept {
         errno = ENOMEM;
         return nullptr;
     }
-    ++g_blocks;
     return __libc_malloc(size);
-}
-
-extern "C" [[gnu::visibility("default"), gnu::used]] inline void free(void* block) noexcept {
-    g_blocks -= block != nullptr ? 1 : 0;
-    __libc_free(block);
 }
 #endif

@@ -9,7 +9,19 @@
 
 #include <gtest/gtest.h>
 
+#include "FailingMalloc.h"
 #include "Velk.h"
+
+namespace {
+
+bool g_setUserId = false; // as in a program that runs with another user's rights
+
+} // namespace
+
+// Stands in for the C library's.
+extern "C" [[gnu::visibility("default")]] char* secure_getenv(const char* name) noexcept {
+    return g_setUserId ? nullptr : std::getenv(name);
+}
 
 namespace {
 
@@ -107,6 +119,28 @@ TEST_F(LoadModules, WrongArgumentsLeaveAnEmptyList) {
     EXPECT_EQ(Velk_get_lms(nullptr, central, nullptr), VELK_BAD_ARGUMENT);
     Velk_free_buffers(&list);
     Velk_free_buffers(nullptr);
+}
+
+TEST_F(LoadModules, NobodyChoosesThemForASetUserIdProgram) {
+    write("local.xml", "<loadModules><loadModule productNumber='a' revision='b'/></loadModules>");
+    g_setUserId = true;
+    EXPECT_EQ(contentOf("local"), "");
+    g_setUserId = false;
+}
+
+TEST_F(LoadModules, OneFailedMallocHasItsOwnCodeAndLeavesNothing) {
+    write("local.xml", "<loadModules><loadModule productNumber='a' revision='b'>"
+                       "<file tag='t' path='p'/></loadModule></loadModules>");
+    Velk_lm_list list{};
+    int position = 1;
+    int result = VELK_OK;
+    while (kMallocCanFail && withFailingMalloc(position, [&] { result = query("local", list); })) {
+        EXPECT_EQ(result, VELK_NO_MEMORY) << position;
+        EXPECT_EQ(list.lms, nullptr);
+        ++position;
+    }
+    EXPECT_TRUE(position > 10 || !kMallocCanFail);
+    Velk_free_buffers(&list);
 }
 
 TEST_F(LoadModules, ThreadsQueryIndependently) {
