@@ -5,13 +5,14 @@
 
 #include <pthread.h>
 
+#include "common/CancellationHeld.h"
+
 namespace platform::trace {
 
 /// While it lives, the thread is not cancelled, and what it writes raises no signal.
 class Undisturbed {
 public:
     Undisturbed() {
-        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_cancelState);
         sigemptyset(&m_signals);
         sigaddset(&m_signals, SIGPIPE);
         sigaddset(&m_signals, SIGXFSZ);
@@ -29,13 +30,12 @@ public:
         while (sigtimedwait(&m_signals, nullptr, &now) > 0) {
         }
         pthread_sigmask(SIG_SETMASK, &m_mask, nullptr);
-        pthread_setcancelstate(m_cancelState, nullptr);
     }
     Undisturbed(const Undisturbed&) = delete;
     Undisturbed& operator=(const Undisturbed&) = delete;
 
 private:
-    int m_cancelState = PTHREAD_CANCEL_ENABLE;
+    const common::CancellationHeld m_held;
     sigset_t m_signals;
     sigset_t m_mask;
 };
