@@ -1,10 +1,13 @@
 #include <cstdio>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Options.h"
+#include "ProgramEnvironment.h"
 #include "doctor/Diagnosis.h"
 
 namespace dolqctl {
@@ -83,7 +86,15 @@ void printJson(const Diagnosis& diagnosis, Output& output) {
     output.print(json);
 }
 
-int run(bool asJson, Output& output) {
+struct Arguments {
+    std::optional<std::string> pid;
+    bool json = false;
+};
+
+int run(const Arguments& arguments, Output& output) {
+    if (arguments.pid) {
+        takeOnProgram(*arguments.pid);
+    }
     Diagnosis diagnosis;
     checkLibraryAndTraces(diagnosis); // first: a backend reads its environment once
     checkEnvironment(diagnosis);
@@ -91,18 +102,20 @@ int run(bool asJson, Output& output) {
     checkCorrelationService(diagnosis);
     checkNotificationLog(diagnosis);
     checkNtfService(diagnosis);
-    (asJson ? printJson : printText)(diagnosis, output);
+    (arguments.json ? printJson : printText)(diagnosis, output);
     return diagnosis.failures() == 0 ? kFine : kFindings;
 }
 
 } // namespace
 
 void addDoctorCommand(CommandLine& commandLine) {
-    const auto json = std::make_shared<bool>(false);
+    const auto arguments = std::make_shared<Arguments>();
     Options options =
         commandLine.add("doctor", "Check the surroundings that an alarm needs", kFooter,
-                        [json](Output& output) { return run(*json, output); });
-    options.flag("--json", *json, "Print JSON");
+                        [arguments](Output& output) { return run(*arguments, output); });
+    options.value("--pid", "PID", arguments->pid,
+                  "Judge the surroundings of a running program instead");
+    options.flag("--json", arguments->json, "Print JSON");
 }
 
 } // namespace dolqctl
