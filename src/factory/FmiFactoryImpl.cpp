@@ -1,6 +1,7 @@
 #include "factory/FmiFactoryImpl.h"
 
 #include "adapter/dolqAdapterImpl.h"
+#include "common/CancellationHeld.h"
 #include "ntf/NtfImpl.h"
 #include "ntf/dolqNtfSessionImpl.h"
 #include "threadSpecificSingleton"
@@ -28,6 +29,8 @@ FmiFactory* getFmiFactory() {
     if (FmiFactory* const factory = Slot::getPtr()) {
         return factory;
     }
+    // Neither the load-module handler nor TinyXML is asked to survive a cancelled thread.
+    const common::CancellationHeld held;
     FmiFactory* const factory = Slot::getInstance();
     // The run fills the map of the factory just stored, which it reaches through this function.
     ::dolq::xmlconf::runMappingConfiguratorV1();

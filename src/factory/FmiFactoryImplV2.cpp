@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "adapter/dolqAdapterImpl.h"
+#include "common/CancellationHeld.h"
 #include "ntf/NtfImpl.h"
 #include "ntf/dolqNtfSessionImpl.h"
 #include "threadSpecificSingleton"
@@ -29,6 +30,8 @@ FmiFactory* getFmiFactory() {
     if (FmiFactory* const factory = Slot::getPtr()) {
         return factory;
     }
+    // Neither the load-module handler nor TinyXML is asked to survive a cancelled thread.
+    const common::CancellationHeld held;
     ::dolq::MappingTable mapping;
     ::dolq::xmlconf::runMappingConfiguratorV2(mapping);
     auto factory = std::make_unique<::dolq::FmiFactoryImplV2>(std::move(mapping));

@@ -50,6 +50,28 @@ TEST_P(CancellationTest, EndsTheThreadAndGivesEverythingBack) {
     EXPECT_EQ(platform().sent.size(), 1U);
 }
 
+TEST_F(CancellationTest, AFactoryIsMadeWholeBeforeTheThreadEnds) {
+    platform().onCall["formatStr"] = [] {
+        pthread_cancel(pthread_self());
+        pthread_testcancel();
+    };
+    int made = 0;
+    pthread_t thread{};
+    const auto getBoth = [](void* counter) -> void* {
+        *static_cast<int*>(counter) += v1::getFmiFactory() != nullptr ? 1 : 0;
+        v1::freeFmiFactory();
+        *static_cast<int*>(counter) += v2::getFmiFactory() != nullptr ? 1 : 0;
+        v2::freeFmiFactory();
+        pthread_testcancel();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, nullptr, getBoth, &made), 0);
+    void* result = nullptr;
+    ASSERT_EQ(pthread_join(thread, &result), 0);
+    EXPECT_EQ(result, PTHREAD_CANCELED);
+    EXPECT_EQ(made, 2);
+}
+
 INSTANTIATE_TEST_SUITE_P(, CancellationTest,
                          testing::ValuesIn(std::vector<Cancellation>{
                              {"WaitingToOpen", "usleep", "initialize", 0},
