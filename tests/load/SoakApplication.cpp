@@ -22,7 +22,8 @@ namespace v1 = ruxa::fm::dolq::v1;
 namespace v2 = ruxa::fm::dolq::v2;
 using ruxa::fm::fmi::v1::FaultManagementI;
 
-constexpr std::size_t kHeapPlay = 8 * 1024; // what cached stacks of threads keep, for instance
+constexpr std::size_t kHeapPlay =
+    8 * 1024; // what glibc keeps with the stacks of ended threads, for instance
 
 void raise(FaultManagementI& adapter, const std::string& object, Dice& dice) {
     const std::string text(dice.below(dice.oneOf(16) ? 12000 : 100), 'x'); // seldom several pages
@@ -67,7 +68,7 @@ void raiseAlarms(Ledger& ledger, std::uint64_t seed, FaultManagementI* shared, b
 
 /// A few threads and children come and go; with `exits`, the process goes first.
 void liveADay(Ledger& ledger, Dice& dice, bool frees, bool exits) {
-    const std::shared_ptr<FaultManagementI> shared = v2::getFmiFactory()->createFaultManagement();
+    std::shared_ptr<FaultManagementI> shared = v2::getFmiFactory()->createFaultManagement();
     std::vector<std::thread> threads(2 + dice.below(6));
     for (std::thread& thread : threads) {
         thread = std::thread(raiseAlarms, std::ref(ledger), dice(),
@@ -92,6 +93,8 @@ void liveADay(Ledger& ledger, Dice& dice, bool frees, bool exits) {
     for (std::thread& thread : threads) {
         thread.join();
     }
+    shared.reset();
+    v2::freeFmiFactory();
     for (const pid_t child : children) {
         int status = 0;
         if (waitpid(child, &status, 0) != child || status != 0) {
@@ -139,8 +142,8 @@ void runApplication(Ledger& ledger, Dice dice) {
     std::size_t heap = 0;
     const unsigned days = 2 + dice.below(8);
     for (unsigned day = 0; day < days; ++day) {
-        liveADay(ledger, dice, frees, exits && day + 1 == days);
-        v2::freeFmiFactory();
+        // On a thread that ends, too: what it has freed counts as in use while it may come back.
+        std::thread([&] { liveADay(ledger, dice, frees, exits && day + 1 == days); }).join();
         for (int wait = 0; wait < 1000 && entriesIn("/proc/self/task") > 1; ++wait) {
             usleep(1000); // a joined thread may still be on its way out of the kernel
         }
