@@ -246,7 +246,9 @@ private:
     }
 
     void readLogLine(const std::string& line) {
-        if (line.rfind("{\"notificationId\":\"", 0) != 0 || line.back() != '}') {
+        const std::string lastMember = between(line, "\"threadId\":", "\n");
+        if (line.rfind("{\"notificationId\":\"", 0) != 0 || lastMember.empty() ||
+            lastMember.back() != '}') {
             return; // a line that a writer was cut off at
         }
         const std::string alarm = between(line, "\"notificationObject\":\"", "\"");
