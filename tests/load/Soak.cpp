@@ -19,6 +19,7 @@
 #include <unistd.h>
 
 #include "SoakApplication.h"
+#include "platform/ntf/log/AlarmRecord.h"
 
 namespace {
 
@@ -246,20 +247,19 @@ private:
     }
 
     void readLogLine(const std::string& line) {
-        const std::string lastMember = between(line, "\"threadId\":", "\n");
-        if (line.rfind("{\"notificationId\":\"", 0) != 0 || lastMember.empty() ||
-            lastMember.back() != '}') {
-            return; // a line that a writer was cut off at
+        const auto record = platform::ntf::parseLine(line);
+        if (!record) {
+            return; // what a writer left that was cut off, or the blank line behind that
         }
-        const std::string alarm = between(line, "\"notificationObject\":\"", "\"");
+        const std::string& alarm = record->notificationObject;
         ++m_alarms[alarm].logged;
-        if (!m_ids.insert(between(line, "\"notificationId\":\"", "\"")).second) {
+        if (!m_ids.insert(record->notificationId).second) {
             complain(alarm + " has an id that another line has, too");
         }
-        const std::string minorId = between(line, "\"minorId\":", "}");
-        if (std::strtoul(minorId.c_str(), nullptr, 10) - 1 >= m_mappings) {
-            complain(alarm + " has the minor id " + minorId + ", which no mapping file gave it");
+        if (record->minorId == 0 || record->minorId > m_mappings) {
+            complain(alarm + " has a minor id that no mapping file gave it");
         }
+        m_counts["alarms behind half a line"] += line.rfind("{\"notificationId") == 0 ? 0 : 1;
     }
 
     /// A failure names no alarm: it is the one that the same thread spoke of last.
@@ -294,7 +294,7 @@ private:
     unsigned m_complaints = 0;
     unsigned m_mappings = 0;
     std::map<std::string, Found> m_alarms;
-    std::set<std::string> m_ids;
+    std::set<std::uint64_t> m_ids;
     std::map<std::string, unsigned long> m_counts;
 };
 
