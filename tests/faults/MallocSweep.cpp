@@ -1,0 +1,180 @@
+// Lets every allocation of a client's calls fail, in the library and in the embedded platform: one
+// alone, and all from one on. Each in a process of its own, which must not die; what is allocated
+// is given back. Needs FailingMalloc.cpp preloaded.
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <new>
+#include <string>
+
+#include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "ruxa/fm/dolq/v1/FmiFactory.h"
+#include "ruxa/fm/dolq/v2/FmiFactory.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace v1 = ruxa::fm::dolq::v1;
+namespace v2 = ruxa::fm::dolq::v2;
+using ruxa::fm::fmi::v1::FaultManagementI;
+
+template <typename Function> Function* find(const char* name) {
+    auto* const function = reinterpret_cast<Function*>(dlsym(RTLD_DEFAULT, name));
+    if (function == nullptr) {
+        std::fprintf(stderr, "%s is not there: preload FailingMalloc\n", name);
+        std::exit(2);
+    }
+    return function;
+}
+
+auto* const start = find<void(long, bool)>("failingMallocStart");
+auto* const stop = find<bool()>("failingMallocStop");
+auto* const live = find<long()>("failingMallocLive");
+
+const std::string kObject = "ManagedElement=1,Equipment=1,Board=3";
+const std::string kName = "the fault's own name, for traces";
+const std::string kText = "an additional text of some length";
+const std::string kUuid = "e7a6d7a4-1f0e-4c43-9c9c-3f8e2a1b0c4d";
+const std::vector<std::string> kInfo{"the client's first entry of information", "second"};
+const std::vector<std::uint32_t> kEvents{4711, 4712};
+
+// What a client of the process has.
+std::unique_ptr<FaultManagementI> adapterV1;
+std::shared_ptr<FaultManagementI> adapterV2;
+
+void free() {
+    adapterV1.reset();
+    adapterV2.reset();
+    v1::freeFmiFactory();
+    v2::freeFmiFactory();
+}
+void load() {
+    adapterV1.reset(v1::getFmiFactory()->createFaultManagement());
+    adapterV2 = v2::getFmiFactory()->createFaultManagement();
+}
+
+enum class Losses { None, OfTinyXml }; // which loses what it was building
+
+struct Operation {
+    const char* name;
+    std::function<void()> prepare;
+    std::function<void()> call;
+    Losses losses = Losses::None;
+};
+
+const Operation kOperations[] = {
+    {"v1 factory", [] {}, [] { v1::getFmiFactory(); }, Losses::OfTinyXml},
+    {"v2 factory", [] {}, [] { v2::getFmiFactory(); }, Losses::OfTinyXml},
+    {"v1 factory without files", [] { setenv("VELK_MANIFEST_DIR", "/nowhere", 1); },
+     [] { v1::getFmiFactory(); }},
+    {"v1 adapter", [] { v1::getFmiFactory(); },
+     [] { adapterV1.reset(v1::getFmiFactory()->createFaultManagement()); }},
+    {"v2 adapter", [] { v2::getFmiFactory(); },
+     [] { adapterV2 = v2::getFmiFactory()->createFaultManagement(); }},
+    {"primary alarm", load,
+     [] {
+         adapterV1->raisePrimaryAlarm(kObject, 7, kName, kText, kInfo, 2, 4711U, kUuid, kUuid, 3);
+     }},
+    {"primary alarm by UUID", load,
+     [] { adapterV2->raisePrimaryAlarm(kObject, 7, kName, kText, kInfo, 2, kUuid, kUuid, kUuid); }},
+    {"secondary alarm", load,
+     [] {
+         adapterV1->raiseSecondaryAlarm(kObject, 7, kName, kText, kInfo, 0, kUuid, kUuid, kEvents);
+     }},
+    {"combined alarm", load,
+     [] { adapterV2->raiseAlarm(kObject, 7, kName, kText, kInfo, 1, 4711, kEvents, 1); }},
+    {"unmapped alarm", load, [] { adapterV2->ceaseAlarm(kObject, 8, kName); }},
+    {"cease", load, [] { adapterV1->ceaseAlarm(kObject, 7, kName); }},
+    {"destruction", load, free},
+};
+
+enum Outcome { kNotReached, kSurvived, kLeaked };
+
+/// In a process of its own.
+Outcome tryPlace(const Operation& operation, bool warm, long place, bool lasting) {
+    const auto callAndGiveBack = [&](long position) {
+        operation.prepare();
+        start(position, lasting);
+        try {
+            operation.call();
+        } catch (const std::bad_alloc&) { // which may reach a client
+        }
+        const bool failed = stop();
+        free();
+        return failed;
+    };
+    constexpr long kNowhere = 1'000'000'000;
+    if (warm) {
+        callAndGiveBack(kNowhere);
+    }
+    const long before = live();
+    const bool failed = callAndGiveBack(place);
+    const bool leaked = warm && operation.losses == Losses::None && live() > before;
+    callAndGiveBack(kNowhere); // all is well again
+    return leaked ? kLeaked : failed ? kSurvived : kNotReached;
+}
+
+void makePlatform(const fs::path& folder) {
+    std::ofstream(folder / "mappings.xml")
+        << R"(<alarmMappings><mapping faultid="7" minor_type_id="65538" managed_object_class="Board"/></alarmMappings>)";
+    std::ofstream(folder / "local.xml")
+        << R"(<loadModules><loadModule name="Sweep" productNumber="CXC1" revision="R1A">)"
+        << R"(<file tag="alarm_mapping" path="mappings.xml"/></loadModule></loadModules>)";
+    setenv("ZBN_NO", "CXC1", 1);
+    setenv("ZBN_REV", "R1A", 1);
+    setenv("VELK_MANIFEST_DIR", folder.c_str(), 1);
+    setenv("RUXA_NTF_LOG", (folder / "log").c_str(), 1);
+    setenv("RUXA_TRACE_SINK", ("file:" + (folder / "traces").string()).c_str(), 1);
+    setenv("RUXA_TRACE_GROUPS", "all", 1);
+    setenv("SYSTEM_UUID", kUuid.c_str(), 1);
+    setenv("COMPUTE_NAME", "compute-1", 1);
+}
+
+} // namespace
+
+int main() {
+    std::string name = (fs::temp_directory_path() / "sweep.XXXXXX").string();
+    const fs::path folder = mkdtemp(name.data());
+    makePlatform(folder);
+    long places = 0;
+    long deaths = 0;
+    long leaks = 0;
+    for (const Operation& operation : kOperations) {
+        for (const int variant : {0, 1, 2, 3}) {
+            const bool warm = (variant & 1) != 0;
+            const bool lasting = (variant & 2) != 0;
+            for (long place = 1;; ++place) {
+                const pid_t child = fork();
+                if (child == 0) {
+                    _exit(tryPlace(operation, warm, place, lasting));
+                }
+                int status = 0;
+                waitpid(child, &status, 0);
+                if (WIFEXITED(status) && WEXITSTATUS(status) == kNotReached) {
+                    break;
+                }
+                ++places;
+                const bool died = !WIFEXITED(status);
+                const bool leaked = !died && WEXITSTATUS(status) == kLeaked;
+                deaths += died ? 1 : 0;
+                leaks += leaked ? 1 : 0;
+                if (died || leaked) {
+                    std::printf("%s, %s, allocation %ld%s: %s\n", operation.name,
+                                warm ? "once more" : "the first time", place,
+                                lasting ? " and all after it" : "", died ? "died" : "leaked");
+                }
+            }
+        }
+    }
+    const bool sent = fs::exists(folder / "log");
+    fs::remove_all(folder);
+    std::printf("%ld places, %ld deaths, %ld leaks\n", places, deaths, leaks);
+    return places > 0 && sent && deaths == 0 && leaks == 0 ? 0 : 1;
+}
