@@ -62,7 +62,7 @@ int query(const char* category, Velk_lm_list& list) {
                                    module.revision.c_str(), files.size(), files.data()});
     }
     list = {answer->modules.size(), &answer->records[1]};
-    answer.release(); // the list owns it from here
+    static_cast<void>(answer.release()); // the list owns it from here
     return VELK_OK;
 }
 

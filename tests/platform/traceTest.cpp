@@ -273,7 +273,7 @@ TEST(Trace, TrustsNoVariableOfASetUserIdProgram) {
     EXPECT_EQ(lines, "platform-trace-test.default 0 unit:7 text\n");
 }
 
-TEST_F(TraceFile, OrSyslogWithPrioritiesButNotWaitedFor) {
+TEST_F(TraceFile, SyslogGetsPrioritiesAndIsNotWaitedFor) {
     const std::string lines = errorsOf({{kSink, "syslog"}, {kGroups, "all"}}, [this] {
         file.string().copy(g_log.sun_path, sizeof g_log.sun_path - 1);
         trace("nobody listens");
