@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <string_view>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,51 +10,50 @@
 
 namespace common {
 
-File openRegularFile(const std::string& path) {
-    // O_NONBLOCK: opening a FIFO without a writer does not wait.
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    struct stat status {};
-    if (descriptor < 0 || ::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
-        const int error = descriptor < 0 ? errno : S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-        if (descriptor >= 0) {
-            ::close(descriptor);
-        }
-        errno = error;
-        return {nullptr, &std::fclose};
-    }
-    File file(::fdopen(descriptor, "rb"), &std::fclose);
-    if (file == nullptr) {
-        ::close(descriptor);
-        errno = ENOMEM;
-    }
-    return file;
-}
+namespace {
 
-int readWhole(std::FILE* file, std::size_t maxSize, std::string& content) {
-    const int descriptor = ::fileno(file);
+constexpr std::size_t kFirstPiece = 65536;
+constexpr std::string_view kHole{"\0\0\0\0", 4};
+
+struct Descriptor {
+    ~Descriptor() {
+        if (value >= 0) {
+            ::close(value);
+        }
+    }
+    const int value;
+};
+
+} // namespace
+
+int readRegularFile(const std::string& path, std::size_t maxSize, std::string& content) {
+    // O_NONBLOCK: opening a FIFO without a writer does not wait.
+    const Descriptor file{::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)};
     struct stat status {};
-    if (::fstat(descriptor, &status) != 0) {
+    if (file.value < 0 || ::fstat(file.value, &status) != 0) {
         return errno;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
     }
     const auto size = static_cast<std::size_t>(status.st_size);
     if (size > maxSize) {
         return EFBIG;
     }
     content.clear();
-    content.reserve(size);
-    char chunk[16384];
     while (content.size() < size) {
-        // By offset: the stream stays where it is.
-        const ssize_t got =
-            ::pread(descriptor, chunk, std::min(sizeof(chunk), size - content.size()),
-                    static_cast<off_t>(content.size()));
-        if (got < 0 && errno != EINTR) {
-            return errno;
+        const std::size_t had = content.size();
+        content.resize(std::min(size, std::max(kFirstPiece, 2 * had)));
+        const ssize_t got = ::read(file.value, &content[had], content.size() - had);
+        if (got == 0 || (got < 0 && errno != EINTR)) {
+            return got == 0 ? ENODATA : errno;
         }
-        if (got == 0) {
-            break; // it has shrunk meanwhile
+        content.resize(had + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        const std::size_t hole = content.find(kHole, had - std::min(had, kHole.size()));
+        if (hole != std::string::npos) {
+            content.resize(hole + kHole.size());
+            break;
         }
-        content.append(chunk, got > 0 ? static_cast<std::size_t>(got) : 0);
     }
     return 0;
 }

@@ -2,12 +2,12 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include <Velk.h>
-#include <tinyxml.h>
 
 #include "common/RegularFile.h"
-#include "common/XmlGuard.h"
+#include "common/XmlDocument.h"
 
 namespace platform::loadmodules {
 
@@ -54,17 +54,19 @@ bool readLoadModule(const TiXmlElement& element, const std::string& directory, L
 }
 
 /// `directory` ends in a slash.
-bool readDocument(const std::string& text, const std::string& directory,
+bool readDocument(std::string text, const std::string& directory,
                   std::vector<LoadModule>& modules) {
-    if (text.find('\0') != std::string::npos || !common::isSafeText(text)) {
+    if (text.find('\0') != std::string::npos) {
         return false;
     }
-    TiXmlDocument document;
-    const char* rest = document.Parse(text.c_str());
-    const TiXmlElement* root = document.FirstChildElement();
-    const bool isOneElement =
-        root != nullptr && root->NextSiblingElement() == nullptr && (rest == nullptr || *rest == 0);
-    if (document.Error() || !isOneElement || !isNamed(*root, "loadModules")) {
+    common::XmlDocument document;
+    document.SetTabSize(0); // nobody asks for lines
+    if (!document.load(std::move(text)) || !document.isLoadedWhole()) {
+        return false;
+    }
+    const TiXmlElement* const root = document.FirstChildElement();
+    if (root == nullptr || root->NextSiblingElement() != nullptr ||
+        !isNamed(*root, "loadModules")) {
         return false;
     }
     for (const TiXmlElement* child = root->FirstChildElement(); child != nullptr;
@@ -79,10 +81,8 @@ bool readDocument(const std::string& text, const std::string& directory,
 } // namespace
 
 int readManifest(const std::string& path, std::vector<LoadModule>& modules) {
-    const common::File file = common::openRegularFile(path);
-    const int openError = file != nullptr ? 0 : errno;
     std::string text;
-    switch (openError != 0 ? openError : common::readWhole(file.get(), kMaxManifestSize, text)) {
+    switch (common::readRegularFile(path, kMaxManifestSize, text)) {
     case 0:
         break;
     case ENOENT:
@@ -95,7 +95,7 @@ int readManifest(const std::string& path, std::vector<LoadModule>& modules) {
         return VELK_UNREADABLE_MANIFEST;
     }
     const std::string directory = path.substr(0, path.rfind('/') + 1);
-    return readDocument(text, directory, modules) ? VELK_OK : VELK_MALFORMED_MANIFEST;
+    return readDocument(std::move(text), directory, modules) ? VELK_OK : VELK_MALFORMED_MANIFEST;
 }
 
 } // namespace platform::loadmodules

@@ -8,15 +8,17 @@ class TiXmlElement;
 
 namespace dolq::xmlconf {
 
-/// Hears what the reader makes of one alarm mapping file, in document order. Elements know their
-/// row, column and attributes. A mapping element lasts until the call returns, the rest of the
-/// document until the reader does.
+/// Hears what the reader makes of one alarm mapping file, in document order. The document lasts
+/// until the reader returns.
 class MappingFileObserverI {
 public:
     virtual ~MappingFileObserverI() = default;
 
-    /// Nothing is read: the parser's error is in `document`, or it has none because the file is no
-    /// readable regular file, or its text not safe to parse.
+    /// Whether elements and errors get a row and a column, which costs a fifth of the reading.
+    virtual bool wantsPlaces() const { return true; }
+
+    /// Nothing is read: the parser's error is in `document`, or it has none because the file cannot
+    /// be read or is beyond the limits.
     virtual void onNotLoaded(const TiXmlDocument& /*document*/) {}
     /// Nothing is read: the document has no element.
     virtual void onNoRoot() {}

@@ -5,12 +5,11 @@
 #include <iterator>
 
 #include <Velk.h>
-#include <tinyxml.h>
 #include <unistd.h>
 
 #include "common/Environment.h"
 #include "common/RegularFile.h"
-#include "common/XmlGuard.h"
+#include "common/XmlDocument.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "trace/Probe.h"
 #include "trace/Trace.h"
@@ -42,12 +41,15 @@ private:
     Velk_lm_list& m_list;
 };
 
-/// Opened once, so that a file put in its place meanwhile is not what TinyXML parses; and not by
-/// TinyXML, which leaves a file open when memory runs out.
-bool load(TiXmlDocument& document, const std::string& fileName) {
-    const common::File file = common::openRegularFile(fileName);
-    return file != nullptr && common::isSafeToParse(file.get()) &&
-           document.LoadFile(file.get(), TIXML_ENCODING_UNKNOWN);
+/// Memory that one file is too big for is not the others' loss: such a file does not load.
+bool load(common::XmlDocument& document, const std::string& fileName) {
+    try {
+        std::string text;
+        return common::readRegularFile(fileName, text.max_size(), text) == 0 &&
+               document.load(std::move(text));
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
 // Where the reader stores what it finds: the one thing in which the generations differ.
@@ -56,6 +58,7 @@ class StoreIntoConfiguration final : public MappingFileObserverI {
 public:
     explicit StoreIntoConfiguration(ruxa::fm::dolq::v1::ConfigurationI& configuration)
         : m_configuration(configuration) {}
+    bool wantsPlaces() const override { return false; }
     void onMappingWithoutClass(const TiXmlElement&, std::uint32_t faultId,
                                std::uint32_t minorType) override {
         m_configuration.setMapping(faultId, minorType);
@@ -72,6 +75,7 @@ private:
 class StoreIntoTable final : public MappingFileObserverI {
 public:
     explicit StoreIntoTable(MappingTable& mapping) : m_mapping(mapping) {}
+    bool wantsPlaces() const override { return false; }
     void onMappingWithoutClass(const TiXmlElement&, std::uint32_t faultId,
                                std::uint32_t minorType) override {
         m_mapping.set(faultId, minorType, {});
@@ -100,20 +104,6 @@ template <typename OnClass> void forEachClass(const char* classes, OnClass onCla
     if (!moClass.empty()) {
         onClass(moClass);
     }
-}
-
-/// `QueryIntAttribute`, which asks sscanf, but cheap for a plain number and nothing else.
-bool queryInt(const TiXmlElement& element, const char* name, int& value) {
-    const char* const text = element.Attribute(name);
-    int number = 0;
-    if (text != nullptr) {
-        const auto parsed = std::from_chars(text, text + std::strlen(text), number);
-        if (parsed.ec == std::errc{} && *parsed.ptr == '\0') {
-            value = number;
-            return true;
-        }
-    }
-    return element.QueryIntAttribute(name, &value) == TIXML_SUCCESS;
 }
 
 } // namespace
@@ -165,6 +155,7 @@ std::vector<std::string> MappingXmlConfigurator::findMappingFiles(const std::str
                                                                   const std::string& revision,
                                                                   LoadModuleObserverI& observer) {
     std::vector<std::string> paths;
+    // Meant: the handler takes a text of up to 127 characters that it may write to.
     char writableCategory[128] = {};
     category.copy(writableCategory, sizeof(writableCategory) - 1);
     Velk_lm_list list{};
@@ -213,13 +204,16 @@ bool MappingXmlConfigurator::readMappingFile(const std::string& fileName, Mappin
 bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
                                              MappingFileObserverI& observer) {
     DOLQ_PROBE(mapping_file, fileName.c_str());
-    TiXmlDocument document(fileName);
+    common::XmlDocument document(fileName);
+    if (!observer.wantsPlaces()) {
+        document.SetTabSize(0);
+    }
     if (!load(document, fileName)) {
         DOLQ_TRACE(m_traceObject, kFlow, "Could not load XML file '%s'", fileName.c_str());
         observer.onNotLoaded(document);
         return false;
     }
-    TiXmlElement* const root = document.FirstChildElement();
+    const TiXmlElement* const root = document.FirstChildElement();
     if (root == nullptr) {
         DOLQ_TRACE(m_traceObject, kFlow, "XML data corrupt, no root element in file '%s'",
                    fileName.c_str());
@@ -227,11 +221,9 @@ bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
         return false;
     }
     observer.onRoot(*root);
-    for (TiXmlElement* element = root->FirstChildElement(kMapping); element != nullptr;) {
+    for (const TiXmlElement* element = root->FirstChildElement(kMapping); element != nullptr;
+         element = element->NextSiblingElement(kMapping)) {
         readMapping(fileName, *element, observer);
-        TiXmlElement* const read = element;
-        element = element->NextSiblingElement(kMapping);
-        root->RemoveChild(read); // now, while it is still in the processor's cache
     }
     return true;
 }
@@ -240,7 +232,8 @@ void MappingXmlConfigurator::readMapping(const std::string& fileName, const TiXm
                                          MappingFileObserverI& observer) {
     int faultId = 0;
     int minorType = 0;
-    if (!queryInt(element, kFaultId, faultId) || !queryInt(element, kMinorType, minorType)) {
+    if (element.QueryIntAttribute(kFaultId, &faultId) != TIXML_SUCCESS ||
+        element.QueryIntAttribute(kMinorType, &minorType) != TIXML_SUCCESS) {
         DOLQ_TRACE(
             m_traceObject, kFlow,
             "When parsing XML file '%s', a '%s' element that did not have all '%s' ,'%s' and '%s' integer attributes was encountered",

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <saNtf.h>
+#include <sys/types.h>
 
 /// While one lives, this thread runs code of the fakes themselves: what they allocate is no concern
 /// of a test that lets the library's allocations fail.
@@ -60,6 +61,7 @@ struct FakePlatform {
     std::map<std::string, std::vector<LoadModule>> loadModules; // by category
     std::map<std::string, int> loadModuleErrors;                // by category
     bool nullTextsInLoadModules = false;
+    std::deque<ssize_t> reads; // the most that each read() of a file gives; negative: errno
 
     // What left the library. A trace is "<group> <unit>|<text>", a call its name and arguments.
     std::vector<std::string> events;

@@ -20,14 +20,14 @@ bool streamsFail = false;
 } // namespace
 
 /// In front of the C library's, whose memory no `new` takes.
-extern "C" std::FILE* fdopen(int descriptor, const char* mode) noexcept {
-    using Function = std::FILE* (*)(int, const char*);
-    static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "fdopen"));
+extern "C" std::FILE* fmemopen(void* buffer, std::size_t size, const char* mode) noexcept {
+    using Function = std::FILE* (*)(void*, std::size_t, const char*);
+    static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "fmemopen"));
     if (streamsFail) {
         errno = ENOMEM;
         return nullptr;
     }
-    return real(descriptor, mode);
+    return real(buffer, size, mode);
 }
 
 namespace {
@@ -56,7 +56,8 @@ protected:
 
     /// Lets the first, second, ... allocation of `call` fail, until it completes without a failure.
     /// `prepare` comes before each call; `giveBack` afterwards and ends what the call began, so
-    /// that nothing of it may be left. `reported`: the failure has to reach the caller.
+    /// that nothing of it may be left. `reported`: the failure has to reach the caller, or be
+    /// traced for the one file that lacked the memory.
     static void failEachAllocation(const std::function<void()>& prepare,
                                    const std::function<void()>& call,
                                    const std::function<void()>& giveBack, bool reported = true) {
@@ -65,16 +66,18 @@ protected:
         for (bool failed = true; failed; ++position) {
             SCOPED_TRACE("allocation " + std::to_string(position));
             prepare();
-            bool caught = false;
+            bool told = false;
+            platform().events.clear();
             failing_heap::failAt(position);
             try {
                 call();
             } catch (const std::bad_alloc&) {
-                caught = true;
+                told = true;
             }
             failed = failing_heap::stop();
+            told = told || filesNotLoaded() == 1;
             giveBack();
-            EXPECT_EQ(caught, failed && reported);
+            EXPECT_EQ(told, failed && reported);
             if (!failing_heap::failedInTinyXml()) { // it loses what it was building
                 EXPECT_EQ(failing_heap::leakedBlocks(), 0U);
             }
@@ -88,6 +91,13 @@ protected:
         }
         RecordProperty("allocations", std::to_string(position - 2));
         EXPECT_GT(position, 2U); // one that failed, and the last, which did not
+    }
+
+    static std::ptrdiff_t filesNotLoaded() {
+        const auto& events = platform().events;
+        return std::count_if(events.begin(), events.end(), [](const std::string& event) {
+            return event.find("Could not load XML file") != std::string::npos;
+        });
     }
 
     static void expectThatAlarmsPass(FaultManagementI& client) {
@@ -133,7 +143,7 @@ const auto nameOf = [](const auto& row) { return std::string(row.param.name); };
 INSTANTIATE_TEST_SUITE_P(, AlarmAllocationTest, testing::ValuesIn(kOperations), nameOf);
 INSTANTIATE_TEST_SUITE_P(Other, AlarmAllocationTest, testing::Values(kCease), nameOf);
 
-TEST_F(AllocationTest, GettingAFactoryFailsWithoutATrace) {
+TEST_F(AllocationTest, GettingAFactoryFailsAndLeavesNothing) {
     failEachAllocation(
         nothing, [] { v1::getFmiFactory(); },
         [] {
@@ -146,10 +156,11 @@ TEST_F(AllocationTest, GettingAFactoryFailsWithoutATrace) {
         });
 }
 
-TEST_F(AllocationTest, GettingAV2FactoryFailsWithoutATrace) {
+TEST_F(AllocationTest, GettingAV2FactoryFailsAndLeavesNothing) {
     failEachAllocation(
         nothing, [] { v2::getFmiFactory(); },
         [] {
+            v2::freeFmiFactory();
             expectThatAlarmsPass(*v2::getFmiFactory()->createFaultManagement());
             v2::freeFmiFactory();
             EXPECT_TRUE(platform().holdsNothing());
@@ -162,10 +173,7 @@ TEST_F(AllocationTest, AFileWithoutMemoryForItsStreamIsTracedAndNotRead) {
     v2::getFmiFactory();
     streamsFail = false;
     EXPECT_EQ(openFiles(), files);
-    const auto& events = platform().events;
-    EXPECT_EQ(std::count(events.begin(), events.end(),
-                         "4 dolqXmlConfigurator|Could not load XML file '" + m_file.path() + "'"),
-              1);
+    EXPECT_EQ(filesNotLoaded(), 1);
     v2::freeFmiFactory();
     expectThatAlarmsPass(*v2::getFmiFactory()->createFaultManagement());
 }

@@ -102,9 +102,12 @@ TEST_F(LoadModules, WhatIsNoReadableFileIsUnreadable) {
     EXPECT_EQ(contentOf("dynamic"), "error " + std::to_string(VELK_UNREADABLE_MANIFEST));
 }
 
-TEST_F(LoadModules, AHugeManifestIsRefusedUnread) {
-    write("central.xml", "<loadModules/>");
-    fs::resize_file(m_directory / "central.xml", std::uintmax_t{1} << 40); // a hole
+TEST_F(LoadModules, AManifestOfMoreThanSixteenMebibytesIsRefused) {
+    const std::string manifest = "<loadModules/>";
+    const std::size_t limit = 16U << 20;
+    write("central.xml", manifest + std::string(limit - manifest.size(), ' '));
+    EXPECT_EQ(contentOf("central"), "");
+    write("central.xml", manifest + std::string(limit + 1 - manifest.size(), ' '));
     EXPECT_EQ(contentOf("central"), "error " + std::to_string(VELK_MALFORMED_MANIFEST));
 }
 
@@ -194,6 +197,7 @@ const MalformedCase kMalformedCases[] = {
     {"WrongRoot", "<loadmodules/>"},
     {"TwoRoots", "<loadModules/><loadModules/>"},
     {"TextBehindRoot", "<loadModules/>text"},
+    {"NulBehindRoot", std::string("<loadModules/>\0", 15)},
     {"UnknownElement", "<loadModules><module productNumber='a' revision='b'/></loadModules>"},
     {"NoProductNumber", "<loadModules><loadModule revision='b'/></loadModules>"},
     {"NoRevision", "<loadModules><loadModule productNumber='a'/></loadModules>"},

@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <filesystem>
 
 #include <sys/stat.h>
+#include <tinyxml.h>
 
 #include "LibraryTest.h"
 #include "xmlconf/dolqXmlConfigurator.h"
@@ -176,10 +178,60 @@ INSTANTIATE_TEST_SUITE_P(
         {"Binary", [] { return std::string("\x7F\x45LF\0\1\2\3<\xFF\xFE", 11); }, kNotLoaded},
         {"NoRoot", [] { return std::string("<?xml version=\"1.0\"?><!-- nothing -->"); },
          "XML data corrupt, no root element in file '<file>'"},
-        {"FiftyMegabytesDeep", [] { return repeated("<a>", 16 << 20); }, kNotLoaded},
-        {"FiftyMegabytesUnclosed", [] { return "<m>" + repeated(kElement, 800000); }, kNotLoaded},
+        {"MegabytesDeep", [] { return repeated("<a>", 1 << 20); }, kNotLoaded},
+        {"MegabytesUnclosed", [] { return "<m>" + repeated(kElement, 50000); }, kNotLoaded},
     }),
     [](const auto& row) { return row.param.name; });
+
+struct OddFile {
+    const char* name;
+    std::string content;
+};
+
+/// Keeps the rows' names in the test list the same from run to run.
+// NOLINTNEXTLINE(readability-identifier-naming): GoogleTest's name for it.
+void PrintTo(const OddFile& row, std::ostream* out) { *out << row.name; }
+
+class OddFileTest : public LibraryTest, public testing::WithParamInterface<OddFile> {};
+
+/// Nothing of it may depend on the look that the library takes at a text before TinyXML gets it.
+TEST_P(OddFileTest, LoadsAsTinyXmlAloneLoadsIt) {
+    const TemporaryFile file(GetParam().content);
+    TiXmlDocument bare(file.path());
+    ASSERT_TRUE(bare.LoadFile(TIXML_ENCODING_UNKNOWN));
+    const bool hasRoot = bare.FirstChildElement() != nullptr;
+
+    dolq::MappingTable table;
+    platform().events.clear();
+    EXPECT_EQ(dolq::xmlconf::MappingXmlConfigurator().readMappingFile(file.path(), table), hasRoot);
+    EXPECT_EQ(table.blocks().empty(), !hasRoot);
+    const Texts traces = hasRoot ? platform().traces(8) : platform().traces(4);
+    EXPECT_EQ(traces,
+              Texts{withFile(hasRoot ? "dolqXmlConfigurator|Call DOLQ with faultid=1,  "
+                                       "minor_type_id=2 and managed_object_class=A "
+                                     : "dolqXmlConfigurator|XML data corrupt, no root element in "
+                                       "file '<file>'",
+                             file.path())});
+}
+
+const std::string kOneElement = std::string("<r>\r\n") + kElement + "</r>";
+const std::string kDeclaration = "<?xml version=\"1.0\"?>";
+
+INSTANTIATE_TEST_SUITE_P(
+    , OddFileTest,
+    testing::Values(
+        OddFile{"DeclarationCutOffBehindTheRoot", kOneElement + "<?xml"},
+        OddFile{"OnlyADeclarationCutOff", "<?xml version=\"1.0\""},
+        OddFile{"Latin1AtTheEnd", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><na\xEF>" +
+                                      std::string(kElement) + "</na\xEF>"},
+        OddFile{"CutOffMarkBehindTheRoot", kDeclaration + kOneElement + "\xEF\xBB"},
+        OddFile{"CutOffLeadByteBehindTheRoot", kDeclaration + kOneElement + "\xEF"},
+        OddFile{"AmpersandInTheEncoding", "<?xml encoding='R&D'?>" + kOneElement},
+        OddFile{"NulBehindALeadByte",
+                kDeclaration + std::string("<r a='\xC3\0'>", 10) + kElement + "</r>"},
+        OddFile{"NulBehindTheRoot", kOneElement + std::string("\0<r>", 4)},
+        OddFile{"NoLineEndButCarriageReturns", "<r>\r\r\n" + std::string(kElement) + "\r</r>\r"}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 class DiscoveryTest : public LibraryTest {
 protected:
@@ -234,6 +286,18 @@ TEST_F(DiscoveryTest, ReadsTheFilesOfTheLoadModuleInOrderAndGoesOnWithoutTheMiss
                              "registerTraceObject prefix.DolqTraceLU"}));
     client->ceaseAlarm(kObject, 7, "");
     EXPECT_EQ(sentAlarm().minorId, 2U); // the last file read wins
+}
+
+TEST_F(DiscoveryTest, AFileBiggerThanMemoryCostsOnlyItself) {
+    const TemporaryFile sparse("");
+    const TemporaryFile mapping(element("1"));
+    std::filesystem::resize_file(sparse.path(), std::uintmax_t{100} << 30);
+    platform().loadModules["local"] = {
+        {"CXC1", "R1A", {{"alarm_mapping", sparse.path()}, {"alarm_mapping", mapping.path()}}}};
+    v2::getFmiFactory()->createFaultManagement()->ceaseAlarm(kObject, 7, "");
+    EXPECT_EQ(platform().traces(4).front(),
+              "dolqXmlConfigurator|Could not load XML file '" + sparse.path() + '\'');
+    EXPECT_EQ(sentAlarm().minorId, 1U);
 }
 
 TEST_F(DiscoveryTest, AFileThatItMayNotReadIsTraced) {

@@ -12,7 +12,7 @@
 #include "Output.h"
 #include "adapter/MinorType.h"
 #include "common/RegularFile.h"
-#include "common/XmlGuard.h"
+#include "common/XmlDocument.h"
 #include "xmlconf/dolqXmlConfigurator.h"
 
 namespace dolqctl {
@@ -97,14 +97,13 @@ UnreadableFile whyNotLoaded(const std::string& path, const TiXmlDocument& docume
         }
         return {{path, document.ErrorRow(), document.ErrorCol()}, std::move(reason)};
     }
-    const common::File file = common::openRegularFile(path);
-    switch (const int error = file != nullptr ? 0 : errno) {
+    std::string text;
+    switch (const int error = common::readRegularFile(path, text.max_size(), text)) {
     case 0:
         return {{path},
-                "not given to the parser: more than " + std::to_string(common::kMaxElementDepth) +
-                    " levels of elements, more than " + std::to_string(common::kMaxAttributes) +
-                    " attributes in one, or text broken off in the middle of a character or "
-                    "declaration"};
+                "not given to the parser: more than " + std::to_string(common::XmlLimits().depth) +
+                    " levels of elements, more than " +
+                    std::to_string(common::XmlLimits().attributes) + " attributes in one"};
     case EISDIR:
     case EINVAL:
         return {{path}, "not a regular file"};

@@ -1,0 +1,86 @@
+#include "common/RegularFile.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <iterator>
+
+#include <sys/stat.h>
+
+#include "LibraryTest.h"
+
+namespace common {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kNuls(4, '\0');
+
+std::size_t openFiles() {
+    return static_cast<std::size_t>(
+        std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
+}
+
+struct Reading {
+    const char* name;
+    std::deque<ssize_t> reads; // the most that each call gives; negative: errno
+    int result;
+};
+
+class RegularFile : public LibraryTest, public testing::WithParamInterface<Reading> {};
+
+TEST_P(RegularFile, IsReadWholeOrNotAtAll) {
+    const TemporaryFile file("0123456789");
+    const std::size_t files = openFiles();
+    platform().reads = GetParam().reads;
+    std::string content;
+    ASSERT_EQ(readRegularFile(file.path(), 10, content), GetParam().result);
+    EXPECT_TRUE(platform().reads.empty());
+    EXPECT_TRUE(GetParam().result != 0 || content == "0123456789");
+    EXPECT_EQ(openFiles(), files);
+}
+
+INSTANTIATE_TEST_SUITE_P(, RegularFile,
+                         testing::ValuesIn(std::vector<Reading>{
+                             {"AtOnce", {10}, 0},
+                             {"InPieces", {3, 1, 6}, 0},
+                             {"Interrupted", {-EINTR, 4, -EINTR, -EINTR, 6}, 0},
+                             {"Failing", {4, -EIO}, EIO},
+                             {"FailingAtOnce", {-EISDIR}, EISDIR},
+                             {"GettingShorter", {4, 0}, ENODATA},
+                         }),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(RegularFile, NothingElseIsReadNorLeftOpen) {
+    const TemporaryFile file("0123456789");
+    const std::string fifo = file.path() + ".fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const std::size_t files = openFiles();
+    std::string content;
+    EXPECT_EQ(readRegularFile(fifo, 10, content), EINVAL);
+    EXPECT_EQ(readRegularFile("/tmp", 10, content), EISDIR);
+    EXPECT_EQ(readRegularFile("/dev/zero", 10, content), EINVAL);
+    EXPECT_EQ(readRegularFile(file.path() + ".absent", 10, content), ENOENT);
+    EXPECT_EQ(readRegularFile(file.path(), 9, content), EFBIG);
+    EXPECT_EQ(openFiles(), files);
+    std::remove(fifo.c_str());
+}
+
+/// No parser gets past the NULs that a hole reads as.
+TEST_F(RegularFile, ASparseFileIsReadToItsFirstHole) {
+    for (const std::size_t length : {0U, 7U, 65533U, 65535U, 65536U, 200000U}) {
+        const std::string text(length, 'x');
+        const TemporaryFile file(text);
+        fs::resize_file(file.path(), std::uintmax_t{100} << 30);
+        std::string content;
+        EXPECT_EQ(readRegularFile(file.path(), content.max_size(), content), 0);
+        EXPECT_EQ(content, text + kNuls);
+    }
+    const TemporaryFile file(std::string(3, '\0') + "x");
+    std::string content;
+    EXPECT_EQ(readRegularFile(file.path(), 10, content), 0);
+    EXPECT_EQ(content, std::string(3, '\0') + "x");
+}
+
+} // namespace
+} // namespace common
