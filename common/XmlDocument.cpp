@@ -120,7 +120,8 @@ bool XmlDocument::load(std::string text) {
 /// byte.
 const char* XmlDocument::Parse(const char* text, TiXmlParsingData* data, TiXmlEncoding encoding) {
     std::string().swap(m_text); // read by now; the tree takes its memory
-    m_isWithinLimits = Walk(m_limits).staysWithin(text);
+    // Not on the stack, all of which a deep text needs.
+    m_isWithinLimits = std::make_unique<Walk>(m_limits)->staysWithin(text);
     if (!m_isWithinLimits) {
         return nullptr;
     }

@@ -96,5 +96,16 @@ TEST(XmlDocument, ACharacterThatIsCutOffLeadsNobodyBehindTheText) {
     }
 }
 
+/// Some releases of TinyXML never come to the end of half a byte order mark when they count
+/// columns.
+TEST(XmlDocument, NothingIsCountedWhereACharacterIsCutOff) {
+    XmlDocument cutOff;
+    EXPECT_FALSE(cutOff.load("\xEF\xBB\xBF<\xEF\r\n"));
+    EXPECT_EQ(cutOff.TabSize(), 0);
+    XmlDocument whole;
+    EXPECT_TRUE(whole.load("\r\n<\xEF\xBF\xB0/>"));
+    EXPECT_EQ(whole.FirstChildElement()->Row(), 2);
+}
+
 } // namespace
 } // namespace common

@@ -102,7 +102,7 @@ UnreadableFile whyNotLoaded(const std::string& path, const TiXmlDocument& docume
     case 0:
         return {{path},
                 "not given to the parser: more than " + std::to_string(common::XmlLimits().depth) +
-                    " levels of elements, more than " +
+                    " levels of elements, or more than " +
                     std::to_string(common::XmlLimits().attributes) + " attributes in one"};
     case EISDIR:
     case EINVAL:
