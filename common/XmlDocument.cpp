@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace common {
@@ -113,6 +114,10 @@ bool XmlDocument::load(std::string text) {
     m_text.append(3, '\0'); // for a last character that is cut off, of which TinyXML skips the rest
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
         ::fmemopen(m_text.data(), m_text.size(), "rb"), &std::fclose);
+    if (file == nullptr) {
+        throw std::bad_alloc();
+    }
+    std::setvbuf(file.get(), nullptr, _IONBF, 0); // it is memory already
     return LoadFile(file.get(), TIXML_ENCODING_UNKNOWN) && m_isWithinLimits;
 }
 
