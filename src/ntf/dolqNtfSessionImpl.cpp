@@ -26,17 +26,11 @@ constexpr SaNtfElementIdT kThresholdId = 255; // meant: receivers know it for "n
 constexpr bool kSetsEventTime = RUXA_DOLQ_EVENT_TIME_UNKNOWN != 0;
 constexpr useconds_t kRetryDelayUs = 100000; // microseconds
 
-/// The service's answer. Its client library is not asked to survive a cancelled call.
-template <typename Call> SaAisErrorT uncancelled(Call call) {
-    const common::CancellationHeld held;
-    return call();
-}
-
 /// The answer of `call` once the service is no longer too busy to give one. A thread can be
 /// cancelled in the pauses.
 template <typename Call> SaAisErrorT retryWhileBusy(Call call) {
     for (;;) {
-        const SaAisErrorT result = uncancelled(call);
+        const SaAisErrorT result = call();
         if (result != SA_AIS_ERR_TRY_AGAIN) {
             return result;
         }
@@ -221,7 +215,10 @@ SaAisErrorT NtfSessionImpl::fillValue(SaNtfNotificationHandleT handle, const std
 }
 
 SaAisErrorT NtfSessionImpl::initializeSession(SaNtfHandleT* handle, SaVersionT* version) {
-    return retryWhileBusy([&] { return m_ntf->initialize(handle, nullptr, version); });
+    return retryWhileBusy([&] {
+        const common::CancellationHeld held; // as in sendAlarm
+        return m_ntf->initialize(handle, nullptr, version);
+    });
 }
 
 SaAisErrorT NtfSessionImpl::finalizeSession(SaNtfHandleT handle) {
@@ -250,7 +247,11 @@ SaAisErrorT NtfSessionImpl::sendAlarm(SaNtfNotificationHandleT handle) {
     if (handle == 0) {
         return SA_AIS_ERR_BAD_HANDLE;
     }
-    return retryWhileBusy([&] { return m_ntf->notificationSend(handle); });
+    return retryWhileBusy([&] {
+        // A client library that waits for the service under a lock would leave that behind.
+        const common::CancellationHeld held;
+        return m_ntf->notificationSend(handle);
+    });
 }
 
 SaAisErrorT NtfSessionImpl::freeAlarm(SaNtfNotificationHandleT handle) {
