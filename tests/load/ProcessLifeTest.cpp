@@ -72,6 +72,9 @@ TEST_F(ProcessLifeTest, AForkedChildRaisesAlarmsOfItsOwnWhileThreadsRaiseTheirs)
 }
 
 TEST_F(ProcessLifeTest, AThreadIsCancelledWhileItRaisesAlarms) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "its runtime takes the stack that a cancelled thread left for overrun";
+#endif
     for (const char* faults : {"", "send:OK,delay=1", "allocate:TRY_AGAIN,times=100000"}) {
         std::filesystem::remove(m_log);
         const auto live = [faults] {
