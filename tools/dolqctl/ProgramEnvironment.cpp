@@ -34,6 +34,7 @@ std::vector<std::string> textsOf(const std::string& path) {
 /// `values` as execve(2) takes them.
 std::vector<char*> pointersTo(std::vector<std::string>& values) {
     std::vector<char*> pointers;
+    pointers.reserve(values.size() + 1);
     for (std::string& value : values) {
         pointers.push_back(value.data());
     }
