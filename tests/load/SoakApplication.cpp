@@ -1,5 +1,6 @@
 #include "SoakApplication.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -134,7 +135,8 @@ std::string faultSchedule(Dice& dice) {
 
 void runApplication(Ledger& ledger, Dice dice) {
     alarm(kLongestLife);
-    mallopt(M_ARENA_MAX, 1); // each further one would count as heap in use
+    std::signal(SIGHUP, SIG_IGN); // Linux may send it to stopped children of who is killed
+    mallopt(M_ARENA_MAX, 1);      // each further one would count as heap in use
     setenv("RUXA_NTF_FAULTS", faultSchedule(dice).c_str(), 1);
     const bool frees = dice.oneOf(2); // every factory
     const bool exits = frees && dice.oneOf(2);
