@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 #include <utility>
+#include <vector>
 
 namespace common {
 
@@ -112,12 +113,14 @@ bool endsInsideCharacter(const char* text) {
 bool XmlDocument::load(std::string text) {
     m_text = std::move(text);
     m_text.append(3, '\0'); // for a last character that is cut off, of which TinyXML skips the rest
+    std::vector<char> buffer(1024);
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
         ::fmemopen(m_text.data(), m_text.size(), "rb"), &std::fclose);
     if (file == nullptr) {
         throw std::bad_alloc();
     }
-    std::setvbuf(file.get(), nullptr, _IONBF, 0); // it is memory already
+    // Here, where a lack of memory is told; a stream that lacks a buffer goes byte by byte.
+    std::setvbuf(file.get(), buffer.data(), _IOFBF, buffer.size());
     return LoadFile(file.get(), TIXML_ENCODING_UNKNOWN) && m_isWithinLimits;
 }
 
