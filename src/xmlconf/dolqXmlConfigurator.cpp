@@ -10,7 +10,6 @@
 #include "common/Environment.h"
 #include "common/RegularFile.h"
 #include "common/XmlDocument.h"
-#include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "trace/Probe.h"
 #include "trace/Trace.h"
 #include "xmlconf/MappingFileFormat.h"
@@ -108,17 +107,12 @@ template <typename OnClass> void forEachClass(const char* classes, OnClass onCla
 
 } // namespace
 
-void MappingXmlConfigurator::configure() {
-    configureFrom([this](const std::string& path) {
-        readMappingFile(path, ruxa::fm::dolq::v1::getFmiFactory()->getConfiguration());
-    });
-}
-
 void MappingXmlConfigurator::configure(MappingTable& mapping) {
     configureFrom([&](const std::string& path) { readMappingFile(path, mapping); });
 }
 
-template <typename ReadFile> void MappingXmlConfigurator::configureFrom(ReadFile readFile) {
+void MappingXmlConfigurator::configureFrom(
+    const std::function<void(const std::string&)>& readFile) {
     LoadModuleObserverI nobody;
     const std::vector<std::string> paths =
         findAllMappingFiles(getProductNumber(), getRevision(), nobody);
@@ -258,8 +252,6 @@ void MappingXmlConfigurator::readMapping(const std::string& fileName, const TiXm
         observer.onMapping(element, storedFaultId, storedMinorType, moClass);
     });
 }
-
-void runMappingConfiguratorV1() { MappingXmlConfigurator().configure(); }
 
 void runMappingConfiguratorV2(MappingTable& mapping) {
     MappingXmlConfigurator().configure(mapping);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -49,7 +50,7 @@ private:
                                               const std::string& revision,
                                               LoadModuleObserverI& observer);
 
-    template <typename ReadFile> void configureFrom(ReadFile readFile);
+    void configureFrom(const std::function<void(const std::string&)>& readFile);
 
     void readMapping(const std::string& fileName, const TiXmlElement& element,
                      MappingFileObserverI& observer);

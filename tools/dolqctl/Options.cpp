@@ -88,12 +88,13 @@ Options::Option Options::files(std::vector<std::string>& paths, const char* help
     return Option(m_command.add_option("FILE", paths, help)->type_name(""));
 }
 
-CommandLine::CommandLine(const char* description, const char* footer, const char* version)
+CommandLine::CommandLine(const char* description, const char* footer,
+                         std::function<std::string()> version)
     : m_app(std::make_unique<CLI::App>(description, "dolqctl")), m_exitCode(kFine) {
     constexpr std::size_t kColumnWidth = 36; // FILE ... Excludes: --discovered fits
     m_app->get_formatter()->column_width(kColumnWidth);
     m_app->footer(footer);
-    m_app->set_version_flag("--version", version);
+    m_app->set_version_flag("--version", std::move(version));
     m_app->require_subcommand(1);
 }
 

@@ -52,7 +52,8 @@ private:
 /// The program's command line: one command with its options.
 class CommandLine {
 public:
-    CommandLine(const char* description, const char* footer, const char* version);
+    /// `version` makes the answer to --version.
+    CommandLine(const char* description, const char* footer, std::function<std::string()> version);
     ~CommandLine();
     CommandLine(const CommandLine&) = delete;
     CommandLine& operator=(const CommandLine&) = delete;

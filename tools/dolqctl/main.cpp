@@ -1,6 +1,7 @@
 #include <exception>
 
 #include "Commands.h"
+#include "Library.h"
 #include "Options.h"
 
 namespace {
@@ -18,7 +19,7 @@ int main(int argc, char** argv) {
     try {
         dolqctl::CommandLine commandLine(
             "Sees, checks and drives the alarms of the fault-management library.", kFooter,
-            "dolqctl " DOLQCTL_VERSION);
+            dolqctl::versionText);
         dolqctl::addMappingsCommand(commandLine);
         dolqctl::addCheckCommand(commandLine);
         dolqctl::addExplainCommand(commandLine);

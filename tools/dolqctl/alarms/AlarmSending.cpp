@@ -8,7 +8,6 @@
 #include <system_error>
 #include <vector>
 
-#include <dlfcn.h>
 #include <nlohmann/json.hpp>
 #include <ruxa/fm/dolq/v2/FmiFactory.h>
 #include <saNtf.h>
@@ -16,7 +15,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
-#include "Commands.h"
+#include "Library.h"
 #include "Options.h"
 #include "common/AisNames.h"
 #include "common/Environment.h"
@@ -34,9 +33,10 @@ std::optional<SaAisErrorT> latestAnswer;
 /// to the service come through here.
 [[gnu::visibility("default")]] SaAisErrorT
 saNtfNotificationSend(SaNtfNotificationHandleT notificationHandle) {
-    using Send = SaAisErrorT (*)(SaNtfNotificationHandleT);
-    static const auto send = reinterpret_cast<Send>(dlsym(RTLD_NEXT, "saNtfNotificationSend"));
-    latestAnswer = send != nullptr ? send(notificationHandle) : SA_AIS_ERR_LIBRARY;
+    static auto* const send =
+        dolqctl::Library(dolqctl::kNtfLibrary)
+            .function<SaAisErrorT(SaNtfNotificationHandleT)>("saNtfNotificationSend");
+    latestAnswer = send(notificationHandle);
     return *latestAnswer;
 }
 
@@ -137,8 +137,13 @@ void addAlarmOptions(Options& options, AlarmArguments& arguments) {
 int sendAlarm(const AlarmArguments& arguments, Output& output,
               const std::function<void(FaultManagementI&)>& operation) {
     const TraceCapture capture(arguments.verbose);
-    operation(*ruxa::fm::dolq::v2::getFmiFactory()->createFaultManagement());
-    ruxa::fm::dolq::v2::freeFmiFactory(); // all of the library goes before the traces are read
+    using namespace ruxa::fm::dolq::v2;
+    Library library(kDolqLibrary);
+    auto* const getFactory =
+        library.function<FmiFactory*()>("_ZN4ruxa2fm4dolq2v213getFmiFactoryEv");
+    auto* const freeFactory = library.function<void()>("_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv");
+    operation(*getFactory()->createFaultManagement());
+    freeFactory(); // all of the library goes before the traces are read
     const std::vector<std::string> traces = capture.lines();
     capture.passOn(traces);
     const bool sent = latestAnswer == SA_AIS_OK;

@@ -11,6 +11,7 @@
 #include <malloc.h>
 #include <saNtf.h>
 
+#include "Library.h"
 #include "common/AisNames.h"
 #include "doctor/Diagnosis.h"
 
@@ -120,12 +121,30 @@ template <typename Call> SaAisErrorT whileBusy(Call call) {
     return answer;
 }
 
-SaNtfHandleT openSession(Diagnosis& diagnosis) {
+/// What the library calls of the service.
+struct Service {
+    explicit Service(Library& library)
+        : initialize(library.function<decltype(saNtfInitialize)>("saNtfInitialize")),
+          finalize(library.function<decltype(saNtfFinalize)>("saNtfFinalize")),
+          allocate(library.function<decltype(saNtfAlarmNotificationAllocate)>(
+              "saNtfAlarmNotificationAllocate")),
+          free(library.function<decltype(saNtfNotificationFree)>("saNtfNotificationFree")) {
+        for (const char* const call : {"saNtfPtrValAllocate", "saNtfNotificationSend"}) {
+            library.function<void()>(call);
+        }
+    }
+    decltype(&saNtfInitialize) initialize;
+    decltype(&saNtfFinalize) finalize;
+    decltype(&saNtfAlarmNotificationAllocate) allocate;
+    decltype(&saNtfNotificationFree) free;
+};
+
+SaNtfHandleT openSession(Diagnosis& diagnosis, const Service& service) {
     const auto begin = std::chrono::steady_clock::now();
     SaNtfHandleT handle = 0;
     const SaAisErrorT answer = whileBusy([&] {
         SaVersionT version = {'A', 1, 1};
-        return saNtfInitialize(&handle, nullptr, &version);
+        return service.initialize(&handle, nullptr, &version);
     });
     const std::chrono::duration<double, std::milli> duration =
         std::chrono::steady_clock::now() - begin;
@@ -143,12 +162,12 @@ SaNtfHandleT openSession(Diagnosis& diagnosis) {
     return answer == SA_AIS_OK ? handle : 0;
 }
 
-void checkNames(Diagnosis& diagnosis, SaNtfHandleT handle) {
+void checkNames(Diagnosis& diagnosis, const Service& service, SaNtfHandleT handle) {
     constexpr SaUint16T kEmptyText = 1; // its NUL
     SaNtfAlarmNotificationT notification{};
     const SaAisErrorT answer = whileBusy([&] {
-        return saNtfAlarmNotificationAllocate(handle, &notification, 0, kEmptyText, 0, 0, 0, 0,
-                                              SA_NTF_ALLOC_SYSTEM_LIMIT);
+        return service.allocate(handle, &notification, 0, kEmptyText, 0, 0, 0, 0,
+                                SA_NTF_ALLOC_SYSTEM_LIMIT);
     });
     if (answer != SA_AIS_OK) {
         diagnosis.fail(
@@ -174,16 +193,24 @@ void checkNames(Diagnosis& diagnosis, SaNtfHandleT handle) {
                            length);
         break;
     }
-    static_cast<void>(saNtfNotificationFree(notification.notificationHandle));
+    service.free(notification.notificationHandle);
 }
 
 } // namespace
 
 void checkNtfService(Diagnosis& diagnosis) {
-    diagnosis.ok("NTF library", "is " + fileOf(&saNtfInitialize));
-    if (const SaNtfHandleT handle = openSession(diagnosis); handle != 0) {
-        checkNames(diagnosis, handle);
-        static_cast<void>(saNtfFinalize(handle));
+    constexpr char kCheck[] = "NTF library";
+    Library library(kNtfLibrary);
+    try {
+        const Service service(library);
+        diagnosis.ok(kCheck, "is " + library.file());
+        if (const SaNtfHandleT handle = openSession(diagnosis, service); handle != 0) {
+            checkNames(diagnosis, service, handle);
+            service.finalize(handle);
+        }
+    } catch (const CommandError&) {
+        diagnosis.fail(kCheck, "cannot be loaded: " + library.error(),
+                       "make libSaNtf.so.0 of the running service the first in the loader path");
     }
 }
 

@@ -3,11 +3,11 @@
 #include <system_error>
 
 #include <fcntl.h>
-#include <ruxa/fm/dolq/v2/FmiFactory.h>
 #include <ruxa/trace/v2/TraceBackend.h>
 #include <ruxa/zum2/v1/CorrelationApi.h>
 #include <unistd.h>
 
+#include "Library.h"
 #include "common/Environment.h"
 #include "common/TraceGroups.h"
 #include "doctor/Diagnosis.h"
@@ -111,7 +111,13 @@ void checkNotificationLog(Diagnosis& diagnosis) {
 }
 
 void checkLibraryAndTraces(Diagnosis& diagnosis) {
-    diagnosis.ok("library", "is " + fileOf(&ruxa::fm::dolq::v2::getFmiFactory));
+    if (const Library library(kDolqLibrary); library.isLoaded()) {
+        diagnosis.ok("library", "is " + library.file());
+    } else {
+        diagnosis.fail("library", "cannot be loaded: " + library.error(),
+                       "install or replace the file that this names: no program that uses the "
+                       "library starts");
+    }
     const std::string chosen = common::environment(kSinkVariable, "stderr");
     // The doctor tells what it finds itself: what the checks trace goes nowhere.
     setenv(kSinkVariable, "file:/dev/null", 1);
@@ -121,8 +127,15 @@ void checkLibraryAndTraces(Diagnosis& diagnosis) {
 
 void checkCorrelationService(Diagnosis& diagnosis) {
     constexpr char kCheck[] = "correlation service";
-    const std::string file = fileOf(&ruxa::zum2::v1::getAPI);
-    auto* const api = ruxa::zum2::v1::getAPI();
+    constexpr char kGetApi[] = "_ZN4ruxa4zum22v16getAPIEv";
+    Library library(kCorrelationLibrary);
+    if (!library.has(kGetApi)) {
+        diagnosis.fail(kCheck, "cannot be loaded: " + library.error(),
+                       "install the platform's own, or correct the loader path");
+        return;
+    }
+    const std::string file = library.file();
+    auto* const api = library.function<decltype(ruxa::zum2::v1::getAPI)>(kGetApi)();
     std::string uuid;
     if (api == nullptr) {
         diagnosis.fail(kCheck, "does not run, says " + file,
