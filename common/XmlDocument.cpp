@@ -77,8 +77,25 @@ private:
                 m_withinLimits = false;
                 return nullptr;
             }
-            at = m_attribute.Parse(at, nullptr, m_encoding);
+            const char* const end = endOfPlainAttribute(at);
+            at = end != nullptr ? end : m_attribute.Parse(at, nullptr, m_encoding);
         }
+    }
+
+    /// Of an attribute as mapping files have them, lower_case="ASCII without references"; null of
+    /// any other. TinyXML reads byte for byte; this saves three quarters of the walk.
+    static const char* endOfPlainAttribute(const char* at) {
+        const char* const name = at;
+        while ((*at >= 'a' && *at <= 'z') || *at == '_') {
+            ++at;
+        }
+        if (at == name || at[0] != '=' || at[1] != '"') {
+            return nullptr;
+        }
+        for (at += 2; static_cast<signed char>(*at) > 0 && *at != '"' && *at != '&';) {
+            ++at;
+        }
+        return *at == '"' && at[1] != '\0' ? at + 1 : nullptr; // a quote at the end ends nothing
     }
 
     static TiXmlEncoding encodingOf(const char* name) {

@@ -1,8 +1,7 @@
 #include "xmlconf/dolqXmlConfigurator.h"
 
-#include <charconv>
-#include <cstring>
 #include <iterator>
+#include <new>
 
 #include <Velk.h>
 #include <unistd.h>

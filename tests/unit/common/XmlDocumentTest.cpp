@@ -63,6 +63,7 @@ const TextCase kTextCases[] = {
     {"ClosedInCdata", falselyClosed("<![CDATA[</b>]]>"), false},
     {"ClosedInUnknown", falselyClosed("<!x </b >"), false},
     {"ClosedInQuotes", falselyClosed("<c x='/></b>'>"), false},
+    {"ClosedInDoubleQuotes", falselyClosed("<c x=\"/></b>\">"), false},
     {"ClosedInNumericReference", falselyClosed("&#x</b>x41;"), false},
     {"ClosedBehindSwallowedBracket", kUtf8 + falselyClosed("\xC3</b>"), false},
     {"ClosedBehindBomSwallowedBracket", "\xEF\xBB\xBF" + falselyClosed("\xF0 <</b>"), false},
@@ -74,6 +75,7 @@ const TextCase kTextCases[] = {
     {"EncodingIsNoUtf8", "<?xml encoding='R&D'?>" + falselyClosed("\xC3</b>"), true},
     // Openings that the parser sees in places where they are easily missed.
     {"OpenedBehindSwallowedQuote", "<a v='&#x'x1;'>" + kDeep + "'", false},
+    {"OpenedBehindSwallowedDoubleQuote", "<a v=\"&#x\"x1;\">" + kDeep + "\"", false},
     {"OpenedBehindShortComment", "<!-->-->" + kDeep, false},
     {"OpenedBehindDoctype", "<!DOCTYPE a>" + kDeep, false},
     {"OpenedBehindRootsEnd", "<a></a></a>" + kDeep, false},
