@@ -1,4 +1,7 @@
+#include <algorithm>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include "Commands.h"
 #include "Options.h"
@@ -22,13 +25,53 @@ Example:
   dolqctl check --strict central.xml site-override.xml)";
 
 struct Arguments {
-    MappingFileOptions files;
+    std::vector<std::string> files;
+    bool discovered = false;
+    Identity identity;
     bool strict = false;
     bool json = false;
 };
 
+struct Files {
+    std::vector<std::string> paths; ///< in reading order, each file once
+    bool isComplete = true;         ///< the load-module handler could be asked for all of them
+};
+
+/// By another spelling or a link, too.
+bool isSameFile(const std::string& path, const std::string& other) {
+    std::error_code ignored; // of a file that is not there
+    return path == other || std::filesystem::equivalent(path, other, ignored);
+}
+
+/// The files that are named, or those of the load module.
+Files filesOf(const Arguments& arguments) {
+    silenceTraces();
+    Files files;
+    std::vector<std::string> found = arguments.files;
+    if (arguments.discovered) {
+        const Discovery discovery = discover(arguments.identity);
+        for (const Discovery::FailedCategory& failure : discovery.failedCategories) {
+            tell(failureText(failure));
+        }
+        if (discovery.mappingFiles.empty()) {
+            throw CommandError(printable(whyNoMappingFile(discovery)));
+        }
+        found = discovery.mappingFiles;
+        files.isComplete = discovery.failedCategories.empty();
+    } else if (found.empty()) {
+        throw CommandError("name a mapping FILE or give --discovered");
+    }
+    for (const std::string& path : found) {
+        const auto isPath = [&](const std::string& other) { return isSameFile(path, other); };
+        if (std::none_of(files.paths.begin(), files.paths.end(), isPath)) {
+            files.paths.push_back(path);
+        }
+    }
+    return files;
+}
+
 int run(const Arguments& arguments, Output& output) {
-    const MappingFiles files = mappingFilesOf(arguments.files);
+    const Files files = filesOf(arguments);
     MappingFileChecker checker;
     for (const std::string& path : files.paths) {
         checker.check(path);
@@ -58,7 +101,12 @@ void addCheckCommand(CommandLine& commandLine) {
     Options options =
         commandLine.add("check", "Find the mistakes in alarm mapping files", kFooter,
                         [arguments](Output& output) { return run(*arguments, output); });
-    addMappingFileOptions(options, arguments->files);
+    const auto files = options.files(arguments->files, "Mapping files, in reading order");
+    options
+        .flag("--discovered", arguments->discovered,
+              "The mapping files of the load module, as the library finds them")
+        .excludes(files);
+    addIdentityOptions(options, arguments->identity);
     options.flag("--strict", arguments->strict, "Exit with 1 also for warnings");
     options.flag("--json", arguments->json, "Print JSON");
 }

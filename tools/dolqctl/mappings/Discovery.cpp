@@ -1,15 +1,16 @@
 #include "mappings/Discovery.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
+#include <set>
 #include <system_error>
 
 #include "Commands.h"
 #include "Options.h"
 #include "Output.h"
 #include "common/Environment.h"
-#include "mappings/Inventory.h"
 #include "xmlconf/dolqXmlConfigurator.h"
 
 namespace dolqctl {
@@ -41,16 +42,48 @@ private:
     Discovery& m_discovery;
 };
 
-/// Before the first trace, for the backend reads its environment once.
-void silenceTraces() { setenv("RUXA_TRACE_GROUPS", "none", 0); }
-
-/// By another spelling or a link, too.
-bool isSameFile(const std::string& path, const std::string& other) {
-    std::error_code ignored; // of a file that is not there
-    return path == other || std::filesystem::equivalent(path, other, ignored);
+/// Capitals and white space do not make a difference here.
+std::string blurred(const std::string& value) {
+    std::string letters;
+    for (const char c : value) {
+        if (std::isspace(static_cast<unsigned char>(c)) == 0) {
+            letters += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        }
+    }
+    return letters;
 }
 
-constexpr char kCheckIdentity[] = ": check --product and --revision, or ZBN_NO and ZBN_REV";
+/// For texts in which white space has to be seen.
+std::string quoted(const Identity& identity) {
+    return "'" + identity.productNumber + "' '" + identity.revision + "'";
+}
+
+/// What is there in place of the load module: its product in other revisions, or everything.
+std::string nearestMisses(const Discovery& discovery) {
+    std::set<std::string> near;
+    std::set<std::string> all;
+    for (const Discovery::LoadModule& each : discovery.loadModules) {
+        const Identity& other = each.identity;
+        all.insert(quoted(other));
+        if (blurred(other.productNumber) == blurred(discovery.identity.productNumber)) {
+            near.insert(quoted(other));
+        }
+    }
+    return joined(near.empty() ? all : near);
+}
+
+/// That no load module is known at all, and where the embedded load-module handler looks for them.
+std::string noLoadModulesText() {
+    const std::string start = "there is none at all: VELK_MANIFEST_DIR, the embedded "
+                              "handler's folder of manifests, is ";
+    const char* const folder = common::environment("VELK_MANIFEST_DIR", nullptr);
+    if (folder == nullptr || *folder == '\0') {
+        return start + (folder != nullptr ? "set to nothing" : "not set");
+    }
+    std::error_code error;
+    const bool isFolder = std::filesystem::is_directory(folder, error);
+    return start + "'" + folder + "'" + (isFolder ? "" : ", which is no folder");
+}
 
 } // namespace
 
@@ -63,16 +96,12 @@ void addIdentityOptions(Options& options, Identity& identity) {
 }
 
 std::string identityText(const Identity& identity) {
-    if (identity.productNumber.empty() && identity.revision.empty()) {
-        return "without product number and revision";
-    }
-    return printable(identity.productNumber) + ' ' + printable(identity.revision);
+    return identity.productNumber.empty() && identity.revision.empty()
+               ? "without product number and revision"
+               : identity.productNumber + ' ' + identity.revision;
 }
 
-bool Discovery::isFound() const {
-    return std::any_of(loadModules.begin(), loadModules.end(),
-                       [](const LoadModule& module) { return module.matches; });
-}
+void silenceTraces() { setenv("RUXA_TRACE_GROUPS", "none", 0); }
 
 Discovery discover(const Identity& identity) {
     silenceTraces();
@@ -89,71 +118,27 @@ std::string failureText(const Discovery::FailedCategory& failure) {
            " for the category '" + failure.category + "': its load modules are not read";
 }
 
-std::string noLoadModulesText() {
-    const std::string start = "there are no load modules at all: VELK_MANIFEST_DIR, the embedded "
-                              "handler's folder of manifests, is ";
-    const char* const folder = common::environment("VELK_MANIFEST_DIR", nullptr);
-    if (folder == nullptr || *folder == '\0') {
-        return start + (folder != nullptr ? "set to nothing" : "not set");
+std::string whyNoMappingFile(const Discovery& discovery) {
+    if (!discovery.mappingFiles.empty()) {
+        return {};
     }
-    std::error_code error;
-    const bool isFolder = std::filesystem::is_directory(folder, error);
-    return start + "'" + printable(folder) + "'" + (isFolder ? "" : ", which is no folder");
-}
-
-std::vector<std::string> readingProblems(const Discovery& discovery, const Inventory& inventory) {
-    std::vector<std::string> problems;
-    for (const Discovery::FailedCategory& failure : discovery.failedCategories) {
-        problems.push_back(failureText(failure));
+    const Identity& identity = discovery.identity;
+    const auto matches = [](const Discovery::LoadModule& module) { return module.matches; };
+    if (std::any_of(discovery.loadModules.begin(), discovery.loadModules.end(), matches)) {
+        return "the load module " + identityText(identity) + " has no file tagged alarm_mapping";
     }
-    const std::string identity = identityText(discovery.identity);
-    if (discovery.loadModules.empty()) {
-        problems.push_back(noLoadModulesText());
-    } else if (!discovery.isFound()) {
-        problems.push_back("the node has no load module " + identity + kCheckIdentity);
-    } else if (discovery.mappingFiles.empty()) {
-        problems.push_back("the load module " + identity + " has no file tagged alarm_mapping");
+    std::vector<std::string> missing;
+    if (identity.productNumber.empty()) {
+        missing.push_back("no product number (ZBN_NO)");
     }
-    for (const UnreadableFile& file : inventory.unreadable) {
-        problems.push_back(positionText(file.position) + ": the file is not read: " + file.reason);
+    if (identity.revision.empty()) {
+        missing.push_back("no revision (ZBN_REV)");
     }
-    return problems;
-}
-
-void addMappingFileOptions(Options& options, MappingFileOptions& values) {
-    const auto files = options.files(values.files, "Mapping files, in reading order");
-    options
-        .flag("--discovered", values.discovered,
-              "The mapping files of the load module, as the library finds them")
-        .excludes(files);
-    addIdentityOptions(options, values.identity);
-}
-
-MappingFiles mappingFilesOf(const MappingFileOptions& options) {
-    silenceTraces();
-    MappingFiles files;
-    std::vector<std::string> found = options.files;
-    if (options.discovered) {
-        const Discovery discovery = discover(options.identity);
-        for (const Discovery::FailedCategory& failure : discovery.failedCategories) {
-            tell(failureText(failure));
-        }
-        if (discovery.mappingFiles.empty()) {
-            throw CommandError("no mapping file belongs to the load module " +
-                               identityText(options.identity) + kCheckIdentity);
-        }
-        found = discovery.mappingFiles;
-        files.isComplete = discovery.failedCategories.empty();
-    } else if (found.empty()) {
-        throw CommandError("name a mapping FILE or give --discovered");
-    }
-    for (const std::string& path : found) {
-        const auto isPath = [&](const std::string& other) { return isSameFile(path, other); };
-        if (std::none_of(files.paths.begin(), files.paths.end(), isPath)) {
-            files.paths.push_back(path);
-        }
-    }
-    return files;
+    return (missing.empty() ? "there is no load module " + quoted(identity)
+                            : "the program has " + joined(missing, " and ")) +
+           "; " +
+           (discovery.loadModules.empty() ? noLoadModulesText()
+                                          : "there are: " + nearestMisses(discovery));
 }
 
 } // namespace dolqctl

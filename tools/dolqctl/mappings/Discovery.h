@@ -5,6 +5,7 @@
 
 namespace dolqctl {
 
+class Diagnosis;
 class Options;
 struct Inventory;
 
@@ -17,7 +18,7 @@ struct Identity {
 /// --product and --revision, by default what the environment says.
 void addIdentityOptions(Options& options, Identity& identity);
 
-/// "CXC1370001 R1A", printable.
+/// "CXC1370001 R1A".
 std::string identityText(const Identity& identity);
 
 /// The library's walk over the node's load modules, written down.
@@ -37,39 +38,22 @@ struct Discovery {
     std::vector<LoadModule> loadModules; ///< all of them, in reading order
     std::vector<FailedCategory> failedCategories;
     std::vector<std::string> mappingFiles; ///< in reading order
-
-    bool isFound() const; ///< the load module looked for is among them
 };
 
 /// From here on the embedded trace backend is silent, unless RUXA_TRACE_GROUPS is set: the commands
-/// report themselves what the library's reader traces.
+/// report themselves what the library's reader traces. Before the first trace, for the backend
+/// reads its environment once.
+void silenceTraces();
+
+/// Silences traces, too.
 Discovery discover(const Identity& identity);
 
 std::string failureText(const Discovery::FailedCategory& failure);
 
-/// That no load module is known at all, and where the embedded load-module handler looks for them.
-std::string noLoadModulesText();
+/// Why the load module has no mapping file, with what is nearest to it; empty when it has one.
+std::string whyNoMappingFile(const Discovery& discovery);
 
-/// Why programs of the load module may have fewer mappings than they should: one text each.
-std::vector<std::string> readingProblems(const Discovery& discovery, const Inventory& inventory);
-
-/// Which mapping files a command works on: named ones, or those of a load module.
-struct MappingFileOptions {
-    std::vector<std::string> files;
-    bool discovered = false;
-    Identity identity;
-};
-
-/// FILE..., --discovered and the identity options that go with it.
-void addMappingFileOptions(Options& options, MappingFileOptions& values);
-
-struct MappingFiles {
-    std::vector<std::string> paths; ///< in reading order, each file once
-    bool isComplete = true;         ///< the load-module handler could be asked for all of them
-};
-
-/// Tells of what the load-module handler could not be asked for. Throws CommandError when there is
-/// no file. Silences traces as `discover` does.
-MappingFiles mappingFilesOf(const MappingFileOptions& options);
+/// What is wrong with the load module and its mapping files (doctor/MappingChecks.cpp).
+void checkMappings(Diagnosis& diagnosis, const Discovery& discovery, const Inventory& inventory);
 
 } // namespace dolqctl

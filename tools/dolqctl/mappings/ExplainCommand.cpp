@@ -1,9 +1,11 @@
 #include <memory>
+#include <optional>
+
+#include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Options.h"
-#include "adapter/MinorType.h"
-#include "common/Environment.h"
+#include "ProgramEnvironment.h"
 #include "mappings/Discovery.h"
 #include "mappings/Explanation.h"
 #include "mappings/JsonView.h"
@@ -13,9 +15,7 @@ namespace dolqctl {
 namespace {
 
 constexpr char kFooter[] =
-    R"(SYSTEM_UUID and COMPUTE_NAME are those of this shell; a program may give them with each alarm.
-
-Exit codes: 0 an alarm would be raised; 1 it would not; 2 wrong usage.
+    R"(Exit codes: 0 a raise would go out; 1 it would not, or only on a condition; 2 wrong usage.
 
 Example:
   dolqctl explain --product CXC1370001 --revision R1A --fault 4102 --object Shelf=1,Port=3)";
@@ -24,89 +24,89 @@ struct Arguments {
     Identity identity;
     std::uint32_t faultId = 0;
     std::string object;
+    std::optional<std::string> pid;
+    bool identityGiven = false;
     bool json = false;
 };
 
-std::string howParsed(const Explanation& explanation) {
-    const std::string name = inQuotes(explanation.relativeName);
-    const std::string where = explanation.moClass.hasComma
-                                  ? "the last relative name " + name
-                                  : "the whole object " + name + " (it has no comma)";
-    return (explanation.moClass.hasEqual ? "before the '=' of " : "no '=' in ") + where;
-}
-
-std::string environmentText(const char* variable) {
-    const char* const value = common::environment(variable, nullptr);
-    return std::string(variable) + (value != nullptr ? '=' + inQuotes(value) : " not set");
+Json jsonOf(const Explanation& explanation, const Identity& identity) {
+    Json json{{"answer", explanation.answer()},
+              {"faultId", explanation.faultId},
+              {"object", explanation.object},
+              {"productNumber", identity.productNumber},
+              {"revision", identity.revision},
+              {"class", explanation.moClass.name},
+              {"relativeName", explanation.object.substr(explanation.moClass.begin)},
+              {"hasComma", explanation.moClass.hasComma},
+              {"hasEqual", explanation.moClass.hasEqual},
+              {"mapping", explanation.found ? effectiveJson(*explanation.found) : Json()},
+              {"otherMappings", Json::array()},
+              {"raise", explanation.obstacles.empty() && explanation.conditions.empty()},
+              {"cease", explanation.obstacles.empty()},
+              {"obstacles", explanation.obstacles},
+              {"conditions", explanation.conditions}};
+    for (const NearMiss& near : explanation.nearMisses) {
+        json["otherMappings"].push_back(*near.mapping);
+        json["otherMappings"].back()["difference"] = near.difference;
+    }
+    return json;
 }
 
 void printText(const Explanation& explanation, const Identity& identity, Output& output) {
-    const auto item = [&](const char* heading, const std::string& text) {
-        constexpr std::size_t kWidth = 10;
-        std::string padded(heading);
-        padded.resize(kWidth, ' ');
-        output.line(output.styled(Style::Bold, padded) + text);
-    };
-    item("Fault", std::to_string(explanation.faultId) + " on " + inQuotes(explanation.object) +
-                      ", load module " + identityText(identity));
-    item("Class", (explanation.moClass.name.empty() ? "none" : inQuotes(explanation.moClass.name)) +
-                      ": " + howParsed(explanation));
+    const bool isSent = explanation.obstacles.empty();
+    const Style style = !isSent                          ? Style::Bad
+                        : explanation.conditions.empty() ? Style::Good
+                                                         : Style::Warning;
+    output.line(output.styled(style, explanation.answer()));
+    for (std::size_t i = 1; i < explanation.obstacles.size(); ++i) {
+        output.line("- " + explanation.obstacles[i]);
+    }
+    output.line(std::string("A cease would ") + (isSent ? "go out." : "not be sent, either."));
+    output.line();
+    output.line("Load module  " + printable(identityText(identity)));
+    output.line("Class        " + explanation.classText);
     if (explanation.found != nullptr) {
-        const std::uint32_t minorType = explanation.found->mapping.minorType;
-        const std::string replaced = overriddenText(*explanation.found);
-        item("Mapping", lineText(explanation.found->mapping.position) +
-                            (replaced.empty() ? "" : ", in place of " + replaced));
-        item("Alarm", "major id " + std::to_string(dolq::majorIdOf(minorType)) + ", minor id " +
-                          std::to_string(dolq::minorIdOf(minorType)) + " (minor type " +
-                          std::to_string(minorType) + ", " + hexText(minorType) + ')');
-    } else {
-        item("Mapping", "none");
+        for (auto each = explanation.found->rbegin(); each != explanation.found->rend(); ++each) {
+            output.line((each == explanation.found->rbegin() ? "Mapping      " : "in place of  ") +
+                        alarmText(each->minorType) + " (" + std::to_string(each->minorType) +
+                        ") at " + lineText(each->position));
+        }
     }
-    item("Identity", environmentText("SYSTEM_UUID") + ", " + environmentText("COMPUTE_NAME"));
-    item("Raise", explanation.obstacles.empty() ? output.styled(Style::Good, "would be sent")
-                                                : output.styled(Style::Bad, "would not be sent"));
-    for (const std::string& obstacle : explanation.obstacles) {
-        item("", "- " + obstacle);
-    }
-    item("Cease", explanation.found != nullptr ? output.styled(Style::Good, "would be sent")
-                                               : output.styled(Style::Bad, "would not be sent"));
     if (explanation.nearMisses.empty()) {
         return;
     }
-    output.line();
-    output.line("Other mappings of fault " + std::to_string(explanation.faultId) + ':');
-    Table table({{"CLASS"},
-                 {"DIFFERENCE"},
-                 {"MINOR TYPE", Align::Right},
-                 {"HEX"},
-                 {"ALARM"},
-                 {"FILE:LINE"}});
+    std::vector<std::string> paths;
     for (const NearMiss& near : explanation.nearMisses) {
-        const Mapping& mapping = near.effective->mapping;
-        table.add({mapping.moClass, near.difference, std::to_string(mapping.minorType),
-                   hexText(mapping.minorType), alarmText(mapping.minorType),
-                   lineText(mapping.position)});
+        paths.push_back(near.mapping->position.file);
+    }
+    const std::string folder = commonFolder(paths);
+    output.line();
+    output.line("Other mappings of fault " + std::to_string(explanation.faultId) +
+                (folder.empty() ? "" : ", in " + printable(folder)) + ':');
+    Table table(
+        {{"CLASS"}, {"DIFFERENCE"}, {"ALARM"}, {"MINOR TYPE", Align::Right}, {"FILE:LINE"}});
+    for (const NearMiss& near : explanation.nearMisses) {
+        const Mapping& mapping = *near.mapping;
+        table.add({mapping.moClass, near.difference, alarmText(mapping.minorType),
+                   std::to_string(mapping.minorType), lineText(mapping.position, folder.size())});
     }
     output.print(table);
 }
 
 int run(const Arguments& arguments, Output& output) {
+    if (arguments.pid) {
+        takeOnProgram(*arguments.pid);
+    }
     const Discovery discovery = discover(arguments.identity);
     const Inventory inventory = readMappingFiles(discovery.mappingFiles);
-    const std::vector<std::string> problems = readingProblems(discovery, inventory);
     const Explanation explanation =
-        explain(arguments.faultId, arguments.object, inventory, problems);
-    if (explanation.found != nullptr) { // otherwise they are among the obstacles
-        for (const std::string& problem : problems) {
-            tell(problem);
-        }
-    }
+        explain(arguments.faultId, arguments.object, discovery, inventory, arguments.identityGiven);
     if (arguments.json) {
-        printExplainJson(explanation, arguments.identity, output);
+        output.print(jsonOf(explanation, arguments.identity));
     } else {
         printText(explanation, arguments.identity, output);
     }
-    return explanation.obstacles.empty() ? kFine : kFindings;
+    return explanation.obstacles.empty() && explanation.conditions.empty() ? kFine : kFindings;
 }
 
 } // namespace
@@ -122,6 +122,10 @@ void addExplainCommand(CommandLine& commandLine) {
                "Notification object, a distinguished name such as Shelf=1,Port=3")
         .required();
     addIdentityOptions(options, arguments->identity);
+    options.flag("--identity-given", arguments->identityGiven,
+                 "The program names its system and compute node with each alarm");
+    options.value("--pid", "PID", arguments->pid,
+                  "Judge the surroundings of a running program instead");
     options.flag("--json", arguments->json, "Print JSON");
 }
 

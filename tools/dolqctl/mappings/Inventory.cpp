@@ -1,11 +1,8 @@
 #include "mappings/Inventory.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <iterator>
-#include <map>
-#include <utility>
 
 #include <tinyxml.h>
 
@@ -19,21 +16,16 @@ namespace dolqctl {
 
 namespace {
 
-/// All mappings ever read for one fault id and class, in reading order.
-using Histories = std::map<std::pair<std::uint32_t, std::string>, std::vector<Mapping>>;
-
 class Recorder final : public dolq::xmlconf::MappingFileObserverI {
 public:
-    explicit Recorder(const std::string& path, Inventory& inventory, Histories& histories)
-        : m_path(path), m_inventory(inventory), m_histories(histories) {}
+    Recorder(const std::string& path, Inventory& inventory)
+        : m_path(path), m_inventory(inventory) {}
 
     void onNotLoaded(const TiXmlDocument& document) override {
         m_inventory.unreadable.push_back(whyNotLoaded(m_path, document));
     }
     void onNoRoot() override { m_inventory.unreadable.push_back(whyNoRoot(m_path)); }
-    void onRoot(const TiXmlElement&) override { m_inventory.files.push_back({m_path}); }
     void onSkipped(const TiXmlElement& element) override {
-        ++m_inventory.files.back().skipped;
         m_inventory.skipped.push_back(positionOf(m_path, element));
     }
     void onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
@@ -42,16 +34,16 @@ public:
     }
     void onMapping(const TiXmlElement& element, std::uint32_t faultId, std::uint32_t minorType,
                    const std::string& moClass) override {
-        ++m_inventory.files.back().mappings;
-        m_inventory.table.set(faultId, minorType, moClass);
-        m_histories[{faultId, moClass}].push_back(
+        m_mapsNothing = false;
+        m_inventory.mappings[{faultId, moClass}].push_back(
             {faultId, moClass, minorType, positionOf(m_path, element)});
     }
+    bool mapsNothing() const { return m_mapsNothing; }
 
 private:
     const std::string& m_path;
     Inventory& m_inventory;
-    Histories& m_histories;
+    bool m_mapsNothing = true;
 };
 
 } // namespace
@@ -64,29 +56,23 @@ std::string positionText(const FilePosition& position) {
     return lineText(position) + (position.column == 0 ? "" : ':' + std::to_string(position.column));
 }
 
-std::string lineText(const FilePosition& position) {
-    return printable(position.file) +
+std::string lineText(const FilePosition& position, std::size_t skipped) {
+    return printable(position.file.substr(skipped)) +
            (position.line == 0 ? "" : ':' + std::to_string(position.line));
 }
 
-std::string hexText(std::uint32_t minorType) {
-    char text[sizeof("0x00010002")];
-    std::snprintf(text, sizeof(text), "0x%08X", minorType);
-    return text;
+std::string commonFolder(const std::vector<std::string>& paths) {
+    std::string common = paths.empty() ? "" : paths.front();
+    for (const std::string& path : paths) {
+        const auto end = std::mismatch(common.begin(), common.end(), path.begin(), path.end());
+        common.erase(end.first, common.end());
+    }
+    return common.substr(0, common.rfind('/') + 1);
 }
 
 std::string alarmText(std::uint32_t minorType) {
     return std::to_string(dolq::majorIdOf(minorType)) + '/' +
            std::to_string(dolq::minorIdOf(minorType));
-}
-
-std::string overriddenText(const EffectiveMapping& effective) {
-    std::string all;
-    for (const Mapping& mapping : effective.overridden) {
-        all += (all.empty() ? "" : ", ") + std::to_string(mapping.minorType) + " at " +
-               lineText(mapping.position);
-    }
-    return all;
 }
 
 UnreadableFile whyNotLoaded(const std::string& path, const TiXmlDocument& document) {
@@ -116,18 +102,11 @@ UnreadableFile whyNoRoot(const std::string& path) { return {{path}, "no root ele
 
 Inventory readMappingFiles(const std::vector<std::string>& paths) {
     Inventory inventory;
-    Histories histories;
     dolq::xmlconf::MappingXmlConfigurator configurator;
     for (const std::string& path : paths) {
-        Recorder recorder(path, inventory, histories);
-        configurator.readMappingFile(path, recorder);
-    }
-    for (const dolq::MappingTable::Block& block : inventory.table.blocks()) {
-        for (const dolq::MappingTable::Entry& entry : block) {
-            std::vector<Mapping>& history = histories.at({entry.faultId, entry.moClass});
-            inventory.effective.push_back({std::move(history.back()),
-                                           {std::make_move_iterator(std::next(history.rbegin())),
-                                            std::make_move_iterator(history.rend())}});
+        Recorder recorder(path, inventory);
+        if (configurator.readMappingFile(path, recorder) && recorder.mapsNothing()) {
+            inventory.unreadable.push_back({{path}, "none of its elements is a mapping"});
         }
     }
     return inventory;

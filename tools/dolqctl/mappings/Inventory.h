@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
-
-#include "mapping/MappingTable.h"
 
 class TiXmlBase;
 class TiXmlDocument;
@@ -23,8 +23,11 @@ FilePosition positionOf(const std::string& file, const TiXmlBase& part);
 
 /// "file:line:column", or less where there is none; printable.
 std::string positionText(const FilePosition& position);
-/// "file:line".
-std::string lineText(const FilePosition& position);
+/// "file:line", the file without the first `skipped` characters of its path.
+std::string lineText(const FilePosition& position, std::size_t skipped = 0);
+
+/// The folder that all paths begin with, up to its last '/'.
+std::string commonFolder(const std::vector<std::string>& paths);
 
 /// One entry of a mapping file as the library's reader stores it.
 struct Mapping {
@@ -34,19 +37,12 @@ struct Mapping {
     FilePosition position;
 };
 
-/// "0x00010002".
-std::string hexText(std::uint32_t minorType);
 /// "1/2": major id and minor id.
 std::string alarmText(std::uint32_t minorType);
 
-/// A mapping as a program has it after reading, and the ones that it replaced, the last one first.
-struct EffectiveMapping {
-    Mapping mapping;
-    std::vector<Mapping> overridden;
-};
-
-/// "131073 at equipment.xml:8", one for each mapping that was replaced.
-std::string overriddenText(const EffectiveMapping& effective);
+/// By fault id, then class byte for byte: all mappings that were read for them, one replacing the
+/// other. The last one is what a program has.
+using Mappings = std::map<std::pair<std::uint32_t, std::string>, std::vector<Mapping>>;
 
 /// A file that the reader takes nothing from, where in it, and why.
 struct UnreadableFile {
@@ -60,16 +56,9 @@ UnreadableFile whyNoRoot(const std::string& path);
 
 /// What the library's reader takes from mapping files read one after the other.
 struct Inventory {
-    struct File {
-        std::string path;
-        std::size_t mappings = 0; ///< overridden ones included
-        std::size_t skipped = 0;  ///< mapping elements without both ids
-    };
-    std::vector<File> files; ///< those that loaded
-    std::vector<UnreadableFile> unreadable;
-    std::vector<FilePosition> skipped; ///< those elements
-    dolq::MappingTable table;
-    std::vector<EffectiveMapping> effective; ///< by fault id, then class, as in the table
+    std::vector<UnreadableFile> unreadable; ///< those without any mapping, too
+    std::vector<FilePosition> skipped;      ///< mapping elements without both ids
+    Mappings mappings;
 };
 
 Inventory readMappingFiles(const std::vector<std::string>& paths);

@@ -3,21 +3,30 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include "mappings/Discovery.h"
-#include "mappings/Explanation.h"
 #include "mappings/Inventory.h"
 #include "mappings/MappingFileChecker.h"
 
 namespace dolqctl {
 
 class Output;
+using Json = nlohmann::ordered_json;
 
-// What the commands of this folder print with --json.
+// How the things of this folder look in what its commands print with --json.
 
-void printMappingsJson(const Discovery& discovery, const Inventory& inventory,
-                       const std::vector<const EffectiveMapping*>& mappings, Output& output);
+void to_json(Json& json, const FilePosition& position);
+void to_json(Json& json, const UnreadableFile& file);
+void to_json(Json& json, const Mapping& mapping);
+void to_json(Json& json, const Discovery::FailedCategory& failure);
+void to_json(Json& json, const Discovery::LoadModule& loadModule);
+void to_json(Json& json, const Finding& finding);
+
+/// The last one, with what it replaced.
+Json effectiveJson(const std::vector<Mapping>& history);
+
 void printCheckJson(const std::vector<std::string>& files, const MappingFileChecker& checker,
                     Output& output);
-void printExplainJson(const Explanation& explanation, const Identity& identity, Output& output);
 
 } // namespace dolqctl

@@ -1,9 +1,11 @@
-#include <algorithm>
 #include <memory>
 #include <optional>
 
+#include <nlohmann/json.hpp>
+
 #include "Commands.h"
 #include "Options.h"
+#include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
 #include "mappings/Inventory.h"
 #include "mappings/JsonView.h"
@@ -25,102 +27,86 @@ struct Arguments {
     bool json = false;
 };
 
-struct FileState {
-    std::string text;
-    Style style = Style::Plain;
-};
-
-FileState stateOf(const std::string& path, const Inventory& inventory) {
-    for (const UnreadableFile& file : inventory.unreadable) {
-        if (file.position.file == path) {
-            return {"not read: " + file.reason, Style::Bad};
-        }
-    }
-    const auto file =
-        std::find_if(inventory.files.begin(), inventory.files.end(),
-                     [&](const Inventory::File& candidate) { return candidate.path == path; });
-    const std::string mappings = counted(file->mappings, "mapping");
-    if (file->skipped == 0) {
-        return {mappings};
-    }
-    return {mappings + ", " + counted(file->skipped, "element") + " skipped (see dolqctl check)",
-            Style::Warning};
-}
-
-/// Which of the options that choose mappings were given, as they were.
-std::string given(const Arguments& arguments) {
-    const std::string fault =
-        arguments.faultId ? "--fault " + std::to_string(*arguments.faultId) : "";
-    const std::string moClass = arguments.moClass ? "--class " + inQuotes(*arguments.moClass) : "";
-    return fault + (fault.empty() || moClass.empty() ? "" : " and ") + moClass;
-}
-
-std::vector<const EffectiveMapping*> chosen(const Inventory& inventory,
-                                            const Arguments& arguments) {
-    std::vector<const EffectiveMapping*> mappings;
-    for (const EffectiveMapping& effective : inventory.effective) {
-        if ((!arguments.faultId || *arguments.faultId == effective.mapping.faultId) &&
-            (!arguments.moClass || *arguments.moClass == effective.mapping.moClass)) {
-            mappings.push_back(&effective);
+Mappings chosen(const Mappings& all, const Arguments& arguments) {
+    Mappings mappings;
+    for (const auto& [key, history] : all) {
+        if ((!arguments.faultId || *arguments.faultId == key.first) &&
+            (!arguments.moClass || *arguments.moClass == key.second)) {
+            mappings.emplace(key, history);
         }
     }
     return mappings;
 }
 
-void printTables(const Discovery& discovery, const Inventory& inventory,
-                 const std::vector<const EffectiveMapping*>& mappings, Output& output) {
-    output.line("Load module " + identityText(discovery.identity));
-    output.line();
-    Table files({{"CATEGORY"}, {"FILE"}, {"STATE"}});
+void printTables(const Discovery& discovery, const Mappings& mappings, Output& output) {
+    const std::string folder = commonFolder(discovery.mappingFiles);
+    output.line("Load module " + printable(identityText(discovery.identity)) +
+                (folder.empty() ? "" : ", mapping files in " + printable(folder)));
     for (const Discovery::LoadModule& loadModule : discovery.loadModules) {
-        if (!loadModule.matches) {
-            continue;
-        }
         for (const std::string& path : loadModule.mappingFiles) {
-            const FileState state = stateOf(path, inventory);
-            files.add({loadModule.category, path, {state.text, state.style}});
+            output.line("  " + loadModule.category + ": " + printable(path.substr(folder.size())));
         }
-        if (loadModule.mappingFiles.empty()) {
-            files.add({loadModule.category, "", "no file tagged alarm_mapping"});
-        }
-    }
-    if (!files.isEmpty()) {
-        output.print(files);
-        output.line();
     }
     Table table({{"FAULT", Align::Right},
                  {"CLASS"},
-                 {"MINOR TYPE", Align::Right},
-                 {"HEX"},
                  {"ALARM"},
+                 {"MINOR TYPE", Align::Right},
                  {"FILE:LINE"},
                  {"OVERRIDES"}});
-    for (const EffectiveMapping* const effective : mappings) {
-        const Mapping& mapping = effective->mapping;
-        table.add({std::to_string(mapping.faultId), mapping.moClass,
-                   std::to_string(mapping.minorType), hexText(mapping.minorType),
-                   alarmText(mapping.minorType), lineText(mapping.position),
-                   overriddenText(*effective)});
+    for (const auto& [key, history] : mappings) {
+        const Mapping& mapping = history.back();
+        std::vector<std::string> overrides;
+        for (auto other = history.rbegin() + 1; other != history.rend(); ++other) {
+            overrides.push_back(alarmText(other->minorType) + " at " +
+                                lineText(other->position, folder.size()));
+        }
+        table.add({std::to_string(mapping.faultId), mapping.moClass, alarmText(mapping.minorType),
+                   std::to_string(mapping.minorType), lineText(mapping.position, folder.size()),
+                   joined(overrides)});
     }
     if (!table.isEmpty()) {
+        output.line();
         output.print(table);
     }
+}
+
+Json jsonOf(const Discovery& discovery, const Inventory& inventory, const Mappings& mappings) {
+    Json json{{"productNumber", discovery.identity.productNumber},
+              {"revision", discovery.identity.revision},
+              {"failedCategories", discovery.failedCategories},
+              {"loadModules", Json::array()},
+              {"unreadable", inventory.unreadable},
+              {"skipped", inventory.skipped},
+              {"mappings", Json::array()}};
+    for (const Discovery::LoadModule& loadModule : discovery.loadModules) {
+        if (loadModule.matches) {
+            json["loadModules"].push_back(loadModule);
+        }
+    }
+    for (const auto& [key, history] : mappings) {
+        json["mappings"].push_back(effectiveJson(history));
+    }
+    return json;
 }
 
 int run(const Arguments& arguments, Output& output) {
     const Discovery discovery = discover(arguments.identity);
     const Inventory inventory = readMappingFiles(discovery.mappingFiles);
-    const std::vector<const EffectiveMapping*> mappings = chosen(inventory, arguments);
+    const Mappings mappings = chosen(inventory.mappings, arguments);
     if (arguments.json) {
-        printMappingsJson(discovery, inventory, mappings, output);
+        output.print(jsonOf(discovery, inventory, mappings));
     } else {
-        printTables(discovery, inventory, mappings, output);
+        printTables(discovery, mappings, output);
     }
-    for (const std::string& problem : readingProblems(discovery, inventory)) {
-        tell(problem);
+    Diagnosis diagnosis;
+    checkMappings(diagnosis, discovery, inventory);
+    for (const Observation& observation : diagnosis.observations()) {
+        if (observation.status != Observation::Status::Ok) {
+            tell(printable(observation.finding));
+        }
     }
-    if (mappings.empty() && !inventory.effective.empty()) {
-        tell("no mapping fits " + given(arguments));
+    if (mappings.empty() && !inventory.mappings.empty()) {
+        tell("no mapping fits; without --fault and --class all of them are shown");
     }
     const bool isComplete = discovery.failedCategories.empty() && inventory.unreadable.empty();
     return isComplete && !mappings.empty() ? kFine : kFindings;
