@@ -1,6 +1,6 @@
 // Lets every allocation of a client's calls fail, in the library and in the embedded platform: one
 // alone, and all from one on. Each in a process of its own, which must not die; what is allocated
-// is given back. Needs FailingMalloc.cpp preloaded.
+// is given back.
 
 #include <cstdio>
 #include <cstdlib>
@@ -11,12 +11,12 @@
 #include <new>
 #include <string>
 
-#include <dlfcn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "ruxa/fm/dolq/v2/FmiFactory.h"
+#include "support/FailingMalloc.h"
 
 namespace {
 
@@ -24,19 +24,6 @@ namespace fs = std::filesystem;
 namespace v1 = ruxa::fm::dolq::v1;
 namespace v2 = ruxa::fm::dolq::v2;
 using ruxa::fm::fmi::v1::FaultManagementI;
-
-template <typename Function> Function* find(const char* name) {
-    auto* const function = reinterpret_cast<Function*>(dlsym(RTLD_DEFAULT, name));
-    if (function == nullptr) {
-        std::fprintf(stderr, "%s is not there: preload FailingMalloc\n", name);
-        std::exit(2);
-    }
-    return function;
-}
-
-auto* const start = find<void(long, bool)>("failingMallocStart");
-auto* const stop = find<bool()>("failingMallocStop");
-auto* const live = find<long()>("failingMallocLive");
 
 const std::string kObject = "ManagedElement=1,Equipment=1,Board=3";
 const std::string kName = "the fault's own name, for traces";
@@ -101,12 +88,12 @@ enum Outcome { kNotReached, kSurvived, kLeaked };
 Outcome tryPlace(const Operation& operation, bool warm, long place, bool lasting) {
     const auto callAndGiveBack = [&](long position) {
         operation.prepare();
-        start(position, lasting);
+        startFailingMalloc(position, lasting);
         try {
             operation.call();
         } catch (const std::bad_alloc&) { // which may reach a client
         }
-        const bool failed = stop();
+        const bool failed = stopFailingMalloc();
         free();
         return failed;
     };
@@ -114,9 +101,9 @@ Outcome tryPlace(const Operation& operation, bool warm, long place, bool lasting
     if (warm) {
         callAndGiveBack(kNowhere);
     }
-    const long before = live();
+    const long before = liveBlocks();
     const bool failed = callAndGiveBack(place);
-    const bool leaked = warm && operation.losses == Losses::None && live() > before;
+    const bool leaked = warm && operation.losses == Losses::None && liveBlocks() > before;
     callAndGiveBack(kNowhere); // all is well again
     return leaked ? kLeaked : failed ? kSurvived : kNotReached;
 }
@@ -140,8 +127,8 @@ void makePlatform(const fs::path& folder) {
 } // namespace
 
 int main() {
-    std::string name = (fs::temp_directory_path() / "sweep.XXXXXX").string();
-    const fs::path folder = mkdtemp(name.data());
+    const TemporaryFolder temporary;
+    const fs::path& folder = temporary.path();
     makePlatform(folder);
     long places = 0;
     long deaths = 0;
@@ -155,8 +142,7 @@ int main() {
                 if (child == 0) {
                     _exit(tryPlace(operation, warm, place, lasting));
                 }
-                int status = 0;
-                waitpid(child, &status, 0);
+                const int status = statusOf(child);
                 if (WIFEXITED(status) && WEXITSTATUS(status) == kNotReached) {
                     break;
                 }
@@ -174,7 +160,6 @@ int main() {
         }
     }
     const bool sent = fs::exists(folder / "log");
-    fs::remove_all(folder);
     std::printf("%ld places, %ld deaths, %ld leaks\n", places, deaths, leaks);
     return places > 0 && sent && deaths == 0 && leaks == 0 ? 0 : 1;
 }

@@ -1,24 +1,15 @@
-#include <cstdlib>
 #include <string>
 
 #include <gtest/gtest.h>
 #include <ruxa/zum2/v1/CorrelationApi.h>
 
-#include "FailingMalloc.h"
+#include "support/FailingMalloc.h"
 
 namespace {
 
 using ruxa::zum2::v1::getAPI;
 
 constexpr char kSystem[] = "0f4c2a1e-9b7d-4c3a-8e21-5d6f7a8b9c0d";
-
-void setSystemUuid(const char* value) {
-    if (value == nullptr) {
-        unsetenv("SYSTEM_UUID");
-    } else {
-        setenv("SYSTEM_UUID", value, 1);
-    }
-}
 
 struct Derivation {
     const char* name;
@@ -27,13 +18,10 @@ struct Derivation {
     const char* expected; // python3: uuid.uuid5(uuid.UUID(namespace), "event:<eventId>")
 };
 
-class Correlation : public testing::TestWithParam<Derivation> {
-protected:
-    void TearDown() override { setSystemUuid(nullptr); }
-};
+class Correlation : public testing::TestWithParam<Derivation> {};
 
 TEST_P(Correlation, DerivesTheUuidOfTheEventWithinTheSystem) {
-    setSystemUuid(GetParam().systemUuid);
+    const ScopedEnvironment system("SYSTEM_UUID", GetParam().systemUuid);
     std::string uuid = "old";
     EXPECT_TRUE(getAPI()->getDerivedCorrelationUUID(GetParam().eventId, uuid));
     EXPECT_EQ(uuid, GetParam().expected);
@@ -59,20 +47,15 @@ INSTANTIATE_TEST_SUITE_P(
                    kCommonOf4711}),
     [](const auto& row) { return row.param.name; });
 
-TEST(CorrelationApi, NoMemoryMeansNoUuidAndLeavesTheTextAlone) {
-    std::string uuid = "old";
-    bool derived = false;
-    const auto derive = [&] { derived = getAPI()->getDerivedCorrelationUUID(1, uuid); };
-    const bool failed = withFailingMalloc(1, derive);
-    EXPECT_EQ(failed, kMallocCanFail);
-    EXPECT_EQ(derived, !failed);
-    EXPECT_EQ(uuid == "old", failed);
-}
-
-TEST(CorrelationApi, NoEventHasNoUuidAndLeavesTheTextAlone) {
+TEST(CorrelationApi, WithoutAnEventOrMemoryThereIsNoUuidAndTheTextIsLeftAlone) {
     std::string uuid = "old";
     EXPECT_FALSE(getAPI()->getDerivedCorrelationUUID(0, uuid));
     EXPECT_EQ(uuid, "old");
+    bool derived = false;
+    const auto derive = [&] { derived = getAPI()->getDerivedCorrelationUUID(1, uuid); };
+    EXPECT_EQ(withFailingMalloc(1, derive), kMallocCanFail);
+    EXPECT_EQ(derived, !kMallocCanFail);
+    EXPECT_EQ(uuid == "old", kMallocCanFail);
 }
 
 } // namespace

@@ -1,16 +1,12 @@
-#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <ostream>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "FailingMalloc.h"
 #include "Velk.h"
+#include "support/FailingMalloc.h"
 
 namespace {
 
@@ -27,20 +23,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
+std::string module(const std::string& content) {
+    return "<loadModules><loadModule productNumber='a' revision='b'>" + content +
+           "</loadModule></loadModules>";
+}
+
 /// A manifest directory of its own for each test.
 class LoadModules : public testing::Test {
 protected:
-    void SetUp() override {
-        std::string name = testing::TempDir() + "velkXXXXXX";
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        m_directory = name;
-        setenv("VELK_MANIFEST_DIR", name.c_str(), 1);
-    }
-    void TearDown() override {
-        unsetenv("VELK_MANIFEST_DIR");
-        fs::remove_all(m_directory);
-    }
-
     void write(const std::string& file, const std::string& content) const {
         std::ofstream(m_directory / file) << content;
     }
@@ -68,7 +58,9 @@ protected:
         return text;
     }
 
-    fs::path m_directory;
+    const TemporaryFolder m_folder;
+    const fs::path& m_directory = m_folder.path();
+    const ScopedEnvironment m_variable{"VELK_MANIFEST_DIR", m_directory.c_str()};
 };
 
 TEST_F(LoadModules, EachCategoryIsReadAnewFromItsManifest) {
@@ -87,19 +79,16 @@ TEST_F(LoadModules, EachCategoryIsReadAnewFromItsManifest) {
     EXPECT_EQ(contentOf("dynamic"), "|P&Q|2;");
 }
 
-TEST_F(LoadModules, AbsentDirectoryIsEmpty) {
-    setenv("VELK_MANIFEST_DIR", (m_directory / "absent").c_str(), 1);
-    EXPECT_EQ(contentOf("central"), "");
-}
-
-TEST_F(LoadModules, WhatIsNoReadableFileIsUnreadable) {
+TEST_F(LoadModules, AnAbsentDirectoryIsEmptyAndWhatIsNoFileIsUnreadable) {
     fs::create_directory(m_directory / "central.xml");
     fs::create_symlink("local.xml", m_directory / "local.xml");
     write("dynamic.xml", "");
     EXPECT_EQ(contentOf("central"), "error " + std::to_string(VELK_UNREADABLE_MANIFEST));
     EXPECT_EQ(contentOf("local"), "error " + std::to_string(VELK_UNREADABLE_MANIFEST));
-    setenv("VELK_MANIFEST_DIR", (m_directory / "dynamic.xml").c_str(), 1);
+    const ScopedEnvironment file("VELK_MANIFEST_DIR", (m_directory / "dynamic.xml").c_str());
     EXPECT_EQ(contentOf("dynamic"), "error " + std::to_string(VELK_UNREADABLE_MANIFEST));
+    const ScopedEnvironment absent("VELK_MANIFEST_DIR", (m_directory / "absent").c_str());
+    EXPECT_EQ(contentOf("central"), "");
 }
 
 TEST_F(LoadModules, AManifestOfMoreThanSixteenMebibytesIsRefused) {
@@ -125,15 +114,14 @@ TEST_F(LoadModules, WrongArgumentsLeaveAnEmptyList) {
 }
 
 TEST_F(LoadModules, NobodyChoosesThemForASetUserIdProgram) {
-    write("local.xml", "<loadModules><loadModule productNumber='a' revision='b'/></loadModules>");
+    write("local.xml", module(""));
     g_setUserId = true;
     EXPECT_EQ(contentOf("local"), "");
     g_setUserId = false;
 }
 
 TEST_F(LoadModules, OneFailedMallocHasItsOwnCodeAndLeavesNothing) {
-    write("local.xml", "<loadModules><loadModule productNumber='a' revision='b'>"
-                       "<file tag='t' path='p'/></loadModule></loadModules>");
+    write("local.xml", module("<file tag='t' path='p'/>"));
     Velk_lm_list list{};
     int position = 1;
     int result = VELK_OK;
@@ -146,77 +134,40 @@ TEST_F(LoadModules, OneFailedMallocHasItsOwnCodeAndLeavesNothing) {
     Velk_free_buffers(&list);
 }
 
-TEST_F(LoadModules, ThreadsQueryIndependently) {
-    write("local.xml", "<loadModules><loadModule productNumber='a' revision='b'>"
-                       "<file tag='t' path='/p'/></loadModule></loadModules>");
-    std::vector<std::string> contents(4);
-    std::vector<std::thread> threads;
-    threads.reserve(contents.size());
-    for (std::string& content : contents) {
-        threads.emplace_back([&content] { content = contentOf("local"); });
+TEST_F(LoadModules, AMalformedManifestHasItsOwnCodeAndLeavesNothing) {
+    const std::pair<const char*, std::string> rows[] = {
+        {"Empty", ""},
+        {"NoElement", "<?xml version='1.0'?><!-- nothing -->"},
+        {"NotXml", "loadModules: []"},
+        {"Binary", std::string("\x7F"
+                               "ELF\x02\x01\x00\x00<loadModules/>",
+                               22)},
+        {"Truncated", "<loadModules><loadModule productNumber='a' revis"},
+        {"NotClosed", "<loadModules>"},
+        {"WrongRoot", "<loadmodules/>"},
+        {"TwoRoots", "<loadModules/><loadModules/>"},
+        {"TextBehindRoot", "<loadModules/>text"},
+        {"NulBehindRoot", std::string("<loadModules/>\0", 15)},
+        {"UnknownElement", "<loadModules><module productNumber='a' revision='b'/></loadModules>"},
+        {"NoProductNumber", "<loadModules><loadModule revision='b'/></loadModules>"},
+        {"NoRevision", "<loadModules><loadModule productNumber='a'/></loadModules>"},
+        {"UnknownFileElement", module("<mapping tag='t' path='p'/>")},
+        {"FileWithoutTag", module("<file tag='t' path='p'/><file path='p'/>")},
+        {"FileWithoutPath", module("<file tag='t'/>")},
+        {"FileWithEmptyPath", module("<file tag='t' path=''/>")},
+        {"NestedTooDeep",
+         [] {
+             std::string text;
+             for (int i = 0; i < 1000000; ++i) {
+                 text += "<a>";
+             }
+             return text;
+         }()},
+    };
+    for (const auto& [name, manifest] : rows) {
+        write("local.xml", manifest);
+        EXPECT_EQ(contentOf("local"), "error " + std::to_string(VELK_MALFORMED_MANIFEST)) << name;
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(contents, std::vector<std::string>(4, "|a|b|t=/p;"));
 }
-
-struct MalformedCase {
-    const char* name;
-    std::string manifest;
-};
-
-/// Keeps the rows' names in the test list the same from run to run.
-// NOLINTNEXTLINE(readability-identifier-naming): GoogleTest's name for it.
-void PrintTo(const MalformedCase& row, std::ostream* out) { *out << row.name; }
-
-class MalformedManifest : public LoadModules, public testing::WithParamInterface<MalformedCase> {};
-
-TEST_P(MalformedManifest, HasItsOwnCodeAndLeavesNothing) {
-    write("local.xml", GetParam().manifest);
-    Velk_lm_list list{};
-    EXPECT_EQ(query("local", list), VELK_MALFORMED_MANIFEST);
-    EXPECT_EQ(list.count, 0U);
-    EXPECT_EQ(list.lms, nullptr);
-}
-
-std::string module(const std::string& content) {
-    return "<loadModules><loadModule productNumber='a' revision='b'>" + content +
-           "</loadModule></loadModules>";
-}
-
-const MalformedCase kMalformedCases[] = {
-    {"Empty", ""},
-    {"NoElement", "<?xml version='1.0'?><!-- nothing -->"},
-    {"NotXml", "loadModules: []"},
-    {"Binary", std::string("\x7F"
-                           "ELF\x02\x01\x00\x00<loadModules/>",
-                           22)},
-    {"Truncated", "<loadModules><loadModule productNumber='a' revis"},
-    {"NotClosed", "<loadModules>"},
-    {"WrongRoot", "<loadmodules/>"},
-    {"TwoRoots", "<loadModules/><loadModules/>"},
-    {"TextBehindRoot", "<loadModules/>text"},
-    {"NulBehindRoot", std::string("<loadModules/>\0", 15)},
-    {"UnknownElement", "<loadModules><module productNumber='a' revision='b'/></loadModules>"},
-    {"NoProductNumber", "<loadModules><loadModule revision='b'/></loadModules>"},
-    {"NoRevision", "<loadModules><loadModule productNumber='a'/></loadModules>"},
-    {"UnknownFileElement", module("<mapping tag='t' path='p'/>")},
-    {"FileWithoutTag", module("<file tag='t' path='p'/><file path='p'/>")},
-    {"FileWithoutPath", module("<file tag='t'/>")},
-    {"FileWithEmptyPath", module("<file tag='t' path=''/>")},
-    {"NestedTooDeep",
-     [] {
-         std::string text;
-         for (int i = 0; i < 1000000; ++i) {
-             text += "<a>";
-         }
-         return text;
-     }()},
-};
-
-std::string rowName(const testing::TestParamInfo<MalformedCase>& row) { return row.param.name; }
-
-INSTANTIATE_TEST_SUITE_P(, MalformedManifest, testing::ValuesIn(kMalformedCases), rowName);
 
 } // namespace

@@ -1,10 +1,9 @@
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <map>
 #include <set>
 #include <string>
 #include <thread>
@@ -12,49 +11,21 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/ntf/log/AlarmRecord.h"
 #include "platform/ntf/log/LogPath.h"
 #include "saNtf.h"
+#include "support/TestSupport.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using platform::ntf::parseLine;
-
-/// Sets environment variables (an empty text unsets) and restores them at the end of the scope.
-class Environment {
-public:
-    using Values = std::map<std::string, std::string>;
-    explicit Environment(const Values& values) {
-        for (const auto& [name, value] : values) {
-            const char* before = std::getenv(name.c_str());
-            m_before[name] = before == nullptr ? "" : before;
-            set(name, value);
-        }
-    }
-    ~Environment() {
-        for (const auto& [name, value] : m_before) {
-            set(name, value);
-        }
-    }
-    Environment(const Environment&) = delete;
-    Environment& operator=(const Environment&) = delete;
-
-private:
-    static void set(const std::string& name, const std::string& value) {
-        if (value.empty()) {
-            ::unsetenv(name.c_str());
-        } else {
-            ::setenv(name.c_str(), value.c_str(), 1);
-        }
-    }
-    Values m_before;
-};
 
 /// Writes a code that the enumeration itself could not hold.
 template <typename Enumeration> void setCode(Enumeration& field, std::uint32_t code) {
@@ -97,30 +68,24 @@ void setString(const SaNtfAlarmNotificationT& alarm, SaNtfValueT& value, const s
 
 class Ntf : public testing::Test {
 protected:
-    Ntf() {
-        std::string name = (fs::temp_directory_path() / "ntfTest.XXXXXX").string();
-        m_folder = ::mkdtemp(name.data());
-        m_log = m_folder / "log.jsonl";
-        ::setenv("RUXA_NTF_LOG", m_log.c_str(), 1);
-        m_handle = initialize();
-    }
-    ~Ntf() override {
-        EXPECT_EQ(saNtfFinalize(m_handle), SA_AIS_OK);
-        fs::remove_all(m_folder);
+    ~Ntf() override { EXPECT_EQ(saNtfFinalize(m_handle), SA_AIS_OK); }
+
+    std::vector<std::string> logLines() const { return linesOf(m_log); }
+
+    /// What the service answers to a client that has this log.
+    static SaAisErrorT sendTo(const fs::path& log) {
+        const ScopedEnvironment environment("RUXA_NTF_LOG", log.c_str());
+        const SaNtfHandleT handle = initialize();
+        const SaAisErrorT result = saNtfNotificationSend(allocateAlarm(handle).notificationHandle);
+        EXPECT_EQ(saNtfFinalize(handle), SA_AIS_OK);
+        return result;
     }
 
-    std::vector<std::string> logLines() const {
-        std::ifstream log(m_log);
-        std::vector<std::string> lines;
-        for (std::string line; std::getline(log, line);) {
-            lines.push_back(line);
-        }
-        return lines;
-    }
-
-    fs::path m_folder;
-    fs::path m_log;
-    SaNtfHandleT m_handle = 0;
+    const TemporaryFolder m_temporary;
+    const fs::path& m_folder = m_temporary.path();
+    const fs::path m_log = m_folder / "log.jsonl";
+    const ScopedEnvironment m_variable{"RUXA_NTF_LOG", m_log.c_str()};
+    SaNtfHandleT m_handle = initialize();
 };
 
 // --- handles ---
@@ -275,57 +240,46 @@ TEST_F(Ntf, KeepsEachValueAndRefusesWhatIsNone) {
 
 // --- what Send checks ---
 
-struct SendRow {
-    const char* name;
-    std::function<void(SaNtfAlarmNotificationT&)> change;
-    SaAisErrorT result;
-};
-using Alarm = SaNtfAlarmNotificationT;
-const SendRow kSendRows[] = {
-    {"Plain", [](Alarm&) {}, SA_AIS_OK},
-    {"ObjectEmpty", [](Alarm& a) { a.notificationHeader.notificationObject->length = 0; },
-     SA_AIS_OK},
-    {"Object599", [](Alarm& a) { a.notificationHeader.notificationObject->length = 599; },
-     SA_AIS_OK},
-    {"Object600", [](Alarm& a) { a.notificationHeader.notificationObject->length = 600; },
-     SA_AIS_ERR_INVALID_PARAM},
-    {"Notifying65535", [](Alarm& a) { a.notificationHeader.notifyingObject->length = 65535; },
-     SA_AIS_ERR_INVALID_PARAM},
-    {"TextTooShort", [](Alarm& a) { a.notificationHeader.additionalText[3] = '\0'; },
-     SA_AIS_ERR_INVALID_PARAM},
-    {"TextWithoutEnd", [](Alarm& a) { a.notificationHeader.additionalText[4] = '!'; },
-     SA_AIS_ERR_INVALID_PARAM},
-    {"EventType3fff", [](Alarm& a) { setCode(*a.notificationHeader.eventType, 0x3fff); },
-     SA_AIS_ERR_INVALID_PARAM},
-    {"EventType4005", [](Alarm& a) { setCode(*a.notificationHeader.eventType, 0x4005); },
-     SA_AIS_OK},
-    {"EventType4006", [](Alarm& a) { setCode(*a.notificationHeader.eventType, 0x4006); },
-     SA_AIS_ERR_INVALID_PARAM},
-    {"Cause0", [](Alarm& a) { setCode(*a.probableCause, 0); }, SA_AIS_OK},
-    {"Cause75", [](Alarm& a) { setCode(*a.probableCause, 75); }, SA_AIS_ERR_INVALID_PARAM},
-    {"Severity0", [](Alarm& a) { setCode(*a.perceivedSeverity, 0); }, SA_AIS_OK},
-    {"Severity6", [](Alarm& a) { setCode(*a.perceivedSeverity, 6); }, SA_AIS_ERR_INVALID_PARAM},
-    {"SeverityMax", [](Alarm& a) { setCode(*a.perceivedSeverity, 0xffffffff); },
-     SA_AIS_ERR_INVALID_PARAM},
-    {"Trend2", [](Alarm& a) { setCode(*a.trend, 2); }, SA_AIS_OK},
-    {"Trend3", [](Alarm& a) { setCode(*a.trend, 3); }, SA_AIS_ERR_INVALID_PARAM},
-    {"InfoType14", [](Alarm& a) { setCode(a.notificationHeader.additionalInfo[1].infoType, 14); },
-     SA_AIS_OK},
-    {"InfoType15", [](Alarm& a) { setCode(a.notificationHeader.additionalInfo[1].infoType, 15); },
-     SA_AIS_ERR_INVALID_PARAM},
-    {"ActionType15", [](Alarm& a) { setCode(a.proposedRepairActions[0].actionValueType, 15); },
-     SA_AIS_ERR_INVALID_PARAM}};
-
-class NtfSend : public Ntf, public testing::WithParamInterface<SendRow> {};
-
-TEST_P(NtfSend, ChecksTheFields) {
-    auto alarm = allocateAlarm(m_handle);
-    GetParam().change(alarm);
-    EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), GetParam().result);
-    EXPECT_EQ(logLines().size(), GetParam().result == SA_AIS_OK ? 1u : 0u);
+TEST_F(Ntf, SendChecksTheFields) {
+    using Alarm = SaNtfAlarmNotificationT;
+    using Header = SaNtfNotificationHeaderT;
+    const struct {
+        bool good;
+        void (*change)(Alarm&, Header&);
+    } rows[] = {
+        {true, [](Alarm&, Header&) {}},
+        {true, [](Alarm&, Header& header) { header.notificationObject->length = 0; }},
+        {true, [](Alarm&, Header& header) { header.notificationObject->length = 599; }},
+        {false, [](Alarm&, Header& header) { header.notificationObject->length = 600; }},
+        {false, [](Alarm&, Header& header) { header.notifyingObject->length = 65535; }},
+        {false, [](Alarm&, Header& header) { header.additionalText[3] = '\0'; }},
+        {false, [](Alarm&, Header& header) { header.additionalText[4] = '!'; }},
+        {false, [](Alarm&, Header& header) { setCode(*header.eventType, 0x3fff); }},
+        {true, [](Alarm&, Header& header) { setCode(*header.eventType, 0x4005); }},
+        {false, [](Alarm&, Header& header) { setCode(*header.eventType, 0x4006); }},
+        {true, [](Alarm& alarm, Header&) { setCode(*alarm.probableCause, 0); }},
+        {false, [](Alarm& alarm, Header&) { setCode(*alarm.probableCause, 75); }},
+        {true, [](Alarm& alarm, Header&) { setCode(*alarm.perceivedSeverity, 0); }},
+        {false, [](Alarm& alarm, Header&) { setCode(*alarm.perceivedSeverity, 6); }},
+        {false, [](Alarm& alarm, Header&) { setCode(*alarm.perceivedSeverity, 0xffffffff); }},
+        {true, [](Alarm& alarm, Header&) { setCode(*alarm.trend, 2); }},
+        {false, [](Alarm& alarm, Header&) { setCode(*alarm.trend, 3); }},
+        {true, [](Alarm&, Header& header) { setCode(header.additionalInfo[1].infoType, 14); }},
+        {false, [](Alarm&, Header& header) { setCode(header.additionalInfo[1].infoType, 15); }},
+        {false, [](Alarm& alarm,
+                   Header&) { setCode(alarm.proposedRepairActions[0].actionValueType, 15); }},
+    };
+    std::size_t lines = 0;
+    for (const auto& row : rows) {
+        auto alarm = allocateAlarm(m_handle);
+        row.change(alarm, alarm.notificationHeader);
+        EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle),
+                  row.good ? SA_AIS_OK : SA_AIS_ERR_INVALID_PARAM)
+            << "row " << &row - rows;
+        lines += row.good ? 1 : 0;
+        EXPECT_EQ(logLines().size(), lines);
+    }
 }
-INSTANTIATE_TEST_SUITE_P(, NtfSend, testing::ValuesIn(kSendRows),
-                         [](const auto& row) { return std::string(row.param.name); });
 
 // --- the notification log ---
 
@@ -426,9 +380,7 @@ TEST_F(Ntf, SharesTheLogAmongProcessesAndThreads) {
         ::_exit(HasFailure() ? 1 : 0);
     }
     for (int process = 0; process < kProcesses; ++process) {
-        int status = -1;
-        ::wait(&status);
-        EXPECT_EQ(status, 0);
+        EXPECT_EQ(statusOf(-1), 0);
     }
     std::set<std::uint64_t> ids;
     for (const std::string& line : logLines()) {
@@ -445,17 +397,11 @@ TEST_F(Ntf, SharesTheLogAmongProcessesAndThreads) {
 TEST_F(Ntf, TakesOnlyARegularFileOrTheNullDeviceAsItsLog) {
     const fs::path fifo = m_folder / "fifo";
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-    const std::pair<fs::path, SaAisErrorT> rows[] = {{"/dev/full", SA_AIS_ERR_LIBRARY},
-                                                     {"/dev", SA_AIS_ERR_LIBRARY},
-                                                     {"/dev/null/log", SA_AIS_ERR_LIBRARY},
-                                                     {fifo, SA_AIS_ERR_LIBRARY},
-                                                     {"/dev/null", SA_AIS_OK}};
-    for (const auto& [path, result] : rows) {
-        const Environment environment(Environment::Values{{"RUXA_NTF_LOG", path}});
-        const SaNtfHandleT handle = initialize();
-        EXPECT_EQ(saNtfNotificationSend(allocateAlarm(handle).notificationHandle), result) << path;
-        EXPECT_EQ(saNtfFinalize(handle), SA_AIS_OK);
+    for (const fs::path& path : {fs::path("/dev/full"), m_folder, m_log / "log", fifo}) {
+        std::ofstream(m_log) << "";
+        EXPECT_EQ(sendTo(path), SA_AIS_ERR_LIBRARY) << path;
     }
+    EXPECT_EQ(sendTo("/dev/null"), SA_AIS_OK);
 }
 
 /// The lines of the log: a notification, a blank line or any other text.
@@ -463,6 +409,8 @@ enum class Line { Whole, Blank, Other };
 
 class NtfFreshLine : public Ntf {
 protected:
+    static constexpr int kMayNotMount = 77;
+
     std::vector<Line> kindsOfLines() const {
         std::vector<Line> kinds;
         for (const std::string& line : logLines()) {
@@ -486,8 +434,7 @@ protected:
             ::setrlimit(RLIMIT_FSIZE, &limit);
             ::_exit(saNtfNotificationSend(alarm.notificationHandle));
         }
-        int status = -1;
-        ::waitpid(child, &status, 0);
+        const int status = statusOf(child);
         return static_cast<SaAisErrorT>(WEXITSTATUS(status));
     }
 };
@@ -523,6 +470,40 @@ TEST_F(NtfFreshLine, FollowsAWriteThatWasCutShort) {
         EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
         EXPECT_EQ(kindsOfLines(), row.kinds) << row.missing;
     }
+}
+
+TEST_F(NtfFreshLine, FollowsTheAlarmsThatAFullDiskRefused) {
+    const fs::path filler = m_folder / "filler";
+    const auto fillAndEmpty = [&] {
+        if ((::unshare(CLONE_NEWNS) != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) ||
+            ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount("tmpfs", m_folder.c_str(), "tmpfs", 0, "size=64k") != 0) {
+            return kMayNotMount;
+        }
+        const auto alarm = allocateAlarm(m_handle);
+        EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
+        std::ofstream(filler) << std::string(64 * 1024, '-');
+        unsigned sent = 1;
+        while (saNtfNotificationSend(alarm.notificationHandle) == SA_AIS_OK) {
+            ++sent;
+        }
+        EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_ERR_NO_RESOURCES);
+        fs::remove(filler);
+        EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
+        const auto kinds = kindsOfLines();
+        EXPECT_EQ(std::count(kinds.begin(), kinds.end(), Line::Whole), sent + 1);
+        EXPECT_EQ(kinds.back(), Line::Whole);
+        return HasFailure() ? 1 : 0;
+    };
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::_exit(fillAndEmpty());
+    }
+    const int status = WEXITSTATUS(statusOf(child));
+    if (status == kMayNotMount) {
+        GTEST_SKIP() << "the process may not mount a disk of its own";
+    }
+    EXPECT_EQ(status, 0);
 }
 
 /// How many descriptors of this process lead to the log or what it was.
@@ -615,43 +596,40 @@ TEST_F(NtfFiles, AreNotReadableForAllAndNoLinksWhereOthersCanMakeOne) {
     EXPECT_EQ(fs::file_size(target), 11u);
 }
 
-TEST_F(Ntf, OpensNoSessionWithoutAPlaceForItsLog) {
-    const Environment nowhere(
-        Environment::Values{{"RUXA_NTF_LOG", ""}, {"XDG_STATE_HOME", "relative"}, {"HOME", ""}});
-    testing::internal::CaptureStderr();
-    for (int i = 0; i < 2; ++i) {
-        SaNtfHandleT handle = 0;
-        SaVersionT version = {'A', 1, 1};
-        EXPECT_EQ(saNtfInitialize(&handle, nullptr, &version), SA_AIS_ERR_LIBRARY);
-    }
-    const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(said.find("ruxa-ntf: no alarm can be sent: set RUXA_NTF_LOG"), 0u);
-    EXPECT_EQ(said.find('\n'), said.size() - 1);
-}
-
 TEST_F(Ntf, TakesTheLogsPathFromTheEnvironment) {
     const std::string folder = m_folder / "state";
     const struct {
-        std::string log, stateHome, home;
+        const char* log;
+        std::string stateHome;
+        const char* home;
         fs::path path;
     } rows[] = {
         {"/a/log", "/state", "/home/me", "/a/log"},
         {"log", "", "", fs::current_path() / "log"},
         {"", "/state", "/home/me", "/state/ruxa/notifications.jsonl"},
         {"", "relative", "/home/me", "/home/me/.local/state/ruxa/notifications.jsonl"},
-        {"", "", "home", ""},
         {"", folder, "", folder + "/ruxa/notifications.jsonl"},
+        {"", "relative", "home", ""},
     };
     for (const auto& row : rows) {
-        const Environment environment(Environment::Values{
-            {"RUXA_NTF_LOG", row.log}, {"XDG_STATE_HOME", row.stateHome}, {"HOME", row.home}});
+        const ScopedEnvironment log("RUXA_NTF_LOG", row.log);
+        const ScopedEnvironment stateHome("XDG_STATE_HOME", row.stateHome.c_str());
+        const ScopedEnvironment home("HOME", row.home);
         EXPECT_EQ(platform::ntf::notificationLogPath(), row.path);
+        if (row.path.empty()) { // no place for a log, no session
+            testing::internal::CaptureStderr();
+            for (int i = 0; i < 2; ++i) {
+                SaNtfHandleT handle = 0;
+                SaVersionT version = {'A', 1, 1};
+                EXPECT_EQ(saNtfInitialize(&handle, nullptr, &version), SA_AIS_ERR_LIBRARY);
+            }
+            const std::string said = testing::internal::GetCapturedStderr();
+            EXPECT_EQ(said.find("ruxa-ntf: no alarm can be sent: set RUXA_NTF_LOG"), 0u);
+            EXPECT_EQ(said.find('\n'), said.size() - 1);
+        }
     }
-    const Environment environment(Environment::Values{{"RUXA_NTF_LOG", rows[5].path}});
-    const SaNtfHandleT handle = initialize();
-    EXPECT_EQ(saNtfNotificationSend(allocateAlarm(handle).notificationHandle), SA_AIS_OK);
+    EXPECT_EQ(sendTo(folder + "/ruxa/notifications.jsonl"), SA_AIS_OK);
     EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all);
-    EXPECT_EQ(saNtfFinalize(handle), SA_AIS_OK);
 }
 
 TEST(NtfLogLine, IsAWholeNotificationOrNone) {
