@@ -3,104 +3,52 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include <dlfcn.h>
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include "platform/ntf/log/AlarmRecord.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "ruxa/fm/dolq/v2/FmiFactory.h"
+#include "support/EmbeddedNode.h"
 
 namespace {
 
-using platform::ntf::AlarmRecord;
 using ruxa::fm::fmi::v1::FaultManagementI;
 
 constexpr char kBoard[] = "System=1,Board=3";
 
-class EndToEndTest : public testing::Test {
+class EndToEndTest : public EmbeddedNode {
 protected:
-    void SetUp() override {
-        char folder[] = "/tmp/dolq-e2e-XXXXXX";
-        ASSERT_NE(mkdtemp(folder), nullptr);
-        m_folder = folder;
-        m_log = m_folder + "/notifications.jsonl";
-        m_trace = m_folder + "/trace.log";
-    }
-
-    void TearDown() override {
-        std::remove(m_log.c_str());
-        std::remove(m_trace.c_str());
-        rmdir(m_folder.c_str());
-    }
-
-    /// Starts `client` in a new process as the given load module of the examples.
-    pid_t start(const std::function<void()>& client, const char* productNumber = "CXC1370001",
-                const char* revision = "R1A") {
-        const pid_t child = fork();
-        if (child != 0) {
-            return child;
-        }
-        setenv("ZBN_NO", productNumber, 1);
-        setenv("ZBN_REV", revision, 1);
-        setenv("VELK_MANIFEST_DIR", DOLQ_EXAMPLES "/loadmodules", 1);
-        setenv("RUXA_NTF_LOG", m_log.c_str(), 1);
-        setenv("RUXA_TRACE_SINK", ("file:" + m_trace).c_str(), 1);
-        setenv("RUXA_TRACE_GROUPS", "0,4", 1);
-        setenv("RUXA_TRACE_PREFIX", "e2e.", 1);
-        setenv("SYSTEM_UUID", "0b5f7c52-6e0c-4b8e-9a43-2f1d8c7e6a90", 1);
-        setenv("COMPUTE_NAME", "compute-1", 1);
-        client();
-        std::exit(testing::Test::HasFailure() ? 1 : 0);
-    }
-
-    static void expectSuccess(pid_t child) {
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "status " << status;
-    }
-
-    /// What the service received; every line must be whole, or blank.
-    std::vector<AlarmRecord> received() const {
-        std::vector<AlarmRecord> records;
-        std::ifstream log(m_log);
-        for (std::string line; std::getline(log, line);) {
-            const auto record = platform::ntf::parseLine(line);
-            EXPECT_TRUE(record || line.empty()) << line;
-            if (record) {
-                records.push_back(*record);
-            }
-        }
-        return records;
+    /// Runs `client` in a new process as the given load module of the examples.
+    void run(const std::function<void()>& client, const char* productNumber = "CXC1370001",
+             const char* revision = "R1A") {
+        const auto live = [&] {
+            setenv("ZBN_NO", productNumber, 1);
+            setenv("ZBN_REV", revision, 1);
+            setenv("VELK_MANIFEST_DIR", DOLQ_EXAMPLES "/loadmodules", 1);
+            setenv("RUXA_TRACE_GROUPS", "0,4", 1);
+            setenv("SYSTEM_UUID", "0b5f7c52-6e0c-4b8e-9a43-2f1d8c7e6a90", 1);
+            setenv("COMPUTE_NAME", "compute-1", 1);
+            client();
+            std::exit(HasFailure() ? 1 : 0);
+        };
+        EXPECT_EQ(statusOf(start(live)), 0);
     }
 
     bool traced(const std::string& text) const {
-        std::ifstream trace(m_trace);
-        for (std::string line; std::getline(trace, line);) {
-            if (line.find(text) != std::string::npos) {
-                return true;
-            }
-        }
-        return false;
+        const auto lines = linesOf(m_trace);
+        return std::any_of(lines.begin(), lines.end(), [&](const std::string& line) {
+            return line.find(text) != std::string::npos;
+        });
     }
 
     static std::string value(const platform::ntf::Element& element) {
         return element.value.value_or("no text");
     }
-
-    std::string m_folder;
-    std::string m_log;
-    std::string m_trace;
 };
 
 TEST_F(EndToEndTest, AlarmsOfBothGenerationsArriveAsTheMappingFilesSay) {
-    expectSuccess(start([] {
+    run([] {
         namespace fm = ruxa::fm;
         const auto v2 = fm::dolq::v2::getFmiFactory()->createFaultManagement();
         v2->raisePrimaryAlarm(kBoard, 4101, "board", "Fan stopped", {"", "fan 2"},
@@ -114,34 +62,34 @@ TEST_F(EndToEndTest, AlarmsOfBothGenerationsArriveAsTheMappingFilesSay) {
         v1->raiseAlarm("System=1,Port=1", 4199, "mine", "", {}, 9, 0, {77, 78});
         v1.reset();
         fm::dolq::v1::freeFmiFactory();
-    }));
-    const std::vector<AlarmRecord> records = received();
+    });
+    const auto records = received();
     ASSERT_EQ(records.size(), 3U);
-    EXPECT_EQ(records[0].notificationObject, kBoard);
-    EXPECT_EQ(records[0].perceivedSeverity, 4U);
-    EXPECT_EQ(records[0].majorId, 1U);
-    EXPECT_EQ(records[0].minorId, 1U);
-    EXPECT_EQ(records[0].additionalText, "Fan stopped");
-    ASSERT_EQ(records[0].additionalInfo.size(), 2U);
-    EXPECT_EQ(value(records[0].additionalInfo[1]), "fan 2");
-    ASSERT_EQ(records[0].proposedRepairActions.size(), 1U);
-    EXPECT_EQ(value(records[0].proposedRepairActions[0]), "lratPgGrp");
-    EXPECT_EQ(records[1].perceivedSeverity, 0U);
-    EXPECT_EQ(records[1].minorId, 17U);
-    EXPECT_EQ(records[2].minorId, 0x63U);
-    EXPECT_EQ(records[2].perceivedSeverity, 1U);
+    EXPECT_EQ(records[0]->notificationObject, kBoard);
+    EXPECT_EQ(records[0]->perceivedSeverity, 4U);
+    EXPECT_EQ(records[0]->majorId, 1U);
+    EXPECT_EQ(records[0]->minorId, 1U);
+    EXPECT_EQ(records[0]->additionalText, "Fan stopped");
+    ASSERT_EQ(records[0]->additionalInfo.size(), 2U);
+    EXPECT_EQ(value(records[0]->additionalInfo[1]), "fan 2");
+    ASSERT_EQ(records[0]->proposedRepairActions.size(), 1U);
+    EXPECT_EQ(value(records[0]->proposedRepairActions[0]), "lratPgGrp");
+    EXPECT_EQ(records[1]->perceivedSeverity, 0U);
+    EXPECT_EQ(records[1]->minorId, 17U);
+    EXPECT_EQ(records[2]->minorId, 0x63U);
+    EXPECT_EQ(records[2]->perceivedSeverity, 1U);
     // One system derives one UUID for one event, in whatever form it is sent.
-    const std::string primary = value(records[0].additionalInfo[0]);
+    const std::string primary = value(records[0]->additionalInfo[0]);
     const std::string uuid = primary.substr(primary.rfind(": \"") + 3, 36);
     EXPECT_EQ(
-        value(records[2].additionalInfo[0]).find(R"("S": [")" + uuid + R"(",")"),
+        value(records[2]->additionalInfo[0]).find(R"("S": [")" + uuid + R"(",")"),
         std::string(R"(CI={"C": [{"I": "0b5f7c52-6e0c-4b8e-9a43-2f1d8c7e6a90","n": "compute-1"}],)")
             .size());
     EXPECT_TRUE(traced("Minor type not found. notificationObject:System=1,Port=1, faultId:4199"));
 }
 
 TEST_F(EndToEndTest, MistakesInAMappingFileCostOnlyThemselves) {
-    expectSuccess(start(
+    run(
         [] {
             const auto client = ruxa::fm::dolq::v2::getFmiFactory()->createFaultManagement();
             client->ceaseAlarm("S=1,Tunnel=1", 5101, "the later of two entries");
@@ -151,10 +99,10 @@ TEST_F(EndToEndTest, MistakesInAMappingFileCostOnlyThemselves) {
             client->ceaseAlarm("S=1,=1", 5106, "an empty piece");
             client->ceaseAlarm("S=1,Tunnel=1", 5103, "no number");
         },
-        "CXC1370002", "R2B"));
+        "CXC1370002", "R2B");
     std::vector<unsigned> minorIds;
-    for (const AlarmRecord& record : received()) {
-        minorIds.push_back(record.minorId);
+    for (const auto& record : received()) {
+        minorIds.push_back(record.value().minorId);
     }
     EXPECT_EQ(minorIds, (std::vector<unsigned>{40, 35, 36, 36}));
     EXPECT_TRUE(traced("Alarm mapping entry is missing managed object class for fault '5102'."));
@@ -162,7 +110,7 @@ TEST_F(EndToEndTest, MistakesInAMappingFileCostOnlyThemselves) {
 }
 
 TEST_F(EndToEndTest, AnAlarmThatTheServiceCannotTakeIsTraced) {
-    expectSuccess(start([] {
+    run([] {
         const auto client = ruxa::fm::dolq::v2::getFmiFactory()->createFaultManagement();
         const auto raise = [&](const std::string& object, const std::string& text,
                                const std::vector<std::string>& info) {
@@ -172,15 +120,15 @@ TEST_F(EndToEndTest, AnAlarmThatTheServiceCannotTakeIsTraced) {
         raise(kBoard, std::string("a\0b", 3), {});        // the service counts up to the NUL
         raise(kBoard, "%s%n\xFF", {"%s%n\xFF\n\x1B[2J"}); // hostile, yet fine
         raise(std::string(1 << 20, '\n') + ",Board=3", "", {}); // cut to what a name can hold
-    }));
+    });
     EXPECT_TRUE(traced("Populate Alarm:  errorCode:f"));
     EXPECT_TRUE(traced("Send Alarm:  errorCode:7"));
     EXPECT_TRUE(traced("Alarm field cut: field:notificationObject, length:1048584, sent:599"));
-    const std::vector<AlarmRecord> records = received();
+    const auto records = received();
     ASSERT_EQ(records.size(), 2U);
-    EXPECT_EQ(records[0].additionalText, "%s%n\xEF\xBF\xBD"); // U+FFFD: it is no UTF-8
-    EXPECT_EQ(value(records[0].additionalInfo[1]), "%s%n\xEF\xBF\xBD\n\x1B[2J");
-    EXPECT_EQ(records[1].notificationObject, std::string(599, '\n'));
+    EXPECT_EQ(records[0]->additionalText, "%s%n\xEF\xBF\xBD"); // U+FFFD: it is no UTF-8
+    EXPECT_EQ(value(records[0]->additionalInfo[1]), "%s%n\xEF\xBF\xBD\n\x1B[2J");
+    EXPECT_EQ(records[1]->notificationObject, std::string(599, '\n'));
 }
 
 } // namespace
