@@ -16,71 +16,94 @@ namespace {
 /// Far beyond the manifest of any node; a larger file is something else.
 constexpr std::size_t kMaxManifestSize = std::size_t{16} * 1024 * 1024;
 
-bool isNamed(const TiXmlElement& element, const char* name) {
-    return std::strcmp(element.Value(), name) == 0;
-}
+/// Goes on behind what it refuses, for the observer to hear of all of it.
+class Reader {
+public:
+    /// `directory` ends in a slash.
+    Reader(std::string directory, std::vector<LoadModule>& modules, ManifestObserverI& observer)
+        : m_directory(std::move(directory)), m_modules(modules), m_observer(observer) {}
 
-bool readAttribute(const TiXmlElement& element, const char* name, std::string& value) {
-    const char* text = element.Attribute(name);
-    value = text != nullptr ? text : "";
-    return text != nullptr;
-}
-
-bool readFile(const TiXmlElement& element, const std::string& directory, TaggedFile& file) {
-    if (!isNamed(element, "file") || !readAttribute(element, "tag", file.tag) ||
-        !readAttribute(element, "path", file.path) || file.tag.empty() || file.path.empty()) {
-        return false;
-    }
-    if (file.path.front() != '/') {
-        file.path.insert(0, directory);
-    }
-    return true;
-}
-
-bool readLoadModule(const TiXmlElement& element, const std::string& directory, LoadModule& module) {
-    if (!isNamed(element, "loadModule") ||
-        !readAttribute(element, "productNumber", module.productNumber) ||
-        !readAttribute(element, "revision", module.revision)) {
-        return false;
-    }
-    readAttribute(element, "name", module.name);
-    for (const TiXmlElement* child = element.FirstChildElement(); child != nullptr;
-         child = child->NextSiblingElement()) {
-        if (!readFile(*child, directory, module.files.emplace_back())) {
+    bool read(std::string text) {
+        const bool hasNul = text.find('\0') != std::string::npos;
+        common::XmlDocument document;
+        document.SetTabSize(m_observer.wantsPlaces() ? 1 : 0);
+        const bool isLoaded = document.load(std::move(text));
+        const TiXmlElement* const root = document.FirstChildElement();
+        if (hasNul || !isLoaded || !document.isLoadedWhole() || root == nullptr ||
+            root->NextSiblingElement() != nullptr) {
+            m_observer.onNotLoaded(document);
             return false;
         }
-    }
-    return true;
-}
-
-/// `directory` ends in a slash.
-bool readDocument(std::string text, const std::string& directory,
-                  std::vector<LoadModule>& modules) {
-    if (text.find('\0') != std::string::npos) {
-        return false;
-    }
-    common::XmlDocument document;
-    document.SetTabSize(0); // nobody asks for lines
-    if (!document.load(std::move(text)) || !document.isLoadedWhole()) {
-        return false;
-    }
-    const TiXmlElement* const root = document.FirstChildElement();
-    if (root == nullptr || root->NextSiblingElement() != nullptr ||
-        !isNamed(*root, "loadModules")) {
-        return false;
-    }
-    for (const TiXmlElement* child = root->FirstChildElement(); child != nullptr;
-         child = child->NextSiblingElement()) {
-        if (!readLoadModule(*child, directory, modules.emplace_back())) {
+        if (!isNamed(*root, "loadModules")) {
             return false;
         }
+        bool isGood = true;
+        for (const TiXmlElement* child = root->FirstChildElement(); child != nullptr;
+             child = child->NextSiblingElement()) {
+            isGood = readLoadModule(*child, m_modules.emplace_back()) && isGood;
+        }
+        return isGood;
     }
-    return true;
-}
+
+private:
+    bool readLoadModule(const TiXmlElement& element, LoadModule& module) {
+        if (!isNamed(element, "loadModule")) {
+            return false;
+        }
+        bool isGood = readAttribute(element, "productNumber", module.productNumber);
+        isGood = readAttribute(element, "revision", module.revision) && isGood;
+        const char* const name = element.Attribute("name");
+        module.name = name != nullptr ? name : "";
+        for (const TiXmlElement* child = element.FirstChildElement(); child != nullptr;
+             child = child->NextSiblingElement()) {
+            isGood = readFile(*child, module.files.emplace_back()) && isGood;
+        }
+        return isGood;
+    }
+
+    bool readFile(const TiXmlElement& element, TaggedFile& file) {
+        if (!isNamed(element, "file")) {
+            return false;
+        }
+        bool isGood = readAttribute(element, "tag", file.tag, false);
+        isGood = readAttribute(element, "path", file.path, false) && isGood;
+        if (isGood && file.path.front() != '/') {
+            file.path.insert(0, m_directory);
+        }
+        return isGood;
+    }
+
+    bool isNamed(const TiXmlElement& element, const char* name) {
+        const bool isNamed = std::strcmp(element.Value(), name) == 0;
+        isNamed ? m_observer.onElement(element) : m_observer.onOtherElement(element, name);
+        return isNamed;
+    }
+
+    bool readAttribute(const TiXmlElement& element, const char* name, std::string& value,
+                       bool mayBeEmpty = true) {
+        const char* const text = element.Attribute(name);
+        if (text == nullptr || (*text == '\0' && !mayBeEmpty)) {
+            m_observer.onMissingAttribute(element, name);
+            return false;
+        }
+        value = text;
+        return true;
+    }
+
+    const std::string m_directory;
+    std::vector<LoadModule>& m_modules;
+    ManifestObserverI& m_observer;
+};
 
 } // namespace
 
 int readManifest(const std::string& path, std::vector<LoadModule>& modules) {
+    ManifestObserverI nobody;
+    return readManifest(path, modules, nobody);
+}
+
+int readManifest(const std::string& path, std::vector<LoadModule>& modules,
+                 ManifestObserverI& observer) {
     std::string text;
     switch (common::readRegularFile(path, kMaxManifestSize, text)) {
     case 0:
@@ -94,8 +117,9 @@ int readManifest(const std::string& path, std::vector<LoadModule>& modules) {
     default:
         return VELK_UNREADABLE_MANIFEST;
     }
-    const std::string directory = path.substr(0, path.rfind('/') + 1);
-    return readDocument(std::move(text), directory, modules) ? VELK_OK : VELK_MALFORMED_MANIFEST;
+    return Reader(path.substr(0, path.rfind('/') + 1), modules, observer).read(std::move(text))
+               ? VELK_OK
+               : VELK_MALFORMED_MANIFEST;
 }
 
 } // namespace platform::loadmodules

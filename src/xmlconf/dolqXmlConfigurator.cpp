@@ -198,9 +198,7 @@ bool MappingXmlConfigurator::readMappingFile(const std::string& fileName,
                                              MappingFileObserverI& observer) {
     DOLQ_PROBE(mapping_file, fileName.c_str());
     common::XmlDocument document(fileName);
-    if (!observer.wantsPlaces()) {
-        document.SetTabSize(0);
-    }
+    document.SetTabSize(observer.wantsPlaces() ? 1 : 0);
     if (!load(document, fileName)) {
         DOLQ_TRACE(m_traceObject, kFlow, "Could not load XML file '%s'", fileName.c_str());
         observer.onNotLoaded(document);

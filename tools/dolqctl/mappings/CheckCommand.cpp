@@ -99,7 +99,7 @@ int run(const Arguments& arguments, Output& output) {
 void addCheckCommand(CommandLine& commandLine) {
     const auto arguments = std::make_shared<Arguments>();
     Options options =
-        commandLine.add("check", "Find the mistakes in alarm mapping files", kFooter,
+        commandLine.add("check", "Find the mistakes in alarm mapping files and manifests", kFooter,
                         [arguments](Output& output) { return run(*arguments, output); });
     const auto files = options.files(arguments->files, "Mapping files, in reading order");
     options

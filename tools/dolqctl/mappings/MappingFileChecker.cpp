@@ -1,16 +1,20 @@
 #include "mappings/MappingFileChecker.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <numeric>
+#include <string_view>
 
 #include <tinyxml.h>
 
 #include "Output.h"
+#include "common/RegularFile.h"
+#include "mappings/ManifestChecker.h"
 #include "xmlconf/MappingFileFormat.h"
 #include "xmlconf/dolqXmlConfigurator.h"
 
@@ -26,18 +30,6 @@ using dolq::xmlconf::kMoClass;
 /// What a notification object's class loses, apart from the blank, which the file's class loses
 /// too.
 constexpr char kOtherWhiteSpace[] = "\t\n\v\f\r";
-
-const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name) {
-    const TiXmlAttribute* attribute = element.FirstAttribute();
-    while (attribute != nullptr && std::strcmp(attribute->Name(), name) != 0) {
-        attribute = attribute->Next();
-    }
-    return attribute;
-}
-
-std::string written(const TiXmlAttribute& attribute) {
-    return std::string(attribute.Name()) + '=' + inQuotes(attribute.Value());
-}
 
 std::string withoutBlanks(std::string text) {
     text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
@@ -102,18 +94,40 @@ std::size_t distance(const std::string& from, const std::string& to) {
     return row.back();
 }
 
-/// Whether somebody who wrote `name` may have meant `meant` (in lower case, words joined by "_"):
-/// at most two characters differ, letter case and hyphens not counted.
-bool isMisspelt(std::string name, const char* meant) {
-    constexpr std::size_t kMostMistakes = 2;
-    if (name.size() > std::strlen(meant) + kMostMistakes) {
-        return false;
+/// The letters and digits of `name`, in lower case.
+std::string blurred(const std::string& name) {
+    std::string letters;
+    for (const char c : name) {
+        if (std::isalnum(static_cast<unsigned char>(c)) != 0) {
+            letters += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        }
     }
-    std::transform(name.begin(), name.end(), name.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c == '-' ? '_' : c;
-    });
-    return distance(name, meant) <= kMostMistakes;
+    return letters;
 }
+
+constexpr char kWhiteSpace[] = " \t\n\v\f\r";
+
+constexpr std::string_view kDelimiters{" \t\n\v\f\r/>\0", 9};
+
+bool isNameStart(char c) {
+    return std::isalpha(static_cast<unsigned char>(c)) != 0 ||
+           static_cast<unsigned char>(c) > 127 || c == '_';
+}
+
+bool isNameCharacter(char c) {
+    return isNameStart(c) || std::isdigit(static_cast<unsigned char>(c)) != 0 || c == '-' ||
+           c == '.' || c == ':';
+}
+
+/// What is passed over. TinyXML ends all but comments and CDATA sections at the first '>'.
+constexpr struct {
+    std::string_view begin;
+    std::string_view end;
+    const char* name;
+} kPassedOver[] = {{"<!--", "-->", "comment"},
+                   {"<![CDATA[", "]]>", "CDATA section"},
+                   {"<?", ">", "declaration"},
+                   {"<!", ">", "document type"}};
 
 } // namespace
 
@@ -130,36 +144,238 @@ void removeInvisible(std::string& text) {
     }
 }
 
-std::size_t MappingFileChecker::count(Severity severity) const {
+const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name) {
+    const TiXmlAttribute* attribute = element.FirstAttribute();
+    while (attribute != nullptr && std::strcmp(attribute->Name(), name) != 0) {
+        attribute = attribute->Next();
+    }
+    return attribute;
+}
+
+std::string written(const TiXmlAttribute& attribute) {
+    return std::string(attribute.Name()) + '=' + inQuotes(attribute.Value());
+}
+
+bool isMisspelt(const std::string& name, const std::string& meant) {
+    constexpr std::size_t kMostMistakes = 2;
+    return name.size() <= meant.size() + 2 * kMostMistakes &&
+           distance(blurred(name), blurred(meant)) <= kMostMistakes;
+}
+
+std::size_t Findings::count(Severity severity) const {
     return static_cast<std::size_t>(
-        std::count_if(m_findings.begin(), m_findings.end(),
+        std::count_if(m_all.begin(), m_all.end(),
                       [&](const Finding& finding) { return finding.severity == severity; }));
 }
 
-void MappingFileChecker::check(const std::string& path) {
-    m_path = path;
-    const std::size_t before = m_findings.size();
-    dolq::xmlconf::MappingXmlConfigurator().readMappingFile(path, *this);
-    std::stable_sort(m_findings.begin() + static_cast<std::ptrdiff_t>(before), m_findings.end(),
+void Findings::beginFile(const std::string& file) {
+    m_file = file;
+    m_beginOfFile = m_all.size();
+}
+
+void Findings::endFile() {
+    std::stable_sort(m_all.begin() + static_cast<std::ptrdiff_t>(m_beginOfFile), m_all.end(),
                      [](const Finding& one, const Finding& other) {
                          return std::pair(one.position.line, one.position.column) <
                                 std::pair(other.position.line, other.position.column);
                      });
 }
 
+bool Findings::hasErrorInFile() const {
+    return std::any_of(m_all.begin() + static_cast<std::ptrdiff_t>(m_beginOfFile), m_all.end(),
+                       [](const Finding& finding) { return finding.severity == Severity::Error; });
+}
+
+void Findings::add(Severity severity, const char* rule, const TiXmlBase& part,
+                   std::string message) {
+    add({dolqctl::positionOf(m_file, part), severity, rule, std::move(message), {}});
+}
+
+XmlText::XmlText(const std::string& path, Findings& findings) : m_path(path), m_findings(findings) {
+    if (common::readRegularFile(path, m_text.max_size(), m_text) != 0) {
+        return;
+    }
+    const std::size_t nul = m_text.find('\0');
+    if (m_text.empty()) {
+        fail(0, "it is empty");
+    } else if (nul < 2 || m_text.compare(0, 2, "\xFF\xFE") == 0 ||
+               m_text.compare(0, 2, "\xFE\xFF") == 0) {
+        fail(0, "it looks like UTF-16; save it as UTF-8");
+    } else if (nul != m_text.npos) {
+        fail(nul, "a NUL byte ends the text here");
+    }
+    std::size_t at = m_text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+    while ((at = m_text.find_first_not_of(kWhiteSpace, at)) != m_text.npos) {
+        const bool isOutside = m_open.empty();
+        const bool isMarkup = m_text[at] == '<';
+        const bool isPassedOver = isMarkup && (m_text[at + 1] == '!' || m_text[at + 1] == '?');
+        if (isOutside && !m_rootName.empty() && !isPassedOver) {
+            m_findings.add({positionOf(at),
+                            Severity::Error,
+                            "behind-root",
+                            "nothing behind the first root element is read: " + word(at),
+                            {}});
+            return;
+        }
+        if (isMarkup) {
+            at = markup(at);
+        } else if (isOutside) {
+            at = fail(at, "no root element, but " + word(at));
+        } else {
+            at = m_text.find('<', at);
+        }
+    }
+    if (m_rootName.empty()) {
+        fail(0, "it has no element");
+    } else if (!m_open.empty()) {
+        fail(m_open.back(), "the element " + word(m_open.back()) + " is not closed");
+    }
+}
+
+std::size_t XmlText::markup(std::size_t at) {
+    for (const auto& [begin, end, name] : kPassedOver) {
+        if (m_text.compare(at, begin.size(), begin) == 0) {
+            const std::size_t to = m_text.find(end, at + begin.size());
+            return to == m_text.npos ? fail(at, std::string("the ") + name + " is not closed")
+                                     : to + end.size();
+        }
+    }
+    return m_text[at + 1] == '/' ? endTag(at) : startTag(at);
+}
+
+std::size_t XmlText::startTag(std::size_t at) {
+    const std::size_t begin = at;
+    if (!isNameStart(m_text[++at])) {
+        return fail(begin, "this '<' begins no element: write \"&lt;\" for the character");
+    }
+    while (isNameCharacter(m_text[at])) {
+        ++at;
+    }
+    if (m_rootName.empty()) {
+        m_rootName = m_text.substr(begin + 1, at - begin - 1);
+    }
+    std::vector<std::string> names;
+    while ((at = m_text.find_first_not_of(kWhiteSpace, at)) != m_text.npos) {
+        if (m_text[at] == '>') {
+            m_open.push_back(begin);
+            return at + 1;
+        }
+        if (m_text[at] == '/') {
+            return m_text[at + 1] == '>' ? at + 2 : fail(at, "a '/' without '>' behind it");
+        }
+        at = attribute(at, names);
+        if (at == m_text.npos) {
+            return at;
+        }
+    }
+    return fail(begin, "the tag " + word(begin) + " is not complete");
+}
+
+std::size_t XmlText::attribute(std::size_t at, std::vector<std::string>& names) {
+    const std::size_t begin = at;
+    while (isNameCharacter(m_text[at])) {
+        ++at;
+    }
+    const std::string name = m_text.substr(begin, at - begin);
+    if (name.empty()) {
+        return fail(begin, "an attribute or '>' is missing before " + word(begin));
+    }
+    if (std::find(names.begin(), names.end(), name) != names.end()) {
+        return fail(begin, "the attribute " + inQuotes(name) + " is there twice");
+    }
+    names.push_back(name);
+    at = m_text.find_first_not_of(kWhiteSpace, at);
+    if (at == m_text.npos || m_text[at] != '=') {
+        return fail(begin, "the attribute " + inQuotes(name) + " has no value");
+    }
+    at = std::min(m_text.find_first_not_of(kWhiteSpace, at + 1), m_text.size());
+    if (m_text[at] == '"' || m_text[at] == '\'') {
+        const std::size_t end = m_text.find(m_text[at], at + 1);
+        return end != m_text.npos ? end + 1 : fail(at, "this quotation mark has no partner");
+    }
+    const std::size_t end = m_text.find_first_of(" \t\n\v\f\r/>\"'", at);
+    return end != m_text.npos && std::strchr("\"'", m_text[end]) != nullptr
+               ? fail(end, "a quotation mark that nothing opened")
+               : end;
+}
+
+std::size_t XmlText::endTag(std::size_t at) {
+    const std::size_t open = m_open.back() + 1;
+    std::size_t length = 0;
+    while (isNameCharacter(m_text[open + length])) {
+        ++length;
+    }
+    const std::size_t behind = m_text.find_first_not_of(kWhiteSpace, at + 2 + length);
+    if (m_text.compare(at + 2, length, m_text, open, length) != 0 || behind == m_text.npos ||
+        m_text[behind] != '>') {
+        const FilePosition begin = positionOf(open - 1);
+        return fail(at, word(at) + " does not close " + word(open - 1) + " of line " +
+                            std::to_string(begin.line));
+    }
+    m_open.pop_back();
+    return behind + 1;
+}
+
+/// The first failure counts, as with TinyXML.
+std::size_t XmlText::fail(std::size_t at, std::string reason) {
+    if (m_failure.empty()) {
+        m_failedAt = positionOf(at);
+        m_failure = std::move(reason);
+    }
+    m_open.clear();
+    return m_text.npos;
+}
+
+/// The beginning of what stands at `at`, in quotes.
+std::string XmlText::word(std::size_t at) const {
+    constexpr std::size_t kLongest = 20;
+    const std::size_t end = std::min(m_text.find_first_of(kDelimiters, at + 2), m_text.size());
+    return inQuotes(m_text.substr(at, std::min(end - at + (m_text[end] == '>' ? 1 : 0), kLongest)));
+}
+
+FilePosition XmlText::positionOf(std::size_t at) const {
+    FilePosition position{m_findings.file(), 1, 1};
+    for (std::size_t i = m_text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0; i < at; ++i) {
+        if (m_text[i] == '\n' || (m_text[i] == '\r' && m_text[i + 1] != '\n')) {
+            ++position.line;
+            position.column = 1;
+        } else if ((static_cast<unsigned char>(m_text[i]) & 0xC0U) != 0x80) {
+            ++position.column;
+        }
+    }
+    return position;
+}
+
+void XmlText::addNotLoaded(const TiXmlDocument& document) const {
+    const UnreadableFile parser = whyNotLoaded(m_path, document);
+    const bool isKnown = !m_failure.empty();
+    const FilePosition position =
+        isKnown ? m_failedAt
+                : FilePosition{m_findings.file(), parser.position.line, parser.position.column};
+    m_findings.add({position,
+                    Severity::Error,
+                    "not-loaded",
+                    "the file is not read: " + (isKnown ? m_failure : parser.reason),
+                    {}});
+}
+
+void MappingFileChecker::check(const std::string& path) {
+    m_findings.beginFile(path);
+    const XmlText text(path, m_findings);
+    m_text = &text;
+    if (isManifest(text)) {
+        checkManifest(path, text, m_findings);
+    } else {
+        dolq::xmlconf::MappingXmlConfigurator().readMappingFile(path, *this);
+    }
+    m_findings.endFile();
+}
+
 void MappingFileChecker::onNotLoaded(const TiXmlDocument& document) {
-    reportUnreadable(whyNotLoaded(m_path, document));
+    m_text->addNotLoaded(document);
 }
 
-void MappingFileChecker::onNoRoot() { reportUnreadable(whyNoRoot(m_path)); }
-
-void MappingFileChecker::reportUnreadable(UnreadableFile file) {
-    m_findings.push_back({std::move(file.position),
-                          Severity::Error,
-                          "not-loaded",
-                          "the file is not read: " + file.reason,
-                          {}});
-}
+void MappingFileChecker::onNoRoot() { m_text->addNotLoaded({}); }
 
 void MappingFileChecker::onRoot(const TiXmlElement& root) {
     for (const TiXmlElement* element = root.FirstChildElement(); element != nullptr;
@@ -173,11 +389,6 @@ void MappingFileChecker::onRoot(const TiXmlElement& root) {
     }
     if (root.FirstChildElement(kMapping) == nullptr) {
         warning(root, "no-mapping", "the root element holds no 'mapping' element");
-    }
-    for (const TiXmlElement* other = root.NextSiblingElement(); other != nullptr;
-         other = other->NextSiblingElement()) {
-        error(*other, "second-root",
-              "only the first root element is read, not this " + inQuotes(other->Value()));
     }
 }
 
@@ -292,13 +503,13 @@ void MappingFileChecker::checkNested(const TiXmlElement& element) {
 
 void MappingFileChecker::onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
                                                std::uint32_t minorType) {
-    remember({faultId, {}, minorType, positionOf(m_path, element)});
+    remember({faultId, {}, minorType, positionOf(m_findings.file(), element)});
 }
 
 void MappingFileChecker::onMapping(const TiXmlElement& element, std::uint32_t faultId,
                                    std::uint32_t minorType, const std::string& moClass) {
     checkClass(element, moClass);
-    remember({faultId, moClass, minorType, positionOf(m_path, element)});
+    remember({faultId, moClass, minorType, positionOf(m_findings.file(), element)});
 }
 
 void MappingFileChecker::checkClass(const TiXmlElement& element, const std::string& moClass) {
@@ -339,19 +550,17 @@ void MappingFileChecker::remember(Mapping mapping) {
                    : " gets " + std::to_string(mapping.minorType) + " in place of " +
                          std::to_string(earlier.minorType) + " at ") +
         positionText(earlier.position);
-    m_findings.push_back({mapping.position,
-                          sameFile && !sameAlarm ? Severity::Error : Severity::Warning,
-                          sameFile ? "duplicate" : "override", message, earlier.position});
+    m_findings.add({mapping.position, sameFile && !sameAlarm ? Severity::Error : Severity::Warning,
+                    sameFile ? "duplicate" : "override", message, earlier.position});
     entry->second = std::move(mapping);
 }
 
 void MappingFileChecker::error(const TiXmlBase& part, const char* rule, std::string message) {
-    m_findings.push_back({positionOf(m_path, part), Severity::Error, rule, std::move(message), {}});
+    m_findings.add(Severity::Error, rule, part, std::move(message));
 }
 
 void MappingFileChecker::warning(const TiXmlBase& part, const char* rule, std::string message) {
-    m_findings.push_back(
-        {positionOf(m_path, part), Severity::Warning, rule, std::move(message), {}});
+    m_findings.add(Severity::Warning, rule, part, std::move(message));
 }
 
 } // namespace dolqctl

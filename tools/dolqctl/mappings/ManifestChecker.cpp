@@ -1,0 +1,145 @@
+#include "mappings/ManifestChecker.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <tinyxml.h>
+
+#include "Output.h"
+#include "platform/loadmodules/Manifest.h"
+#include "xmlconf/MappingFileFormat.h"
+
+namespace dolqctl {
+
+namespace {
+
+constexpr char kRoot[] = "loadModules";
+constexpr char kTag[] = "alarm_mapping";
+
+/// What the handler knows: an element and its attributes.
+const struct {
+    const char* name;
+    std::vector<const char*> attributes;
+} kElements[] = {
+    {kRoot, {}}, {"loadModule", {"name", "productNumber", "revision"}}, {"file", {"tag", "path"}}};
+
+class Checker final : public platform::loadmodules::ManifestObserverI {
+public:
+    Checker(const XmlText& text, Findings& findings) : m_text(text), m_findings(findings) {}
+
+    bool wantsPlaces() const override { return true; }
+
+    void onNotLoaded(const TiXmlDocument& document) override {
+        if (!m_findings.hasErrorInFile()) { // what stands behind the root is told
+            m_text.addNotLoaded(document);
+        }
+    }
+
+    void onOtherElement(const TiXmlElement& element, const char* expected) override {
+        const std::string name = element.Value();
+        std::string message =
+            "the whole manifest is refused: " + inQuotes(name) + " in place of '" + expected + "'";
+        if (expected == std::string(kRoot) &&
+            element.FirstChildElement(dolq::xmlconf::kMapping) != nullptr) {
+            message += "; it looks like a mapping file";
+        } else if (name == "file") {
+            message += "; a 'file' belongs into a 'loadModule'";
+        }
+        add(Severity::Error, "unknown-element", element, message);
+    }
+
+    void onMissingAttribute(const TiXmlElement& element, const char* name) override {
+        const TiXmlAttribute* const written = findAttribute(element, name);
+        add(Severity::Error, "missing-attribute", element,
+            std::string("the whole manifest is refused: ") +
+                (written != nullptr ? "an empty '" : "no '") + name + "'");
+    }
+
+    void onElement(const TiXmlElement& element) override {
+        const auto& known =
+            *std::find_if(std::begin(kElements), std::end(kElements), [&](const auto& candidate) {
+                return element.ValueStr() == candidate.name;
+            });
+        for (const TiXmlAttribute* attribute = element.FirstAttribute(); attribute != nullptr;
+             attribute = attribute->Next()) {
+            const auto isNamed = [&](const std::string& name) { return name == attribute->Name(); };
+            if (std::any_of(known.attributes.begin(), known.attributes.end(), isNamed)) {
+                checkValue(*attribute);
+                continue;
+            }
+            const auto meant = std::find_if(known.attributes.begin(), known.attributes.end(),
+                                            [&](const char* name) {
+                                                return isMisspelt(attribute->Name(), name) &&
+                                                       element.Attribute(name) == nullptr;
+                                            });
+            add(meant != known.attributes.end() ? Severity::Error : Severity::Warning,
+                "unknown-attribute", *attribute,
+                "the attribute " + inQuotes(attribute->Name()) + " is ignored" +
+                    (meant != known.attributes.end()
+                         ? ": did you mean '" + std::string(*meant) + "'?"
+                         : ""));
+        }
+        if (element.FirstChildElement() != nullptr && known.name == std::string("file")) {
+            add(Severity::Error, "unknown-element", *element.FirstChildElement(),
+                "nothing inside a 'file' is read");
+        }
+    }
+
+private:
+    void checkValue(const TiXmlAttribute& attribute) {
+        const std::string name = attribute.Name();
+        const std::string value = attribute.Value();
+        std::string plain = value;
+        removeInvisible(plain);
+        plain.erase(std::remove_if(plain.begin(), plain.end(),
+                                   [](unsigned char c) { return std::isspace(c) != 0; }),
+                    plain.end());
+        if (name == "tag" && value != kTag &&
+            (isMisspelt(plain, kTag) || isMisspelt(plain, std::string(kTag) + ".xml"))) {
+            add(Severity::Error, "misspelt-tag", attribute,
+                written(attribute) + " is not '" + kTag + "': the file is not read");
+        } else if ((name == "productNumber" || name == "revision") && plain != value) {
+            add(Severity::Warning, "blank-in-number", attribute,
+                written(attribute) +
+                    " holds a blank or what looks like one or like nothing, and "
+                    "is compared with it; without: " +
+                    inQuotes(plain));
+        }
+    }
+
+    void add(Severity severity, const char* rule, const TiXmlBase& part, std::string message) {
+        m_findings.add(severity, rule, part, std::move(message));
+    }
+
+    const XmlText& m_text;
+    Findings& m_findings;
+};
+
+} // namespace
+
+bool isManifest(const XmlText& text) { return isMisspelt(text.rootName(), kRoot); }
+
+void checkManifest(const std::string& path, const XmlText& text, Findings& findings) {
+    Checker checker(text, findings);
+    std::vector<platform::loadmodules::LoadModule> modules;
+    const int result = platform::loadmodules::readManifest(path, modules, checker);
+    if (result != 0 && !findings.hasErrorInFile()) {
+        findings.add({{findings.file()},
+                      Severity::Error,
+                      "not-loaded",
+                      "the embedded load-module handler refuses the manifest: error " +
+                          std::to_string(result),
+                      {}});
+    }
+}
+
+std::vector<Finding> findManifestMistakes(const std::string& path) {
+    Findings findings;
+    findings.beginFile(path);
+    const XmlText text(path, findings);
+    checkManifest(path, text, findings);
+    findings.endFile();
+    return findings.all();
+}
+
+} // namespace dolqctl
