@@ -15,7 +15,9 @@ namespace dolqctl {
 namespace {
 
 constexpr char kFooter[] =
-    R"(Exit codes: 0 a raise would go out; 1 it would not, or only on a condition; 2 wrong usage.
+    R"(Opens a session with the notification service as 'doctor' does, but sends nothing.
+
+Exit codes: 0 a raise would go out; 1 it would not, or only on a condition; 2 wrong usage.
 
 Example:
   dolqctl explain --product CXC1370001 --revision R1A --fault 4102 --object Shelf=1,Port=3)";
@@ -62,6 +64,11 @@ void printText(const Explanation& explanation, const Identity& identity, Output&
         output.line("- " + explanation.obstacles[i]);
     }
     output.line(std::string("A cease would ") + (isSent ? "go out." : "not be sent, either."));
+    if (isSent) {
+        output.line(
+            "Not known: whether the service takes the alarm ('dolqctl raise' tries), and what\n"
+            "the program maps or changes in its surroundings itself.");
+    }
     output.line();
     output.line("Load module  " + printable(identityText(identity)));
     output.line("Class        " + explanation.classText);

@@ -5,8 +5,11 @@
 #include <fstream>
 #include <regex>
 
+#include <saAis.h>
+
 #include "Output.h"
 #include "common/Environment.h"
+#include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
 #include "mappings/MappingFileChecker.h"
 
@@ -45,8 +48,17 @@ std::string difference(const std::string& asked, const std::string& mapped) {
                                                                     : kOtherClass;
 }
 
+/// In quotes, without the middle of one that would fill a screen.
+std::string shown(const std::string& name) {
+    constexpr std::size_t kMost = 100;
+    constexpr std::size_t kHalf = 40;
+    return name.size() <= kMost ? inQuotes(name)
+                                : inQuotes(name.substr(0, kHalf)) + "..." +
+                                      inQuotes(name.substr(name.size() - kHalf));
+}
+
 std::string classTextOf(const dolq::MoClass& moClass, const std::string& object) {
-    const std::string name = inQuotes(object.substr(moClass.begin));
+    const std::string name = shown(object.substr(moClass.begin));
     return (moClass.hasEqual ? inQuotes(moClass.name) + ", before the '=' of "
                              : "none, for there is no '=' in ") +
            (moClass.hasComma ? "the last relative name " + name : name + ", which has no comma");
@@ -96,8 +108,11 @@ std::vector<std::string> mistakesAbout(std::uint32_t faultId, const Discovery& d
 std::string otherClassesText(const Explanation& explanation) {
     std::vector<std::string> classes;
     for (const NearMiss& near : explanation.nearMisses) {
-        classes.push_back(inQuotes(near.mapping->moClass) +
-                          (near.difference == kOtherClass ? "" : " (" + near.difference + ")"));
+        const std::string& moClass = near.mapping->moClass;
+        classes.push_back((moClass.empty() ? "objects without a class" : inQuotes(moClass)) +
+                          (moClass.empty() || near.difference == kOtherClass
+                               ? ""
+                               : " (" + near.difference + ")"));
     }
     return "the fault is mapped for " + joined(classes) +
            (explanation.moClass.name.empty() ? ", but the object has no class"
@@ -144,15 +159,56 @@ void addIdentityCondition(Explanation& explanation) {
     }
 }
 
+/// What the service is asked is what `doctor` asks it.
+void addService(Explanation& explanation) {
+    using Status = Observation::Status;
+    Diagnosis service;
+    checkNtfService(service);
+    for (const Observation& each : service.observations()) {
+        const std::string text = printable(each.check + ' ' + each.finding);
+        if (each.status == Status::Failed) {
+            explanation.obstacles.push_back(text);
+        } else if (each.status == Status::Warning) {
+            explanation.conditions.push_back("that is not certain: " + text);
+        }
+    }
+    Diagnosis correlation;
+    checkCorrelationService(correlation);
+    for (const Observation& each : correlation.observations()) {
+        if (each.status != Status::Ok) {
+            explanation.conditions.push_back((each.status == Status::Failed
+                                                  ? "only without event ids: "
+                                                  : "not with event ids: ") +
+                                             printable(each.check + ' ' + each.finding));
+        }
+    }
+}
+
+/// The mapping is that of the whole object, and the beginning of it is sent.
+void addLengthCondition(Explanation& explanation) {
+    constexpr std::size_t kLongest = SA_MAX_NAME_LENGTH - 1;
+    const std::string& object = explanation.object;
+    if (object.size() > kLongest) {
+        const std::string sent = object.substr(0, kLongest);
+        const dolq::MoClass cut = dolq::parseMoClass(sent);
+        explanation.conditions.push_back(
+            "for another object: only the first " + std::to_string(kLongest) + " of its " +
+            std::to_string(object.size()) + " bytes are sent, up to " +
+            shown(sent.substr(cut.begin)) +
+            (cut.hasEqual ? " of class " + inQuotes(cut.name) : ", which has no class"));
+    }
+}
+
 } // namespace
 
 std::string Explanation::answer() const {
-    return "Fault " + std::to_string(faultId) + " on " + inQuotes(object) + ": a raise would " +
-           (!obstacles.empty() ? "not be sent: " + obstacles.front()
-                               : "go out as alarm " + alarmText(found->back().minorType)) +
-           (!obstacles.empty() || conditions.empty() ? ""
-                                                     : ", but " + joined(conditions, "; and ")) +
-           '.';
+    const std::string start =
+        "Fault " + std::to_string(faultId) + " on " + shown(object) + ": a raise would ";
+    if (!obstacles.empty()) {
+        return start + "not be sent: " + obstacles.front();
+    }
+    return start + "go out as alarm " + alarmText(found->back().minorType) +
+           (conditions.empty() ? "" : ", but " + joined(conditions, "; and "));
 }
 
 Explanation explain(std::uint32_t faultId, const std::string& object, const Discovery& discovery,
@@ -166,6 +222,8 @@ Explanation explain(std::uint32_t faultId, const std::string& object, const Disc
     if (!identityGiven) {
         addIdentityCondition(explanation);
     }
+    addLengthCondition(explanation);
+    addService(explanation);
     return explanation;
 }
 

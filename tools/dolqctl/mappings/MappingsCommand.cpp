@@ -1,5 +1,6 @@
 #include <memory>
 #include <optional>
+#include <regex>
 
 #include <nlohmann/json.hpp>
 
@@ -18,20 +19,42 @@ constexpr char kFooter[] =
     R"(Exit codes: 0 fine; 1 nothing to show, or something could not be read; 2 wrong usage.
 
 Example:
-  dolqctl mappings --product CXC1370001 --revision R1A --fault 4102)";
+  dolqctl mappings --product CXC1370001 --revision R1A --alarm 2/17)";
 
 struct Arguments {
     Identity identity;
     std::optional<std::uint32_t> faultId;
     std::optional<std::string> moClass;
+    std::optional<std::string> alarm;
     bool json = false;
 };
 
+/// Of "2/17", or of the number that stands in a mapping file.
+std::uint32_t minorTypeOf(const std::string& alarm) {
+    static const std::regex form("(\\d{1,5})/(\\d{1,5})|\\d{1,10}|0[xX][0-9a-fA-F]{1,8}");
+    std::smatch match;
+    if (std::regex_match(alarm, match, form)) {
+        const bool isPair = match[1].matched;
+        const bool isHexadecimal = alarm.size() > 1 && (alarm[1] == 'x' || alarm[1] == 'X');
+        const unsigned long long major = isPair ? std::stoul(match[1]) : 0;
+        const unsigned long long number =
+            isPair ? std::stoul(match[2]) : std::stoull(alarm, nullptr, isHexadecimal ? 16 : 10);
+        if (major <= 0xFFFF && number <= (isPair ? 0xFFFF : 0xFFFFFFFF)) {
+            return static_cast<std::uint32_t>(major << 16 | number);
+        }
+    }
+    throw CommandError("--alarm: " + inQuotes(alarm) +
+                       " is no alarm: give major and minor id, as in 2/17, or the minor type");
+}
+
 Mappings chosen(const Mappings& all, const Arguments& arguments) {
+    const auto minorType =
+        arguments.alarm ? std::optional(minorTypeOf(*arguments.alarm)) : std::nullopt;
     Mappings mappings;
     for (const auto& [key, history] : all) {
         if ((!arguments.faultId || *arguments.faultId == key.first) &&
-            (!arguments.moClass || *arguments.moClass == key.second)) {
+            (!arguments.moClass || *arguments.moClass == key.second) &&
+            (!minorType || *minorType == history.back().minorType)) {
             mappings.emplace(key, history);
         }
     }
@@ -106,7 +129,7 @@ int run(const Arguments& arguments, Output& output) {
         }
     }
     if (mappings.empty() && !inventory.mappings.empty()) {
-        tell("no mapping fits; without --fault and --class all of them are shown");
+        tell("no mapping fits; without --fault, --class and --alarm all of them are shown");
     }
     const bool isComplete = discovery.failedCategories.empty() && inventory.unreadable.empty();
     return isComplete && !mappings.empty() ? kFine : kFindings;
@@ -123,6 +146,8 @@ void addMappingsCommand(CommandLine& commandLine) {
     options.id("--fault", arguments->faultId, "Only mappings of this fault id");
     options.value("--class", "NAME", arguments->moClass,
                   "Only mappings of this managed object class, byte for byte");
+    options.value("--alarm", "MAJOR/MINOR", arguments->alarm,
+                  "Only mappings to this alarm, for instance 2/17, or a minor type");
     options.flag("--json", arguments->json, "Print JSON");
 }
 
