@@ -24,6 +24,9 @@ constexpr SaUint32T kVendorId = RUXA_DOLQ_VENDOR_ID;
 constexpr SaNtfElementIdT kThresholdId = 255; // meant: receivers know it for "no threshold"
 // For services that neither set the event time at allocation nor replace what they find in it.
 constexpr bool kSetsEventTime = RUXA_DOLQ_EVENT_TIME_UNKNOWN != 0;
+/// In the library's file for those who want to know how it was built: dolqctl doctor, strings(1).
+[[gnu::used]] constexpr const char* kEventTimeOption =
+    kSetsEventTime ? "RUXA_DOLQ_EVENT_TIME_UNKNOWN=1" : "RUXA_DOLQ_EVENT_TIME_UNKNOWN=0";
 constexpr useconds_t kRetryDelayUs = 100000; // microseconds
 
 /// The answer of `call` once the service is no longer too busy to give one. A thread can be

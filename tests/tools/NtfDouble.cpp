@@ -1,5 +1,6 @@
 // An NTF client library with what real ones do that the embedded one does not: DOUBLE=stock gives
-// names of 256 bytes, packed gives memory that is no block of its own, refusing opens no session.
+// names of 256 bytes, packed gives memory that is no block of its own and leaves the event time as
+// it is, refusing opens no session.
 
 #include <cstdlib>
 #include <string>
@@ -25,6 +26,9 @@ SaAisErrorT saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT
                                            SaUint16T, SaUint16T, SaUint16T, SaUint16T, SaUint16T,
                                            SaUint16T, SaInt16T) {
     SaNtfNotificationHeaderT& header = notification->notificationHeader;
+    static SaTimeT eventTime;
+    eventTime = chosen() == "stock" ? SA_TIME_UNKNOWN : 94321;
+    header.eventTime = &eventTime;
     if (chosen() == "stock") {
         // Never freed, and far from each other: their distance alone does not tell.
         static SaNameT* const first = stockName();

@@ -1,12 +1,14 @@
 #include "Library.h"
 
 #include <csignal>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <optional>
 
 #include <dlfcn.h>
-#include <elf.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -39,31 +41,6 @@ std::optional<int> signalOfLoading(const char* soname) {
                : std::nullopt;
 }
 
-/// The build id among the notes that lie from `begin` to `end`.
-std::string buildIdAmong(const char* begin, const char* end) {
-    constexpr std::size_t kAlignment = 4;
-    const auto padded = [](std::size_t size) {
-        return (size + kAlignment - 1) / kAlignment * kAlignment;
-    };
-    std::string text;
-    while (text.empty() && end - begin > static_cast<std::ptrdiff_t>(sizeof(ElfW(Nhdr)))) {
-        ElfW(Nhdr) note{};
-        std::memcpy(&note, begin, sizeof note);
-        const char* const name = begin + sizeof note;
-        const char* const id = name + padded(note.n_namesz);
-        if (note.n_type == NT_GNU_BUILD_ID &&
-            std::string_view(name, note.n_namesz) == std::string_view("GNU", sizeof "GNU")) {
-            for (std::size_t i = 0; i < note.n_descsz; ++i) {
-                constexpr char kDigits[] = "0123456789abcdef";
-                const auto byte = static_cast<unsigned char>(id[i]);
-                text += {kDigits[byte >> 4], kDigits[byte & 0xf]};
-            }
-        }
-        begin = id + padded(note.n_descsz);
-    }
-    return text;
-}
-
 } // namespace
 
 Library::Library(const char* soname)
@@ -85,29 +62,32 @@ Library::Library(const char* soname)
     }
 }
 
+std::string Library::content() const {
+    std::ifstream stream(file(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+bool Library::contains(std::string_view text) const {
+    return content().find(text) != std::string::npos;
+}
+
 std::string Library::buildId() const {
-    struct Search {
-        const link_map* object;
-        std::string found;
-    } search = {m_object, {}};
-    dl_iterate_phdr(
-        [](dl_phdr_info* info, std::size_t, void* data) {
-            auto& wanted = *static_cast<Search*>(data);
-            if (info->dlpi_addr != wanted.object->l_addr) {
-                return 0;
-            }
-            for (int i = 0; i < info->dlpi_phnum && wanted.found.empty(); ++i) {
-                if (const ElfW(Phdr)& segment = info->dlpi_phdr[i]; segment.p_type == PT_NOTE) {
-                    // NOLINTNEXTLINE(performance-no-int-to-ptr): the linker tells addresses so.
-                    const auto* const notes =
-                        reinterpret_cast<const char*>(info->dlpi_addr + segment.p_vaddr);
-                    wanted.found = buildIdAmong(notes, notes + segment.p_memsz);
-                }
-            }
-            return 1;
-        },
-        &search);
-    return search.found;
+    // Its note: the length of the name and of the id, the type, which is 3, the name and the id.
+    constexpr std::string_view kTypeAndName{"\3\0\0\0GNU\0", 8};
+    const std::string bytes = content();
+    const std::size_t type = bytes.find(kTypeAndName);
+    std::uint32_t length = 0;
+    if (type == std::string::npos || type < sizeof length) {
+        return "";
+    }
+    std::memcpy(&length, &bytes[type - sizeof length], sizeof length);
+    std::string text;
+    for (const char byte : bytes.substr(type + kTypeAndName.size(), length)) {
+        constexpr char kDigits[] = "0123456789abcdef";
+        text += kDigits[static_cast<unsigned char>(byte) >> 4];
+        text += kDigits[static_cast<unsigned char>(byte) & 0xf];
+    }
+    return text;
 }
 
 void* Library::find(const char* symbol) {

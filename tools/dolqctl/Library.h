@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include <link.h>
 
@@ -23,6 +24,8 @@ public:
     std::string file() const { return isLoaded() ? m_object->l_name : ""; }
     /// In hexadecimal; empty when it was built without one.
     std::string buildId() const;
+    /// Whether its file holds the text.
+    bool contains(std::string_view text) const;
 
     /// Whether it, or a library that it needs, has the function. Otherwise `error` says so.
     bool has(const char* symbol) { return isLoaded() && find(symbol) != nullptr; }
@@ -37,6 +40,7 @@ public:
     }
 
 private:
+    std::string content() const;
     void* find(const char* symbol);
 
     link_map* m_object;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,22 +21,29 @@ struct Observation {
     Status status;
     std::string finding;
     std::string advice; ///< what to do; empty for `Ok`
-    std::optional<double> milliseconds;
 };
 
 class Diagnosis {
 public:
     void ok(std::string check, std::string finding) {
-        add(Observation::Status::Ok, std::move(check), std::move(finding), {});
+        m_observations.push_back(
+            {std::move(check), Observation::Status::Ok, std::move(finding), {}});
     }
     void warn(std::string check, std::string finding, std::string advice) {
-        add(Observation::Status::Warning, std::move(check), std::move(finding), std::move(advice));
+        m_observations.push_back({std::move(check), Observation::Status::Warning,
+                                  std::move(finding), std::move(advice)});
     }
     void fail(std::string check, std::string finding, std::string advice) {
-        add(Observation::Status::Failed, std::move(check), std::move(finding), std::move(advice));
+        m_observations.push_back(
+            {std::move(check), Observation::Status::Failed, std::move(finding), std::move(advice)});
     }
-    /// How long the latest one took.
-    void took(double milliseconds) { m_observations.back().milliseconds = milliseconds; }
+
+    void sortWorstFirst() {
+        std::stable_sort(m_observations.begin(), m_observations.end(),
+                         [](const Observation& one, const Observation& other) {
+                             return one.status > other.status;
+                         });
+    }
 
     const std::vector<Observation>& observations() const { return m_observations; }
     std::ptrdiff_t failures() const {
@@ -48,22 +54,17 @@ public:
     }
 
 private:
-    void add(Observation::Status status, std::string check, std::string finding,
-             std::string advice) {
-        m_observations.push_back(
-            {std::move(check), status, std::move(finding), std::move(advice), {}});
-    }
-
     std::vector<Observation> m_observations;
 };
 
-// The checks, each in the file of its subject; `doctor` runs them one after the other.
-void checkLibraryAndTraces(Diagnosis& diagnosis); // PlatformChecks.cpp
+// The checks; `doctor` runs them one after the other.
+void checkTraces(Diagnosis& diagnosis); // EnvironmentChecks.cpp
+void checkEnvironment(Diagnosis& diagnosis);
+void checkNotificationLog(Diagnosis& diagnosis); // of the embedded service
+void checkMappings(Diagnosis& diagnosis);        // MappingChecks.cpp
+void checkLibrary(Diagnosis& diagnosis);         // PlatformChecks.cpp
 void checkCorrelationService(Diagnosis& diagnosis);
-void checkNotificationLog(Diagnosis& diagnosis);
-void checkEnvironment(Diagnosis& diagnosis); // EnvironmentChecks.cpp
-void checkMappings(Diagnosis& diagnosis);    // MappingChecks.cpp
-void checkNtfService(Diagnosis& diagnosis);  // NtfChecks.cpp
+void checkNtfService(Diagnosis& diagnosis);
 
 /// The file from which the dynamic linker took a function.
 template <typename Function> std::string fileOf(Function* function) {

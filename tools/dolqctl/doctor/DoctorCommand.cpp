@@ -1,6 +1,7 @@
-#include <cstdio>
+#include <cstring>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 
 #include <nlohmann/json.hpp>
@@ -15,13 +16,20 @@ namespace dolqctl {
 namespace {
 
 constexpr char kFooter[] =
-    R"(Looks at the surroundings as they are for programs started from this shell. It opens a session with
-the notification service, but sends nothing.
+    R"(Looks at the surroundings as they are for programs started from this shell, and
+tells the worst first. It opens a session with the notification service and has
+a notification allocated, but sends none: its last lines say what is not tried.
 
-Exit code 0: an alarm could be raised now, warnings or not. 1: it could not.
+Exit code 0: found nothing that keeps alarms from being sent, warnings or not.
+1: found something.
 
 Example:
   ZBN_NO=CXC1370001 ZBN_REV=R1A dolqctl doctor)";
+
+constexpr char kNotTried[] =
+    "Not tried: whether the service accepts an alarm and delivers it ('dolqctl raise' sends one), and "
+    "whether a program that runs already still reaches the service: after a restart of that, it can "
+    "hang where a new one does not.";
 
 struct Look {
     const char* name;
@@ -36,40 +44,46 @@ const Look& lookOf(const Observation& observation) {
     return kLooks[static_cast<std::size_t>(observation.status)];
 }
 
-std::string findingText(const Observation& observation) {
-    if (!observation.milliseconds) {
-        return observation.finding;
+/// In lines of a terminal that has 80 columns, the others indented; whole for scripts.
+void printWrapped(const std::string& text, const std::string& indent, Output& output) {
+    constexpr std::size_t kColumns = 80;
+    std::istringstream words(text);
+    std::string line;
+    for (std::string word; words >> word;) {
+        if (output.isTerminal() && !line.empty() &&
+            indent.size() + displayWidth(line) + 1 + displayWidth(word) > kColumns) {
+            output.stream() << line << '\n' << indent;
+            line.clear();
+        }
+        line += (line.empty() ? "" : " ") + word;
     }
-    char duration[32] = "";
-    std::snprintf(duration, sizeof(duration), " (%.1f ms)", *observation.milliseconds);
-    return observation.finding + duration;
+    output.line(line);
 }
 
 void printText(const Diagnosis& diagnosis, Output& output) {
-    Table table({{"STATUS"}, {"CHECK"}, {"FINDING"}});
+    const std::string indent(9, ' ');
     for (const Observation& observation : diagnosis.observations()) {
-        table.add({{lookOf(observation).name, lookOf(observation).style},
-                   observation.check,
-                   findingText(observation)});
-    }
-    output.print(table);
-    output.line();
-    for (const Observation& observation : diagnosis.observations()) {
+        const Look& look = lookOf(observation);
+        output.stream() << output.styled(look.style, look.name)
+                        << indent.substr(std::strlen(look.name));
+        printWrapped(observation.check + ": " + printable(observation.finding), indent, output);
         if (!observation.advice.empty()) {
-            output.line(output.styled(lookOf(observation).style, observation.check) + ": " +
-                        printable(observation.advice));
+            output.stream() << indent;
+            printWrapped("-> " + printable(observation.advice), indent, output);
         }
     }
-    const std::ptrdiff_t failures = diagnosis.failures();
+    output.line();
+    const auto failures = static_cast<std::size_t>(diagnosis.failures());
     output.line(failures == 0
-                    ? output.styled(Style::Good, "An alarm could be raised now.")
-                    : output.styled(Style::Bad, "No alarm could be raised now: " +
-                                                    std::to_string(failures) + " failed."));
+                    ? output.styled(Style::Good, "Found nothing that keeps alarms from being sent.")
+                    : output.styled(Style::Bad, counted(failures, "check") +
+                                                    " failed: alarms are lost, or programs hang."));
+    printWrapped(kNotTried, "", output);
 }
 
 void printJson(const Diagnosis& diagnosis, Output& output) {
     nlohmann::ordered_json json;
-    json["canRaise"] = diagnosis.failures() == 0;
+    json["failures"] = diagnosis.failures();
     json["checks"] = nlohmann::ordered_json::array();
     for (const Observation& observation : diagnosis.observations()) {
         nlohmann::ordered_json check = {{"check", observation.check},
@@ -77,9 +91,6 @@ void printJson(const Diagnosis& diagnosis, Output& output) {
                                         {"finding", observation.finding}};
         if (!observation.advice.empty()) {
             check["advice"] = observation.advice;
-        }
-        if (observation.milliseconds) {
-            check["milliseconds"] = *observation.milliseconds;
         }
         json["checks"].push_back(std::move(check));
     }
@@ -96,12 +107,13 @@ int run(const Arguments& arguments, Output& output) {
         takeOnProgram(*arguments.pid);
     }
     Diagnosis diagnosis;
-    checkLibraryAndTraces(diagnosis); // first: a backend reads its environment once
+    checkTraces(diagnosis); // first: a backend reads its environment once
     checkEnvironment(diagnosis);
+    checkLibrary(diagnosis);
     checkMappings(diagnosis);
     checkCorrelationService(diagnosis);
-    checkNotificationLog(diagnosis);
     checkNtfService(diagnosis);
+    diagnosis.sortWorstFirst();
     (arguments.json ? printJson : printText)(diagnosis, output);
     return diagnosis.failures() == 0 ? kFine : kFindings;
 }

@@ -1,88 +1,175 @@
-#include <algorithm>
-#include <cctype>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <regex>
 #include <string>
+#include <system_error>
+
+#include <fcntl.h>
+#include <ruxa/trace/v2/TraceBackend.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include "common/Environment.h"
+#include "common/TraceGroups.h"
 #include "doctor/Diagnosis.h"
+#include "platform/ntf/log/LogPath.h"
 
 namespace dolqctl {
 
 namespace {
 
-/// The value of a variable that the library needs; empty when there is nothing to look at further.
+namespace fs = std::filesystem;
+using ruxa::trace::v2::TraceBackend;
+
+/// The value of a variable; empty after a failure when there is none.
 std::string needed(Diagnosis& diagnosis, const char* name, const char* without) {
-    const char* const value = common::environment(name, nullptr);
-    if (value == nullptr || *value == '\0') {
-        diagnosis.fail(name, value != nullptr ? "is set to nothing" : "is not set",
-                       std::string(without) + ": set " + name);
+    const std::string value = common::environment(name);
+    if (value.empty()) {
+        const bool isSet = common::environment(name, nullptr) != nullptr;
+        diagnosis.fail(name, isSet ? "set to nothing" : "not set",
+                       std::string("set it: without it ") + without);
     }
-    return value != nullptr ? value : "";
-}
-
-bool hasWhiteSpace(const std::string& value) {
-    return std::any_of(value.begin(), value.end(),
-                       [](unsigned char c) { return std::isspace(c) != 0; });
-}
-
-/// "0f4c2a1e-9b7d-4c3a-8e21-5d6f7a8b9c0d"
-bool isUuid(const std::string& value) {
-    std::string shape;
-    for (const char c : value) {
-        shape += std::isxdigit(static_cast<unsigned char>(c)) != 0 ? 'x' : c;
-    }
-    return shape == "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
+    return value;
 }
 
 /// They are compared letter for letter with those of the load modules.
 void checkIdentity(Diagnosis& diagnosis, const char* name) {
-    const std::string value =
-        needed(diagnosis, name, "no load module is found without it, and so no mapping");
-    if (value.empty()) {
-        return;
-    }
-    if (hasWhiteSpace(value)) {
-        diagnosis.warn(name, "is '" + value + "', with white space in it",
+    const std::string value = needed(diagnosis, name, "no load module is found, and so no mapping");
+    if (value.find_first_of(" \t\n\v\f\r") != std::string::npos) {
+        diagnosis.warn(name, "'" + value + "', with white space in it",
                        "compare it with the load modules': white space counts");
-    } else {
-        diagnosis.ok(name, "is " + value);
+    } else if (!value.empty()) {
+        diagnosis.ok(name, value);
     }
 }
 
 void checkNum(Diagnosis& diagnosis) {
     constexpr char kCheck[] = "ZBN_NUM";
     const std::string number = common::environment("ZBN_NO");
-    const char* const shown = common::environment(kCheck, nullptr);
-    if (shown == nullptr || *shown == '\0') {
-        diagnosis.warn(kCheck, shown != nullptr ? "is set to nothing" : "is not set",
-                       "set it as ZBN_NO: only a trace shows it, that of a failed lookup");
-    } else if (!number.empty() && shown != number) {
-        diagnosis.warn(kCheck, std::string("is ") + shown + ", but ZBN_NO is " + number,
+    const std::string shown = common::environment(kCheck);
+    if (shown == number && !number.empty()) {
+        diagnosis.ok(kCheck, shown);
+    } else if (shown != number) {
+        diagnosis.warn(kCheck, "'" + shown + "', but ZBN_NO is '" + number + "'",
                        "set both alike: load modules are found by ZBN_NO, but the trace of a "
                        "failed lookup shows ZBN_NUM");
-    } else {
-        diagnosis.ok(kCheck, std::string("is ") + shown);
     }
 }
 
 void checkReporter(Diagnosis& diagnosis, const char* name) {
-    const std::string value = needed(
-        diagnosis, name, "raises that do not name the reporting system themselves are refused");
-    if (value.empty()) {
-        return;
-    }
+    const std::string value =
+        needed(diagnosis, name, "alarms whose program does not name its system are refused");
+    static const std::regex uuid("[[:xdigit:]]{8}(-[[:xdigit:]]{4}){3}-[[:xdigit:]]{12}");
     if (value.find_first_of("\"\\") != std::string::npos) {
-        diagnosis.warn(name, "is '" + value + "'",
+        diagnosis.warn(name, "'" + value + "'",
                        "take the quotes and backslashes out: no receiver can decode the "
                        "correlation with them");
-    } else if (std::string(name) == "SYSTEM_UUID" && !isUuid(value)) {
-        diagnosis.warn(name, "is '" + value + "', which is no UUID",
+    } else if (!value.empty() && name == std::string("SYSTEM_UUID") &&
+               !std::regex_match(value, uuid)) {
+        diagnosis.warn(name, "'" + value + "', which is no UUID",
                        "set the system's UUID: systems without one share their correlation UUIDs");
+    } else if (!value.empty()) {
+        diagnosis.ok(name, value);
+    }
+}
+
+bool isOn(int group) {
+    return TraceBackend::isTraceGroupEnabled(TraceBackend::getDefaultTraceObject(),
+                                             static_cast<ruxa::trace::v2::TraceGroup::e>(group));
+}
+
+void checkGroups(Diagnosis& diagnosis) {
+    constexpr char kCheck[] = "trace backend";
+    constexpr char kVariable[] = "RUXA_TRACE_GROUPS";
+    const std::string file = fileOf(&TraceBackend::isTraceGroupEnabled);
+    const char* const chosen = common::environment(kVariable, nullptr);
+    if (!isOn(0)) {
+        diagnosis.warn(kCheck, file + ": group 0 (failures) is off",
+                       "switch it on (RUXA_TRACE_GROUPS, or this platform's way): without it lost "
+                       "alarms leave no sign");
+    } else if (chosen != nullptr && !common::parseTraceGroups(chosen)) {
+        diagnosis.warn(kCheck, std::string(kVariable) + " is '" + chosen + "'",
+                       "set it to all, none, or numbers from 0 to 8 joined by commas: with this "
+                       "value the embedded backend traces group 0 alone");
     } else {
-        diagnosis.ok(name, "is " + value);
+        diagnosis.ok(kCheck, file + ": group 0 (failures) is on, 4 (calls) " +
+                                 (isOn(4) ? "on" : "off") + ", 8 (details) " +
+                                 (isOn(8) ? "on" : "off"));
+    }
+}
+
+/// The nearest folder above `path` that exists.
+fs::path folderOf(const fs::path& path) {
+    std::error_code error;
+    fs::path folder = fs::absolute(path, error).parent_path();
+    while (::access(folder.c_str(), F_OK) != 0 && folder.has_relative_path()) {
+        folder = folder.parent_path();
+    }
+    return folder;
+}
+
+bool isNullDevice(const struct stat& status) {
+    return S_ISCHR(status.st_mode) && status.st_rdev == makedev(1, 3);
+}
+
+/// Why the embedded platform cannot append to `path`, or make it; empty when it can. It opens files
+/// just so: it waits for no reader of a FIFO, and follows no link where others could have put it.
+/// Opening tells more than permissions, which the superuser has where nothing can be written.
+std::string obstacleTo(const fs::path& path, int access, bool (*isTaken)(const struct stat&)) {
+    const fs::path folder = folderOf(path);
+    struct stat status {};
+    const bool isShared =
+        ::stat(folder.c_str(), &status) == 0 && (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+    const int file = ::open(path.c_str(), access | O_APPEND | O_NONBLOCK | O_CLOEXEC | O_NOCTTY |
+                                              (isShared ? O_NOFOLLOW : 0));
+    if (file >= 0) {
+        const bool isGood = ::fstat(file, &status) == 0 && isTaken(status);
+        ::close(file);
+        return isGood ? "" : "it is no regular file";
+    }
+    if (errno == ENOENT && path.has_filename() && ::access(folder.c_str(), W_OK | X_OK) == 0) {
+        return "";
+    }
+    return errno == ELOOP && isShared ? "it is a symbolic link in a folder others can write to"
+           : errno == ENXIO           ? "it is no regular file"
+                                      : std::strerror(errno);
+}
+
+void checkSink(Diagnosis& diagnosis, const std::string& sink) {
+    constexpr char kCheck[] = "trace sink";
+    constexpr std::string_view kScheme = "file:";
+    const bool isFile = sink.rfind(kScheme, 0) == 0;
+    const auto isTaken = [](const struct stat& status) {
+        return S_ISREG(status.st_mode) || S_ISCHR(status.st_mode);
+    };
+    const std::string obstacle =
+        isFile ? obstacleTo(sink.substr(kScheme.size()), O_WRONLY, isTaken) : "";
+    if (!isFile && sink != "stderr" && sink != "syslog") {
+        diagnosis.warn(kCheck, "RUXA_TRACE_SINK is '" + sink + "'",
+                       "set it to stderr, file:PATH or syslog: anything else counts as stderr");
+    } else if (!obstacle.empty()) {
+        diagnosis.warn(kCheck, sink + " cannot be written: " + obstacle,
+                       "correct RUXA_TRACE_SINK or the permissions: the embedded backend traces to "
+                       "stderr instead");
+    } else {
+        diagnosis.ok(kCheck, sink);
     }
 }
 
 } // namespace
+
+void checkTraces(Diagnosis& diagnosis) {
+    constexpr char kSinkVariable[] = "RUXA_TRACE_SINK";
+    const std::string chosen = common::environment(kSinkVariable, "stderr");
+    // The doctor tells what it finds itself: what the checks trace goes nowhere.
+    setenv(kSinkVariable, "file:/dev/null", 1);
+    checkGroups(diagnosis);
+    checkSink(diagnosis, chosen);
+}
 
 void checkEnvironment(Diagnosis& diagnosis) {
     checkIdentity(diagnosis, "ZBN_NO");
@@ -90,6 +177,36 @@ void checkEnvironment(Diagnosis& diagnosis) {
     checkNum(diagnosis);
     checkReporter(diagnosis, "SYSTEM_UUID");
     checkReporter(diagnosis, "COMPUTE_NAME");
+}
+
+void checkNotificationLog(Diagnosis& diagnosis) {
+    constexpr char kCheck[] = "notification log";
+    constexpr std::uintmax_t kRoom = 65536; // for the lines of some alarms
+    const fs::path path = platform::ntf::notificationLogPath();
+    if (path.empty()) {
+        diagnosis.fail(kCheck, "RUXA_NTF_LOG, XDG_STATE_HOME and HOME name no place for it",
+                       "set RUXA_NTF_LOG: the service refuses every session");
+        return;
+    }
+    const bool isChosen = *common::environment("RUXA_NTF_LOG") != '\0';
+    const std::string log = path.string() + (isChosen ? "" : " (RUXA_NTF_LOG is not set)");
+    const std::string obstacle = obstacleTo(path, O_RDWR, [](const struct stat& status) {
+        return S_ISREG(status.st_mode) || isNullDevice(status);
+    });
+    struct stat status {};
+    struct statvfs disk {};
+    if (!obstacle.empty()) {
+        diagnosis.fail(kCheck, log + " cannot be written: " + obstacle,
+                       "correct RUXA_NTF_LOG or the permissions: the service refuses every alarm");
+    } else if (::stat(path.c_str(), &status) == 0 && isNullDevice(status)) {
+        diagnosis.warn(kCheck, log + " keeps nothing", "set RUXA_NTF_LOG to a file");
+    } else if (::statvfs(folderOf(path).c_str(), &disk) == 0 &&
+               disk.f_frsize * (::geteuid() == 0 ? disk.f_bfree : disk.f_bavail) < kRoom) {
+        diagnosis.fail(kCheck, log + " has no room: its disk is full",
+                       "make room, or set RUXA_NTF_LOG: the service refuses every alarm");
+    } else {
+        diagnosis.ok(kCheck, log);
+    }
 }
 
 } // namespace dolqctl

@@ -1,128 +1,174 @@
-#include <cstdlib>
-#include <filesystem>
-#include <system_error>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <thread>
 
-#include <fcntl.h>
-#include <ruxa/trace/v2/TraceBackend.h>
+#include <malloc.h>
 #include <ruxa/zum2/v1/CorrelationApi.h>
+#include <saNtf.h>
 #include <unistd.h>
 
 #include "Library.h"
+#include "common/AisNames.h"
 #include "common/Environment.h"
-#include "common/TraceGroups.h"
 #include "doctor/Diagnosis.h"
 #include "platform/ntf/log/LogPath.h"
+
+// A sanitizer's allocator can tell by itself; without one these are null. The names are its own.
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
+extern "C" {
+[[gnu::weak]] int __sanitizer_get_ownership(const volatile void* block);
+[[gnu::weak]] std::size_t __sanitizer_get_allocated_size(const volatile void* block);
+extern const char _end; // of this program, behind which malloc's memory begins
+}
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
 namespace dolqctl {
 
 namespace {
 
-using ruxa::trace::v2::TraceBackend;
-
-constexpr char kGroupsVariable[] = "RUXA_TRACE_GROUPS";
-constexpr char kSinkVariable[] = "RUXA_TRACE_SINK";
-constexpr char kFileScheme[] = "file:";
-
-bool isOn(int group) {
-    return TraceBackend::isTraceGroupEnabled(TraceBackend::getDefaultTraceObject(),
-                                             static_cast<ruxa::trace::v2::TraceGroup::e>(group));
+/// The size of a block that malloc gave; none for other memory, of which malloc cannot be asked.
+std::optional<std::size_t> sizeOfBlock(SaNameT* name) {
+    if (__sanitizer_get_ownership != nullptr) {
+        return __sanitizer_get_ownership(name) != 0
+                   ? std::optional(__sanitizer_get_allocated_size(name))
+                   : std::nullopt;
+    }
+    constexpr std::uintptr_t kAlignment = alignof(std::max_align_t);
+    const auto address = reinterpret_cast<std::uintptr_t>(name);
+    const auto heapEnd = reinterpret_cast<std::uintptr_t>(sbrk(0));
+    if (address % kAlignment != 0 || address <= reinterpret_cast<std::uintptr_t>(&_end) ||
+        address >= heapEnd) {
+        return std::nullopt;
+    }
+    // Inside of a block this reads the block's content in place of a size.
+    const std::size_t size = malloc_usable_size(name);
+    return size >= kAlignment && size < heapEnd - address ? std::optional(size) : std::nullopt;
 }
 
-void checkGroups(Diagnosis& diagnosis) {
-    const std::string file = fileOf(&TraceBackend::isTraceGroupEnabled);
-    if (!isOn(0)) {
-        diagnosis.warn("trace backend", "group 0 is off, in " + file,
-                       "switch it on (RUXA_TRACE_GROUPS, or this platform's way): lost alarms "
-                       "leave no sign without it");
-        return;
-    }
-    const char* const chosen = common::environment(kGroupsVariable, nullptr);
-    if (chosen != nullptr && !common::parseTraceGroups(chosen)) {
-        diagnosis.warn(
-            "trace backend", std::string(kGroupsVariable) + " is '" + chosen + "'",
-            "set it to all, none, or numbers from 0 to 8 joined by commas: with anything "
-            "else the embedded backend traces group 0 alone");
-        return;
-    }
-    diagnosis.ok("trace backend", std::string("group 0 (failures) is on, 4 (calls) ") +
-                                      (isOn(4) ? "on" : "off") + ", 8 (details) " +
-                                      (isOn(8) ? "on" : "off") + ", in " + file);
-}
-
-/// Whether an existing file can be appended to. It is opened, since the superuser is granted access
-/// to what cannot be written; without waiting for the reader of a FIFO.
-bool canAppend(const std::filesystem::path& path) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-    if (file < 0) {
-        return false;
-    }
-    ::close(file);
-    return true;
-}
-
-/// Whether a file can be appended to, or made: by the nearest thing of its path that exists.
-bool isWritable(const std::filesystem::path& path) {
-    if (::access(path.c_str(), F_OK) == 0) {
-        return canAppend(path);
-    }
-    std::error_code error;
-    std::filesystem::path folder = std::filesystem::absolute(path, error).parent_path();
-    if (error || !path.has_filename()) {
-        return false;
-    }
-    while (::access(folder.c_str(), F_OK) != 0 && folder.has_relative_path()) {
-        folder = folder.parent_path();
-    }
-    return std::filesystem::is_directory(folder, error) &&
-           ::access(folder.c_str(), W_OK | X_OK) == 0;
-}
-
-void checkSink(Diagnosis& diagnosis, const std::string& sink) {
-    const bool isFile = sink.rfind(kFileScheme, 0) == 0;
-    if (!isFile && sink != "stderr" && sink != "syslog") {
-        diagnosis.warn("trace sink", std::string(kSinkVariable) + " is '" + sink + "'",
-                       "set it to stderr, file:PATH or syslog: anything else counts as stderr");
-    } else if (isFile && !isWritable(sink.substr(sizeof(kFileScheme) - 1))) {
-        diagnosis.warn("trace sink", sink + " cannot be written",
-                       "correct the path or its permissions: the traces go to stderr instead");
+/// A client library built with the stock length of 256 gives the names of a notification less room
+/// than the library takes them to have, which then writes past their memory.
+void checkNames(Diagnosis& diagnosis, const SaNtfNotificationHeaderT& header) {
+    constexpr char kCheck[] = "NTF names";
+    const std::string length = std::to_string(SA_MAX_NAME_LENGTH);
+    const auto one = reinterpret_cast<std::uintptr_t>(header.notificationObject);
+    const auto other = reinterpret_cast<std::uintptr_t>(header.notifyingObject);
+    const auto first = sizeOfBlock(header.notificationObject);
+    const auto second = sizeOfBlock(header.notifyingObject);
+    // Whatever the memory is: two names cannot be nearer than one of them is long.
+    if ((one > other ? one - other : other - one) < sizeof(SaNameT) ||
+        (first && *first < sizeof(SaNameT)) || (second && *second < sizeof(SaNameT))) {
+        diagnosis.fail(kCheck, "less room than " + length + " bytes",
+                       "use an NTF client library built with SA_MAX_NAME_LENGTH " + length +
+                           ": with this one every alarm overruns the memory of its program");
+    } else if (first && second) {
+        diagnosis.ok(kCheck, "room for " + length + " bytes");
     } else {
-        diagnosis.ok("trace sink", "is " + sink);
+        diagnosis.warn(kCheck, "it is unknown whether there is room for " + length + " bytes",
+                       "ask whoever built the NTF client library whether it was built with "
+                       "SA_MAX_NAME_LENGTH " +
+                           length);
+    }
+}
+
+/// Without the build option the library sends whatever the service has left in the field.
+void checkEventTime(Diagnosis& diagnosis, const SaTimeT* time) {
+    constexpr char kCheck[] = "event time";
+    const Library library(kDolqLibrary);
+    if (library.contains("RUXA_DOLQ_EVENT_TIME_UNKNOWN=1") ||
+        (time != nullptr && *time == SA_TIME_UNKNOWN)) {
+        diagnosis.ok(kCheck, "left open (SA_TIME_UNKNOWN) for the service to set");
+        return;
+    }
+    diagnosis.warn(kCheck,
+                   "the service allocates it as " +
+                       (time != nullptr ? std::to_string(*time) : "nothing") +
+                       (library.contains("RUXA_DOLQ_EVENT_TIME_UNKNOWN=0")
+                            ? ", and the library sends it so, unless the service replaces that"
+                            : ", and it is unknown whether the library replaces that"),
+                   "build the library with -DRUXA_DOLQ_EVENT_TIME_UNKNOWN=ON, or trust the time of "
+                   "reception alone");
+}
+
+/// The library repeats a call for ever while the service is busy; a doctor gives up.
+template <typename Call> SaAisErrorT whileBusy(Call call) {
+    using namespace std::chrono;
+    const steady_clock::time_point end = steady_clock::now() + seconds(10);
+    SaAisErrorT answer = call();
+    while (answer == SA_AIS_ERR_TRY_AGAIN && steady_clock::now() < end) {
+        std::this_thread::sleep_for(milliseconds(100));
+        answer = call();
+    }
+    return answer;
+}
+
+/// 0: none.
+SaNtfHandleT openSession(Diagnosis& diagnosis, Library& ntf) {
+    constexpr char kCheck[] = "NTF session";
+    const auto begin = std::chrono::steady_clock::now();
+    SaNtfHandleT handle = 0;
+    const SaAisErrorT answer = whileBusy([&] {
+        SaVersionT version = {'A', 1, 1};
+        return ntf.function<decltype(saNtfInitialize)>("saNtfInitialize")(&handle, nullptr,
+                                                                          &version);
+    });
+    const std::chrono::duration<double> duration = std::chrono::steady_clock::now() - begin;
+    char after[32] = "";
+    std::snprintf(after, sizeof after, " after %.1f s", duration.count());
+    if (answer == SA_AIS_OK) {
+        diagnosis.ok(kCheck, std::string("opens") + after);
+        return handle;
+    }
+    diagnosis.fail(kCheck, "the service answers " + common::aisText(answer) + after,
+                   answer == SA_AIS_ERR_TRY_AGAIN
+                       ? "wait, or start the service: it is busy, and programs hang so long"
+                       : "start the notification service, or put the libSaNtf.so.0 of the running "
+                         "one first in the loader path");
+    return 0;
+}
+
+void checkNotification(Diagnosis& diagnosis, Library& ntf, SaNtfHandleT handle) {
+    constexpr SaUint16T kEmptyText = 1; // its NUL
+    auto* const allocate =
+        ntf.function<decltype(saNtfAlarmNotificationAllocate)>("saNtfAlarmNotificationAllocate");
+    SaNtfAlarmNotificationT notification{};
+    const SaAisErrorT answer = whileBusy([&] {
+        return allocate(handle, &notification, 0, kEmptyText, 0, 0, 0, 0,
+                        SA_NTF_ALLOC_SYSTEM_LIMIT);
+    });
+    if (answer != SA_AIS_OK) {
+        diagnosis.fail("NTF notification", "the service answers " + common::aisText(answer),
+                       "look into the service's own log: it allocates no notification");
+        return;
+    }
+    checkNames(diagnosis, notification.notificationHeader);
+    checkEventTime(diagnosis, notification.notificationHeader.eventTime);
+    ntf.function<decltype(saNtfNotificationFree)>("saNtfNotificationFree")(
+        notification.notificationHandle);
+}
+
+void checkFaultSchedule(Diagnosis& diagnosis) {
+    if (const std::string faults = common::environment("RUXA_NTF_FAULTS"); !faults.empty()) {
+        diagnosis.fail("fault schedule",
+                       "RUXA_NTF_FAULTS is '" + faults +
+                           "': the service refuses or delays the calls that this names",
+                       "unset it: it is for trying an application out");
     }
 }
 
 } // namespace
 
-void checkNotificationLog(Diagnosis& diagnosis) {
-    constexpr char kCheck[] = "notification log";
-    const std::string chosen = common::environment("RUXA_NTF_LOG");
-    const bool isChosen = !chosen.empty();
-    const std::string log = isChosen ? chosen : platform::ntf::notificationLogPath().string();
-    if (isWritable(log)) {
-        diagnosis.ok(kCheck, "is " + log + (isChosen ? "" : ", as RUXA_NTF_LOG is not set"));
-    } else if (isChosen) {
-        diagnosis.fail(kCheck, log + " cannot be written",
-                       "correct RUXA_NTF_LOG or the permissions: the embedded notification "
-                       "service refuses every alarm");
-    } else { // which only the embedded service minds, and nobody chose that one here
-        diagnosis.warn(kCheck, log + " cannot be written, and RUXA_NTF_LOG is not set",
-                       "with the embedded notification service set it, or every alarm is refused; "
-                       "another service needs no log");
-    }
-}
-
-void checkLibraryAndTraces(Diagnosis& diagnosis) {
+void checkLibrary(Diagnosis& diagnosis) {
     if (const Library library(kDolqLibrary); library.isLoaded()) {
-        diagnosis.ok("library", "is " + library.file());
+        diagnosis.ok("library", library.file());
     } else {
-        diagnosis.fail("library", "cannot be loaded: " + library.error(),
+        diagnosis.fail("library", library.error(),
                        "install or replace the file that this names: no program that uses the "
                        "library starts");
     }
-    const std::string chosen = common::environment(kSinkVariable, "stderr");
-    // The doctor tells what it finds itself: what the checks trace goes nowhere.
-    setenv(kSinkVariable, "file:/dev/null", 1);
-    checkGroups(diagnosis);
-    checkSink(diagnosis, chosen);
 }
 
 void checkCorrelationService(Diagnosis& diagnosis) {
@@ -130,22 +176,49 @@ void checkCorrelationService(Diagnosis& diagnosis) {
     constexpr char kGetApi[] = "_ZN4ruxa4zum22v16getAPIEv";
     Library library(kCorrelationLibrary);
     if (!library.has(kGetApi)) {
-        diagnosis.fail(kCheck, "cannot be loaded: " + library.error(),
+        diagnosis.fail(kCheck, library.error(),
                        "install the platform's own, or correct the loader path");
         return;
     }
-    const std::string file = library.file();
     auto* const api = library.function<decltype(ruxa::zum2::v1::getAPI)>(kGetApi)();
     std::string uuid;
     if (api == nullptr) {
-        diagnosis.fail(kCheck, "does not run, says " + file,
+        diagnosis.fail(kCheck, library.file() + ": it does not run",
                        "start it: alarms with event ids are refused without it");
     } else if (!api->getDerivedCorrelationUUID(1, uuid) || uuid.empty()) {
-        diagnosis.warn(kCheck, "gives event 1 no correlation UUID, in " + file,
-                       "see its own log: primary alarms go out without correlation, secondary ones "
-                       "are refused");
+        diagnosis.warn(kCheck, library.file() + ": it gives event 1 no correlation UUID",
+                       "look into its own log: primary alarms go out without correlation, "
+                       "secondary ones are refused");
     } else {
-        diagnosis.ok(kCheck, "answers (event 1 is " + uuid + "), from " + file);
+        diagnosis.ok(kCheck, library.file() + ": event 1 is " + uuid);
+    }
+}
+
+void checkNtfService(Diagnosis& diagnosis) {
+    constexpr char kCheck[] = "NTF library";
+    Library ntf(kNtfLibrary);
+    for (const char* const call :
+         {"saNtfInitialize", "saNtfFinalize", "saNtfAlarmNotificationAllocate",
+          "saNtfPtrValAllocate", "saNtfNotificationSend", "saNtfNotificationFree"}) {
+        if (!ntf.has(call)) {
+            diagnosis.fail(kCheck, ntf.error(),
+                           "put the libSaNtf.so.0 of the running service first in the loader path");
+            return;
+        }
+    }
+    // No other service knows the variable.
+    const bool isEmbedded = ntf.contains("RUXA_NTF_LOG");
+    diagnosis.ok(kCheck, ntf.file() + (isEmbedded ? ": the embedded service" : ""));
+    if (isEmbedded) {
+        checkFaultSchedule(diagnosis);
+        checkNotificationLog(diagnosis);
+        if (platform::ntf::notificationLogPath().empty()) {
+            return; // nor is there a session
+        }
+    }
+    if (const SaNtfHandleT handle = openSession(diagnosis, ntf); handle != 0) {
+        checkNotification(diagnosis, ntf, handle);
+        ntf.function<decltype(saNtfFinalize)>("saNtfFinalize")(handle);
     }
 }
 
