@@ -58,13 +58,13 @@ class Readme(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             (pathlib.Path(folder) / "examples").symlink_to((REPOSITORY / "examples").resolve())
             kept = {name: value for name, value in os.environ.items()
-                    if not re.match("RUXA_|ZBN_|VELK_|SYSTEM_UUID|COMPUTE_NAME|COLUMNS", name)}
+                    if not re.match("RUXA_|ZBN_|VELK_|XDG_|SYSTEM_UUID|COMPUTE_NAME|COLUMNS", name)}
             actual = subprocess.run(
                 ["bash", "-c", "\n".join(f"printf '\\n\\x1e\\n'\n{command}" for command in commands)],
                 cwd=folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                 text=True, check=False, env=kept | {
                     "PATH": f"{DOLQCTL.parent}:{os.environ['PATH']}", "LC_ALL": "C.UTF-8", "TZ": "UTC",
-                    "RUXA_NTF_LOG": f"{folder}/notifications.jsonl"}).stdout
+                    "HOME": folder}).stdout
         for command, shown, printed in zip(commands, expected.split("\x1e")[1:], actual.split("\x1e")[1:],
                                            strict=True):
             with self.subTest(command=command):

@@ -1,10 +1,8 @@
 // The only file that includes the argument parser: its header takes longer than all else here.
 #include "Options.h"
 
-#include <cstdint>
-#include <optional>
+#include <algorithm>
 #include <utility>
-#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -73,16 +71,35 @@ template Options::Option Options::value(const char*, const std::string&,
 template Options::Option Options::value(const char*, const std::string&, std::vector<std::string>&,
                                         const char*);
 
+Options::Option Options::choice(const char* name, const std::vector<std::string>& names,
+                                std::optional<std::uint32_t>& index, const char* help) {
+    const auto choose = [names, &index](const std::string& text) {
+        index =
+            static_cast<std::uint32_t>(std::find(names.begin(), names.end(), text) - names.begin());
+        return true;
+    };
+    const auto check = [names](const std::string& text) {
+        return std::find(names.begin(), names.end(), text) != names.end()
+                   ? std::string()
+                   : inQuotes(text) + " is none of " + joined(names);
+    };
+    return Option(m_command.add_option_function<std::string>(name, choose, help)
+                      ->type_name(joined(names, "|"))
+                      ->check(check));
+}
+
 template <typename Value>
-Options::Option Options::id(const char* name, Value& value, const char* help) {
+Options::Option Options::id(const char* name, Value& value, const char* help, const char* type) {
     return Option(m_command.add_option(name, value, help)
-                      ->type_name("ID")
+                      ->type_name(type)
                       ->allow_extra_args(false)
                       ->check(checkId));
 }
-template Options::Option Options::id(const char*, std::uint32_t&, const char*);
-template Options::Option Options::id(const char*, std::optional<std::uint32_t>&, const char*);
-template Options::Option Options::id(const char*, std::vector<std::uint32_t>&, const char*);
+template Options::Option Options::id(const char*, std::uint32_t&, const char*, const char*);
+template Options::Option Options::id(const char*, std::optional<std::uint32_t>&, const char*,
+                                     const char*);
+template Options::Option Options::id(const char*, std::vector<std::uint32_t>&, const char*,
+                                     const char*);
 
 Options::Option Options::files(std::vector<std::string>& paths, const char* help) {
     return Option(m_command.add_option("FILE", paths, help)->type_name(""));

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "Output.h"
 
@@ -38,9 +41,15 @@ public:
     template <typename Value>
     Option value(const char* name, const std::string& type, Value& value, const char* help);
 
-    /// A fault or event id, decimal or hexadecimal with 0x. One with a leading 0 is refused: it
-    /// would be octal to some and decimal to others. `Value`: std::uint32_t, in the same forms.
-    template <typename Value> Option id(const char* name, Value& value, const char* help);
+    /// One of `names`; `index` tells which one.
+    Option choice(const char* name, const std::vector<std::string>& names,
+                  std::optional<std::uint32_t>& index, const char* help);
+
+    /// A fault or event id, or another number, decimal or hexadecimal with 0x. One with a leading 0
+    /// is refused: it would be octal to some and decimal to others. `Value`: std::uint32_t, in the
+    /// same forms.
+    template <typename Value>
+    Option id(const char* name, Value& value, const char* help, const char* type = "ID");
 
     /// The files named without an option.
     Option files(std::vector<std::string>& paths, const char* help);

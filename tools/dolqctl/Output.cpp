@@ -2,8 +2,10 @@
 
 #include <clocale>
 #include <iostream>
+#include <limits>
 
 #include <nlohmann/json.hpp>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "common/Environment.h"
@@ -21,6 +23,10 @@ bool wantsColours() {
 /// Indexed by `Style`: the number of the terminal's attribute.
 constexpr const char* kAttributes[] = {"0", "1", "2", "32", "33", "31"};
 
+std::string dump(const nlohmann::ordered_json& json, int indent) {
+    return json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
 } // namespace
 
 Output::Output()
@@ -28,6 +34,14 @@ Output::Output()
       m_stream(std::cout) {
     // Widths are those of UTF-8 whatever the user's locale; white space stays that of ASCII.
     std::setlocale(LC_CTYPE, "C.UTF-8");
+}
+
+std::size_t Output::width() const {
+    winsize size{};
+    if (!m_isTerminal) {
+        return std::numeric_limits<std::size_t>::max();
+    }
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : 80;
 }
 
 std::string Output::styled(Style style, std::string_view text) const {
@@ -40,11 +54,9 @@ std::string Output::styled(Style style, std::string_view text) const {
 
 void Output::line(std::string_view text) { m_stream << text << '\n'; }
 
-void Output::print(const nlohmann::ordered_json& json) {
-    constexpr int kIndent = 2;
-    m_stream << json.dump(kIndent, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
-             << '\n';
-}
+void Output::print(const nlohmann::ordered_json& json) { line(dump(json, 2)); }
+
+void Output::printLine(const nlohmann::ordered_json& json) { line(dump(json, -1)); }
 
 bool Output::flush() { return static_cast<bool>(m_stream.flush()); }
 
@@ -57,6 +69,13 @@ std::string inQuotes(std::string_view text) { return '"' + common::escapedText(t
 
 std::string printable(std::string_view text) {
     return text.empty() ? "-" : common::escapedText(text);
+}
+
+std::string pathText(const std::string& path) {
+    const std::string home = common::environment("HOME");
+    return home.size() > 1 && path.rfind(home + '/', 0) == 0
+               ? '~' + printable(path.substr(home.size()))
+               : printable(path);
 }
 
 std::string counted(std::size_t count, const std::string& what) {

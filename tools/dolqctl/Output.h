@@ -19,13 +19,18 @@ public:
     /// Whether a person looks at standard output.
     bool isTerminal() const { return m_isTerminal; }
 
+    /// How many characters a line of the terminal has room for; no bound for what is no terminal.
+    std::size_t width() const;
+
     /// `text` in the colour of `style`, or as it stands where there are no colours.
     std::string styled(Style style, std::string_view text) const;
 
     void line(std::string_view text = {});
-    void print(const Table& table) { table.write(*this); }
+    void print(Table& table) { table.write(*this); }
     /// Indented. Bytes that are not UTF-8 become U+FFFD.
     void print(const nlohmann::ordered_json& json);
+    /// The same on one line.
+    void printLine(const nlohmann::ordered_json& json);
 
     /// For what is neither. Foreign text goes through `printable` first.
     std::ostream& stream() { return m_stream; }
@@ -48,6 +53,9 @@ std::string inQuotes(std::string_view text);
 /// Foreign text (of a file, an environment variable, the command line) made fit for a terminal: no
 /// control character, no broken UTF-8, "-" in place of nothing.
 std::string printable(std::string_view text);
+
+/// The path of a file, printable, with "~" for the user's home.
+std::string pathText(const std::string& path);
 
 /// "3 files", "1 file".
 std::string counted(std::size_t count, const std::string& what);

@@ -3,25 +3,53 @@
 #include <algorithm>
 #include <cassert>
 #include <cwchar>
+#include <utility>
 
 #include "Output.h"
 
 namespace dolqctl {
 
-std::size_t displayWidth(std::string_view text) {
+namespace {
+
+constexpr std::size_t kGap = 2;         // between columns
+constexpr std::size_t kLeastWidth = 20; // that a column shrinks to
+
+/// Takes the first character off `text`, and returns how many places of a terminal it takes.
+std::size_t takeCharacter(std::string_view& text) {
     std::mbstate_t state{};
+    wchar_t character = 0;
+    const std::size_t length = std::mbrtowc(&character, text.data(), text.size(), &state);
+    const bool isBroken = length == 0 || length > text.size(); // NUL, malformed or cut off
+    text.remove_prefix(isBroken ? 1 : length);
+    return isBroken ? 1 : static_cast<std::size_t>(std::max(0, wcwidth(character)));
+}
+
+/// Its beginning and its end.
+std::string cutTo(std::size_t width, std::string_view text) {
+    std::size_t rest = displayWidth(text);
+    if (rest <= width) {
+        return std::string(text);
+    }
+    std::string_view end = text;
+    std::size_t begin = 0; // so many bytes
+    std::size_t places = 0;
+    for (; places < width / 2; begin = text.size() - end.size()) {
+        const std::size_t taken = takeCharacter(end);
+        places += taken;
+        rest -= taken;
+    }
+    while (places + 1 + rest > width) {
+        rest -= takeCharacter(end);
+    }
+    return std::string(text.substr(0, begin)).append("…").append(end);
+}
+
+} // namespace
+
+std::size_t displayWidth(std::string_view text) {
     std::size_t width = 0;
     while (!text.empty()) {
-        wchar_t character = 0;
-        const std::size_t length = std::mbrtowc(&character, text.data(), text.size(), &state);
-        if (length == 0 || length > text.size()) { // NUL, malformed or cut off
-            state = {};
-            ++width;
-            text.remove_prefix(1);
-            continue;
-        }
-        width += static_cast<std::size_t>(std::max(0, wcwidth(character)));
-        text.remove_prefix(length);
+        width += takeCharacter(text);
     }
     return width;
 }
@@ -29,36 +57,61 @@ std::size_t displayWidth(std::string_view text) {
 Table::Cell::Cell(std::string_view cellText, Style cellStyle)
     : text(printable(cellText)), style(cellStyle) {}
 
-Table::Table(std::vector<Column> columns) : m_columns(std::move(columns)) {}
+Table::Table(std::vector<Column> columns) : m_columns(std::move(columns)) {
+    for (Column& column : m_columns) {
+        column.width = std::max(column.width, displayWidth(column.heading));
+    }
+}
 
 void Table::add(std::vector<Cell> cells) {
     assert(cells.size() == m_columns.size());
-    m_rows.push_back(std::move(cells));
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        m_columns[i].width = std::max(m_columns[i].width, displayWidth(cells[i].text));
+    }
+    m_rows.push_back({std::move(cells), {}});
 }
 
-void Table::write(Output& output) const {
-    std::vector<std::size_t> widths;
-    for (std::size_t i = 0; i < m_columns.size(); ++i) {
-        widths.push_back(displayWidth(m_columns[i].heading));
-        for (const std::vector<Cell>& row : m_rows) {
-            widths[i] = std::max(widths[i], displayWidth(row[i].text));
+void Table::addBelow(std::string_view text) { m_rows.back().below.push_back(printable(text)); }
+
+void Table::write(Output& output) {
+    std::size_t excess = (m_columns.size() - 1) * kGap; // of a row, beyond the terminal's width
+    for (const Column& column : m_columns) {
+        excess += column.width;
+    }
+    excess -= std::min(excess, output.width());
+    if (!m_hasHeading) {
+        std::vector<Cell> headings;
+        for (const Column& column : m_columns) {
+            headings.emplace_back(column.heading, Style::Bold);
+        }
+        writeRow(headings, excess, output);
+    }
+    m_hasHeading = true;
+    for (const Row& row : m_rows) {
+        writeRow(row.cells, excess, output);
+        for (const std::string& text : row.below) {
+            output.line("    " + text);
         }
     }
-    const auto writeCell = [&](std::size_t column, std::string_view text, Style style) {
-        const std::string blanks(widths[column] - displayWidth(text), ' ');
-        const bool isLast = column + 1 == m_columns.size();
-        const bool isRight = m_columns[column].align == Align::Right;
-        output.stream() << (isRight ? blanks : "") << output.styled(style, text)
-                        << (isRight || isLast ? "" : blanks) << (isLast ? "\n" : "  ");
-    };
-    for (std::size_t i = 0; i < m_columns.size(); ++i) {
-        writeCell(i, m_columns[i].heading, Style::Bold);
+    m_rows.clear();
+}
+
+void Table::writeRow(const std::vector<Cell>& cells, std::size_t excess, Output& output) const {
+    std::string line;
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        const Column& column = m_columns[i];
+        const std::size_t width =
+            column.mayShrink && column.width > kLeastWidth
+                ? std::max(column.width - std::min(column.width, excess), kLeastWidth)
+                : column.width;
+        const std::string text = column.mayShrink ? cutTo(width, cells[i].text) : cells[i].text;
+        const std::string blanks(width - displayWidth(text), ' ');
+        const bool isLast = i + 1 == cells.size();
+        const bool isRight = column.align == Align::Right;
+        line += (isRight ? blanks : "") + output.styled(cells[i].style, text) +
+                (isRight || isLast ? "" : blanks) + (isLast ? "" : std::string(kGap, ' '));
     }
-    for (const std::vector<Cell>& row : m_rows) {
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            writeCell(i, row[i].text, row[i].style);
-        }
-    }
+    output.line(line);
 }
 
 } // namespace dolqctl

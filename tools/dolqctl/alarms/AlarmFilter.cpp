@@ -85,7 +85,7 @@ bool AlarmFilter::matches(const Alarm& alarm) const {
         severities == kAnySeverity ||
         (alarm.severity <= kLastSeverity && ((severities >> alarm.severity) & 1U) != 0);
     return hasSeverity && (object.empty() || contains(object, alarm.object)) &&
-           alarm.endTimeNs.value_or(alarm.lastTimeNs) >= sinceNs;
+           alarm.changeTimeNs() >= sinceNs;
 }
 
 std::uint32_t parseSeverities(const std::string& text) {

@@ -1,7 +1,5 @@
 #include "alarms/AlarmList.h"
 
-#include <algorithm>
-#include <tuple>
 #include <utility>
 
 namespace dolqctl {
@@ -45,7 +43,8 @@ AlarmList::Applied AlarmList::apply(const platform::ntf::AlarmRecord& record) {
     auto found = m_active.find(key);
     if (record.perceivedSeverity == kCleared) {
         if (found == m_active.end()) {
-            return {Change::None, nullptr};
+            ++m_ceasesWithoutAlarm;
+            return {};
         }
         m_ceased = std::move(found->second);
         m_ceased.endTimeNs = record.eventTimeNs;
@@ -73,12 +72,6 @@ std::vector<const Alarm*> AlarmList::active() const {
     for (const auto& entry : m_active) {
         alarms.push_back(&entry.second);
     }
-    const auto order = [](const Alarm& alarm) {
-        return std::tie(alarm.firstTimeNs, alarm.object, alarm.vendorId, alarm.majorId,
-                        alarm.minorId);
-    };
-    std::sort(alarms.begin(), alarms.end(),
-              [&](const Alarm* left, const Alarm* right) { return order(*left) < order(*right); });
     return alarms;
 }
 

@@ -25,6 +25,9 @@ struct Alarm {
     std::vector<std::string> info; ///< additional information, without the correlation
     std::string correlationInfo;   ///< the leading "CI=..." entry; empty without one
     std::string programGroup;      ///< empty without one
+
+    /// Of what was last heard of it.
+    std::int64_t changeTimeNs() const { return endTimeNs.value_or(lastTimeNs); }
 };
 
 /// The alarms that notifications, given in the order of the log, amount to: those of the same
@@ -39,18 +42,21 @@ public:
         None ///< a cease of what is not active
     };
     struct Applied {
-        Change change;
-        const Alarm* alarm; ///< valid until the next `apply`; null for `None`
+        Change change = Change::None;
+        const Alarm* alarm = nullptr; ///< valid until the next `apply`; null for `None`
     };
 
     Applied apply(const platform::ntf::AlarmRecord& record);
 
-    /// The active alarms, the first raised first.
+    /// The active alarms in no particular order.
     std::vector<const Alarm*> active() const;
+
+    std::uint64_t ceasesWithoutAlarm() const { return m_ceasesWithoutAlarm; }
 
 private:
     std::unordered_map<std::string, Alarm> m_active; ///< by class and object, see `keyOf`
     Alarm m_ceased;                                  ///< the latest
+    std::uint64_t m_ceasesWithoutAlarm = 0;
 };
 
 } // namespace dolqctl

@@ -1,19 +1,15 @@
 #include "alarms/AlarmLog.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <utility>
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace dolqctl {
 
 namespace {
 
-constexpr std::size_t kReadSize = std::size_t{256} * 1024;
 constexpr std::size_t kLongestLine = std::size_t{4} * 1024 * 1024;
 
 [[noreturn]] void fail(const std::filesystem::path& path) {
@@ -23,129 +19,72 @@ constexpr std::size_t kLongestLine = std::size_t{4} * 1024 * 1024;
 } // namespace
 
 AlarmLog::AlarmLog(std::filesystem::path path, bool follows)
-    : m_path(std::move(path)), m_follows(follows) {}
-
-AlarmLog::~AlarmLog() { close(); }
+    : m_path(std::move(path)), m_follows(follows), m_file(nullptr, &std::fclose) {}
 
 bool AlarmLog::open() {
-    m_file = ::open(m_path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (m_file < 0 && errno != ENOENT) {
+    m_file.reset(std::fopen(m_path.c_str(), "re"));
+    if (!m_file && errno != ENOENT) {
         fail(m_path);
     }
-    return m_file >= 0;
-}
-
-void AlarmLog::close() {
-    if (m_file >= 0) {
-        ::close(m_file);
-    }
-    m_file = -1;
-    m_bytesRead = 0;
+    return m_file != nullptr;
 }
 
 bool AlarmLog::next(std::optional<platform::ntf::AlarmRecord>& record) {
-    std::string_view text;
-    if (!findLine(text)) {
-        return false;
-    }
-    record = platform::ntf::parseLine(text);
-    ++m_counts.lines;
-    if (record) {
-        ++m_counts.notifications;
-    } else if (text.find_first_not_of(' ') != text.npos) {
-        ++m_counts.skipped;
-    }
-    return true;
-}
-
-/// The next line without its newline, valid until the next call.
-bool AlarmLog::findLine(std::string_view& line) {
-    for (;;) {
-        const std::size_t newline = m_buffer.find('\n', m_searched);
-        if (newline != m_buffer.npos) {
-            line = std::string_view(m_buffer).substr(m_begin, newline - m_begin);
-            m_begin = m_searched = newline + 1;
-            if (!std::exchange(m_skipsRest, false)) {
-                return true;
-            }
-            continue;
-        }
-        m_searched = m_buffer.size();
-        if (!m_skipsRest && m_buffer.size() - m_begin > kLongestLine) {
-            m_skipsRest = true;
-            line = std::string_view(m_buffer).substr(m_begin, kLongestLine);
-            m_begin = m_searched;
-            return true;
-        }
-        if (fill()) {
-            continue;
-        }
+    while (!readLine()) {
         if (m_follows && !isReplaced()) {
             return false;
         }
-        if (m_follows && fill()) { // written between the two looks, and nobody goes on writing
-            continue;
+        if (m_follows && readLine()) { // written between the two looks, and nobody goes on writing
+            break;
         }
-        line = takeRest();
-        const bool goesOn = m_follows && reopen();
-        if (!line.empty() || !goesOn) {
-            return !line.empty();
+        const bool goesOn = m_follows && open();
+        if (!m_line.empty()) { // the last line, without its newline
+            break;
+        }
+        if (!goesOn) {
+            return false;
         }
     }
+    record = platform::ntf::parseLine(m_line);
+    if (record && m_counts.notifications++ == 0) {
+        m_counts.firstTimeNs = record->eventTimeNs;
+    } else if (!record && m_line.find_first_not_of(' ') != m_line.npos) {
+        ++m_counts.skipped;
+    }
+    m_line.clear();
+    return true;
 }
 
-/// What follows the last newline of a file that is read to its end.
-std::string_view AlarmLog::takeRest() {
-    const std::size_t begin = std::exchange(m_begin, m_buffer.size());
-    m_searched = m_begin;
-    return std::exchange(m_skipsRest, false) ? std::string_view()
-                                             : std::string_view(m_buffer).substr(begin);
-}
-
-/// Reads more behind what is not handed out yet. False at the end.
-bool AlarmLog::fill() {
-    if (m_file < 0) {
+/// Goes on with the line that is begun. False while its newline is not there.
+bool AlarmLog::readLine() {
+    if (!m_file) {
         return false;
     }
-    m_buffer.erase(0, m_skipsRest ? m_searched : m_begin);
-    m_begin = 0;
-    const std::size_t end = m_searched = m_buffer.size();
-    m_buffer.resize(end + kReadSize);
-    ssize_t count = -1;
-    do {
-        count = ::read(m_file, m_buffer.data() + end, kReadSize);
-    } while (count < 0 && errno == EINTR && !m_follows);
-    m_buffer.resize(end + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    if (count < 0 && errno != EINTR) {
+    for (int next; (next = getc_unlocked(m_file.get())) != EOF;) {
+        if (next == '\n') {
+            return true;
+        }
+        if (m_line.size() < kLongestLine) {
+            m_line += static_cast<char>(next);
+        }
+    }
+    if (std::ferror(m_file.get()) != 0 && errno != EINTR) {
         fail(m_path);
     }
-    m_bytesRead += m_buffer.size() - end;
-    return count > 0;
+    std::clearerr(m_file.get()); // more may come
+    return false;
 }
 
 /// Whether the path now holds another file, or less than was read.
 bool AlarmLog::isReplaced() const {
     struct stat ours {};
     struct stat there {};
-    if (m_file < 0 || ::fstat(m_file, &ours) != 0 || ::stat(m_path.c_str(), &there) != 0 ||
-        ours.st_ino != there.st_ino || ours.st_dev != there.st_dev) {
+    if (!m_file || ::fstat(fileno(m_file.get()), &ours) != 0 ||
+        ::stat(m_path.c_str(), &there) != 0 || ours.st_ino != there.st_ino ||
+        ours.st_dev != there.st_dev) {
         return true;
     }
-    return S_ISREG(ours.st_mode) && static_cast<std::uint64_t>(ours.st_size) < m_bytesRead;
-}
-
-bool AlarmLog::reopen() {
-    close();
-    return open();
-}
-
-unsigned AlarmLog::percentRead() const {
-    struct stat ours {};
-    const bool isKnown =
-        m_file >= 0 && ::fstat(m_file, &ours) == 0 && S_ISREG(ours.st_mode) && ours.st_size > 0;
-    return isKnown
-               ? static_cast<unsigned>(100 * m_bytesRead / static_cast<std::uint64_t>(ours.st_size))
-               : 0;
+    return S_ISREG(ours.st_mode) && ours.st_size < ::ftello(m_file.get());
 }
 
 } // namespace dolqctl

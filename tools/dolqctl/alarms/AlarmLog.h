@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "platform/ntf/log/AlarmRecord.h"
 
@@ -17,9 +18,6 @@ public:
     /// `follows`: goes on with the next file when the log is rotated, and at the beginning when it
     /// is truncated, and takes a last line for one that is still being written.
     AlarmLog(std::filesystem::path path, bool follows);
-    ~AlarmLog();
-    AlarmLog(const AlarmLog&) = delete;
-    AlarmLog& operator=(const AlarmLog&) = delete;
 
     /// False when there is no file. Throws `std::system_error` when it may not be read.
     bool open();
@@ -30,33 +28,23 @@ public:
 
     /// What went by.
     struct Counts {
-        std::uint64_t lines = 0;
         std::uint64_t notifications = 0;
-        std::uint64_t skipped = 0; ///< lines that are no whole notification
+        std::uint64_t skipped = 0;    ///< lines that are no whole notification
+        std::int64_t firstTimeNs = 0; ///< of the first notification
     };
     const Counts& counts() const { return m_counts; }
 
     const std::filesystem::path& path() const { return m_path; }
-    /// How much of the file now open is read; 0 for what is no regular file.
-    unsigned percentRead() const;
 
 private:
-    bool findLine(std::string_view& line);
-    bool fill();
-    std::string_view takeRest();
+    bool readLine();
     bool isReplaced() const;
-    bool reopen();
-    void close();
 
     const std::filesystem::path m_path;
     const bool m_follows;
     Counts m_counts;
-    int m_file = -1;
-    std::uint64_t m_bytesRead = 0; ///< of the file now open
-    std::string m_buffer;
-    std::size_t m_begin = 0;    ///< of what is not handed out yet
-    std::size_t m_searched = 0; ///< up to here there is no newline
-    bool m_skipsRest = false;   ///< of a line that was too long
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> m_file;
+    std::string m_line; ///< as far as it is there
 };
 
 } // namespace dolqctl

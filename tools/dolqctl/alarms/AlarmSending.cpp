@@ -8,7 +8,6 @@
 #include <system_error>
 #include <vector>
 
-#include <nlohmann/json.hpp>
 #include <ruxa/fm/dolq/v2/FmiFactory.h>
 #include <saNtf.h>
 #include <sys/mman.h>
@@ -114,14 +113,6 @@ std::string outcome() {
                : "not sent: the notification service answered " + common::aisText(*latestAnswer);
 }
 
-void printJson(bool sent, const std::vector<std::string>& traces, Output& output) {
-    nlohmann::ordered_json json;
-    json["sent"] = sent;
-    json["answer"] = latestAnswer ? nlohmann::ordered_json(*latestAnswer) : nullptr;
-    json["traces"] = traces;
-    output.print(json);
-}
-
 } // namespace
 
 void addAlarmOptions(Options& options, AlarmArguments& arguments) {
@@ -131,7 +122,6 @@ void addAlarmOptions(Options& options, AlarmArguments& arguments) {
         .required();
     options.id("--fault", arguments.faultId, "Fault id").required();
     options.flag("--verbose", arguments.verbose, "Show the traces of group 8 (details), too");
-    options.flag("--json", arguments.json, "Print JSON, with the traces in it");
 }
 
 int sendAlarm(const AlarmArguments& arguments, Output& output,
@@ -151,14 +141,10 @@ int sendAlarm(const AlarmArguments& arguments, Output& output,
         tell("this platform's trace backend has no sink of this process's own: "
              "look for the traces where it keeps them");
     }
-    if (arguments.json) {
-        printJson(sent, traces, output);
-    } else {
-        for (const std::string& trace : traces) {
-            std::cerr << trace << '\n';
-        }
-        output.line(output.styled(sent ? Style::Good : Style::Bad, outcome()));
+    for (const std::string& trace : traces) {
+        std::cerr << trace << '\n';
     }
+    output.line(output.styled(sent ? Style::Good : Style::Bad, outcome()));
     return sent ? kFine : kFindings;
 }
 

@@ -16,7 +16,6 @@ struct AlarmArguments {
     std::string object;
     std::uint32_t faultId = 0;
     bool verbose = false;
-    bool json = false;
 };
 
 void addAlarmOptions(Options& options, AlarmArguments& arguments);

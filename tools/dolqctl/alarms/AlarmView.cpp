@@ -1,13 +1,15 @@
 #include "alarms/AlarmView.h"
 
-#include <algorithm>
 #include <cstring>
-#include <iostream>
+#include <ctime>
+#include <functional>
+#include <iomanip>
 #include <iterator>
-#include <vector>
+#include <map>
+#include <sstream>
+#include <utility>
 
 #include <nlohmann/json.hpp>
-#include <unistd.h>
 
 #include "common/AlarmNames.h"
 
@@ -17,18 +19,22 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr char kIndent[] = "          "; // of what stands below a row
 constexpr char kCorrelationPrefix[] = "CI=";
-
-std::string dump(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
+constexpr std::int64_t kNsPerSecond = 1'000'000'000;
 
 std::string severityText(std::uint32_t severity) {
     const std::string name = common::nameOf(severity, common::kSeverityNames);
     return severity < std::size(common::kSeverityNames)
                ? name
                : name + " (" + std::to_string(severity) + ')';
+}
+
+Style styleOf(const Alarm& alarm) {
+    constexpr std::uint32_t kMajor = 4; // SA_NTF_SEVERITY_MAJOR
+    if (alarm.endTimeNs) {
+        return Style::Faint;
+    }
+    return alarm.severity >= kMajor ? Style::Bad : Style::Warning;
 }
 
 /// What a "CI=" entry says: who reported the alarm, and the one event that caused it ("" for none)
@@ -53,7 +59,88 @@ Json correlationOf(const std::string& entry) {
     }
 }
 
-Json toJson(const Alarm& alarm, const char* state) {
+/// "primary a1b2..., reported by compute-3 (0f4c...)"
+std::string correlationText(const std::string& entry) {
+    const Json correlation = correlationOf(entry);
+    if (correlation.contains("undecoded")) {
+        return "undecoded " + entry;
+    }
+    std::string events;
+    if (correlation.contains("secondary")) {
+        events = "secondary " + joined(correlation.at("secondary").get<std::vector<std::string>>());
+    } else {
+        const std::string event = correlation.at("primary");
+        events = "primary" + (event.empty() ? ", without an event" : ' ' + event);
+    }
+    return events + ", reported by " + correlation.at("computeName").get<std::string>() + " (" +
+           correlation.at("systemUuid").get<std::string>() + ')';
+}
+
+/// Local time, in the words of strftime(3).
+std::string formatted(std::int64_t timeNs, const char* format) {
+    const std::time_t seconds = timeNs / kNsPerSecond - (timeNs % kNsPerSecond < 0 ? 1 : 0);
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    std::ostringstream text;
+    text << std::put_time(&local, format);
+    return text.str();
+}
+
+std::string dateText(std::int64_t timeNs) { return formatted(timeNs, "%F %T"); }
+
+std::vector<Table::Column> columns(bool withState) {
+    std::vector<Table::Column> columns = {{"SEVERITY", Align::Left, 8},
+                                          {withState ? "TIME" : "LAST RAISED", Align::Left, 12},
+                                          {"TIMES", Align::Right},
+                                          {"ALARM"},
+                                          {"OBJECT", Align::Left, 0, true}};
+    if (withState) {
+        columns.insert(columns.begin(), {"STATE", Align::Left, 6});
+    }
+    return columns;
+}
+
+} // namespace
+
+AlarmView::AlarmView(Output& output, bool withState, bool isLong)
+    : m_output(output), m_withState(withState), m_isLong(isLong), m_table(columns(withState)) {}
+
+void AlarmView::add(const Alarm& alarm, const char* state) {
+    const Style style = styleOf(alarm);
+    std::vector<Table::Cell> cells = {
+        {severityText(alarm.severity), style},
+        {timeText(m_withState ? alarm.changeTimeNs() : alarm.lastTimeNs)},
+        {std::to_string(alarm.timesRaised)},
+        {std::to_string(alarm.majorId) + '/' + std::to_string(alarm.minorId)},
+        {alarm.object}};
+    if (m_withState) {
+        cells.insert(cells.begin(), {state, style});
+    }
+    m_table.add(std::move(cells));
+    if (m_isLong) {
+        addBelow(alarm);
+    }
+}
+
+void AlarmView::addBelow(const Alarm& alarm) {
+    const auto below = [this](const char* what, const std::string& text) {
+        if (!text.empty()) {
+            m_table.addBelow(std::string(what) + text);
+        }
+    };
+    below("raised: ", dateText(alarm.firstTimeNs) +
+                          (alarm.timesRaised == 1 ? "" : ", last " + dateText(alarm.lastTimeNs)));
+    below("ceased: ", alarm.endTimeNs ? dateText(*alarm.endTimeNs) : "");
+    below("text: ", alarm.text);
+    for (const std::string& entry : alarm.info) {
+        below("info: ", printable(entry));
+    }
+    below("program group: ", alarm.programGroup);
+    below("correlation: ",
+          alarm.correlationInfo.empty() ? "" : correlationText(alarm.correlationInfo));
+}
+
+nlohmann::ordered_json toJson(const Alarm& alarm, const char* state) {
     Json json;
     json["state"] = state;
     json["object"] = alarm.object;
@@ -72,148 +159,26 @@ Json toJson(const Alarm& alarm, const char* state) {
     return json;
 }
 
-/// "2024-02-29T12:34:56Z": without the fraction.
-std::string secondsOf(std::int64_t timeNs) {
-    const std::string time = platform::ntf::formatTime(timeNs);
-    return time.substr(0, time.rfind('.')) + "Z";
+std::string timeText(std::int64_t timeNs) {
+    constexpr std::time_t kHalfAYear = 183L * 24 * 60 * 60;
+    const std::time_t now = std::time(nullptr);
+    const std::time_t age = now - timeNs / kNsPerSecond;
+    const bool isToday = formatted(timeNs, "%F") == formatted(now * kNsPerSecond, "%F");
+    return formatted(timeNs, isToday                        ? "%T"
+                             : age >= 0 && age < kHalfAYear ? "%b %e %H:%M"
+                                                            : "%b %e  %Y");
 }
 
-/// "primary a1b2..., reported by compute-3 (0f4c...)"
-std::string correlationText(const std::string& entry) {
-    const Json correlation = correlationOf(entry);
-    if (correlation.contains("undecoded")) {
-        return "undecoded " + entry;
+std::string severitiesText(const std::vector<const Alarm*>& alarms) {
+    std::map<std::uint32_t, std::size_t, std::greater<>> counts;
+    for (const Alarm* const alarm : alarms) {
+        ++counts[alarm->severity];
     }
-    const std::string reporter = ", reported by " +
-                                 correlation.at("computeName").get<std::string>() + " (" +
-                                 correlation.at("systemUuid").get<std::string>() + ')';
-    if (correlation.contains("secondary")) {
-        const std::vector<std::string> events = correlation.at("secondary");
-        return "secondary " + joined(events) + reporter;
+    std::vector<std::string> texts;
+    for (const auto& [severity, count] : counts) {
+        texts.push_back(std::to_string(count) + ' ' + severityText(severity));
     }
-    const std::string event = correlation.at("primary");
-    return "primary" + (event.empty() ? ", without an event" : ' ' + event) + reporter;
-}
-
-Style styleOf(const Alarm& alarm) {
-    if (alarm.endTimeNs) {
-        return Style::Faint;
-    }
-    constexpr std::uint32_t kMajor = 4; // SA_NTF_SEVERITY_MAJOR
-    return alarm.severity >= kMajor ? Style::Bad : Style::Warning;
-}
-
-/// The widths of the columns, which their contents are known to keep, save an unknown severity.
-/// The object, which is the last, has none.
-constexpr std::size_t kWidths[] = {8, 15, 22, 22, 22, 7, 18, 0};
-constexpr std::size_t kState = 0;
-constexpr std::size_t kCeased = 4;
-constexpr std::size_t kTimesWidth = 5; // aligned to the right
-
-std::string row(const std::vector<std::string>& cells, bool withState) {
-    std::string text;
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        if (withState || (i != kState && i != kCeased)) {
-            const std::size_t size = cells[i].size();
-            text += cells[i];
-            text.append(
-                kWidths[i] > size ? kWidths[i] - size : std::min(kWidths[i], std::size_t{1}), ' ');
-        }
-    }
-    return text;
-}
-
-} // namespace
-
-AlarmView::AlarmView(Output& output, Layout layout, bool withState)
-    : m_output(output), m_layout(layout), m_withState(withState),
-      m_showsProgress(isatty(STDERR_FILENO) == 1) {}
-
-void AlarmView::begin(const std::string& logPath) {
-    if (m_layout == Layout::Rows) {
-        m_output.line(
-            m_output.styled(Style::Bold, row({"STATE", "SEVERITY", "FIRST RAISED", "LAST RAISED",
-                                              "CEASED", "TIMES", "CLASS ID", "OBJECT"},
-                                             m_withState)));
-    } else if (m_layout == Layout::Json) {
-        m_output.line("{\n\"log\": " + dump(logPath) + ",\n\"alarms\": [");
-    }
-}
-
-void AlarmView::show(const Alarm& alarm, const char* state) {
-    clearProgress();
-    switch (m_layout) {
-    case Layout::Rows:
-        printRow(alarm, state);
-        break;
-    case Layout::Json:
-        m_output.stream() << (m_isFirst ? "" : ",\n") << dump(toJson(alarm, state));
-        break;
-    case Layout::Stream:
-        m_output.line(dump(toJson(alarm, state)));
-        break;
-    }
-    m_isFirst = false;
-}
-
-void AlarmView::printRow(const Alarm& alarm, const char* state) {
-    std::string times = std::to_string(alarm.timesRaised);
-    times.insert(0, kTimesWidth - std::min(kTimesWidth, times.size()), ' ');
-    const std::vector<std::string> cells = {state,
-                                            severityText(alarm.severity),
-                                            secondsOf(alarm.firstTimeNs),
-                                            secondsOf(alarm.lastTimeNs),
-                                            alarm.endTimeNs ? secondsOf(*alarm.endTimeNs) : "-",
-                                            times,
-                                            std::to_string(alarm.vendorId) + '/' +
-                                                std::to_string(alarm.majorId) + '/' +
-                                                std::to_string(alarm.minorId),
-                                            printable(alarm.object)};
-    m_output.line(m_output.styled(styleOf(alarm), row(cells, m_withState)));
-    const auto below = [this](const char* what, const std::string& text) {
-        m_output.line(kIndent + (what + printable(text)));
-    };
-    if (!alarm.text.empty()) {
-        below("text: ", alarm.text);
-    }
-    for (const std::string& entry : alarm.info) {
-        below("info: ", entry);
-    }
-    if (!alarm.programGroup.empty()) {
-        below("program group: ", alarm.programGroup);
-    }
-    if (!alarm.correlationInfo.empty()) {
-        below("correlation: ", correlationText(alarm.correlationInfo));
-    }
-}
-
-void AlarmView::end(const AlarmLog::Counts& counts, std::uint64_t ceasesWithoutAlarm) {
-    clearProgress();
-    if (m_layout != Layout::Json) {
-        return;
-    }
-    const Json json = {{"notifications", counts.notifications},
-                       {"ceasesWithoutAlarm", ceasesWithoutAlarm},
-                       {"skippedLines", counts.skipped}};
-    // The document goes on where its list of alarms ends.
-    m_output.line((m_isFirst ? "],\n" : "\n],\n") + dump(json).substr(1));
-}
-
-void AlarmView::progress(const AlarmLog& log) {
-    constexpr std::uint64_t kStep = 20000;
-    const std::uint64_t lines = log.counts().lines;
-    if (m_showsProgress && lines % kStep == 0 && log.percentRead() != 0) {
-        m_hasProgress = true;
-        std::cerr << "\rreading: " << log.percentRead() << " %, " << lines << " lines "
-                  << std::flush;
-    }
-}
-
-void AlarmView::clearProgress() {
-    if (m_hasProgress) {
-        std::cerr << "\r\033[K" << std::flush;
-    }
-    m_hasProgress = false;
+    return joined(texts);
 }
 
 } // namespace dolqctl

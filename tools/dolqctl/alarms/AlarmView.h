@@ -1,45 +1,40 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <vector>
 
 #include "Output.h"
 #include "alarms/AlarmList.h"
-#include "alarms/AlarmLog.h"
 
 namespace dolqctl {
 
-/// Prints alarms one after the other, without knowing those to come.
+/// Alarms for people, a line each.
 class AlarmView {
 public:
-    enum class Layout {
-        Rows,  ///< a table; what an alarm says stands indented below its row
-        Json,  ///< one document
-        Stream ///< one JSON document a line
-    };
+    /// `withState`: what became of each alarm, too. `isLong`: all that it says, below its line.
+    AlarmView(Output& output, bool withState, bool isLong);
 
-    /// `withState`: the rows say what became of an alarm, too.
-    AlarmView(Output& output, Layout layout, bool withState);
-
-    void begin(const std::string& logPath);
     /// `state`: "active", "ceased", ...
-    void show(const Alarm& alarm, const char* state);
-    /// Of the layout `Json` only: the counts close the document.
-    void end(const AlarmLog::Counts& counts, std::uint64_t ceasesWithoutAlarm);
+    void add(const Alarm& alarm, const char* state);
 
-    /// How far the reading of a long log is, for a person who waits.
-    void progress(const AlarmLog& log);
+    /// What was added since; the heading comes once.
+    void print() { m_output.print(m_table); }
 
 private:
-    void printRow(const Alarm& alarm, const char* state);
-    void clearProgress();
+    void addBelow(const Alarm& alarm);
 
     Output& m_output;
-    const Layout m_layout;
     const bool m_withState;
-    const bool m_showsProgress;
-    bool m_hasProgress = false;
-    bool m_isFirst = true;
+    const bool m_isLong;
+    Table m_table;
 };
+
+nlohmann::ordered_json toJson(const Alarm& alarm, const char* state);
+
+/// "12:34:56" today, "Nov 21 12:34" within half a year, "Feb 29  2024" before; local time.
+std::string timeText(std::int64_t timeNs);
+
+/// "1 critical, 2 minor": how many there are of each severity, the worst first.
+std::string severitiesText(const std::vector<const Alarm*>& alarms);
 
 } // namespace dolqctl

@@ -1,7 +1,13 @@
-#include <cerrno>
+#include <algorithm>
 #include <csignal>
 #include <ctime>
+#include <functional>
+#include <iterator>
 #include <memory>
+#include <optional>
+#include <tuple>
+
+#include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Options.h"
@@ -16,27 +22,39 @@ namespace dolqctl {
 
 namespace {
 
-constexpr char kFooter[] =
-    R"(The log is the one that the embedded notification service writes: --log, or else RUXA_NTF_LOG, or
-else ruxa/notifications.jsonl in XDG_STATE_HOME or ~/.local/state. Notifications of one object and
-one notification class are one alarm: the latest raise says what it is, and a cease ends it.
-Lines that are no notifications are counted, reported on standard error and left out.
+using Json = nlohmann::ordered_json;
 
-With --follow the active alarms come first, then every change until SIGINT or SIGTERM, which end
-the command with exit code 0. It goes on when the log is rotated or truncated; alarms stay active
-until they are ceased. --json then prints one document a line.
+constexpr char kFooter[] =
+    R"(The log is the one that the embedded notification service writes: --log, or
+else RUXA_NTF_LOG, or else ruxa/notifications.jsonl in XDG_STATE_HOME or
+~/.local/state. Notifications of one object and one notification class are one
+alarm: the latest raise says what it is, and a cease ends it. Lines that are no
+notifications are counted, reported on standard error and left out.
+
+With --follow the active alarms come first, then every change until SIGINT or
+SIGTERM, which end the command with exit code 0. It goes on when the log is
+rotated or truncated; alarms stay active until they are ceased. --json then
+prints one document a line.
 
 Example:
   dolqctl alarms --severity major+ --object managedElement=1 --since 2h)";
 
+constexpr char kOtherLogs[] =
+    "Other users, and programs with another RUXA_NTF_LOG, log elsewhere: see --log.";
+
+enum Sort { kBySeverity, kByTime };
+
 struct Arguments {
     std::string log;
-    bool history = false;
-    bool follow = false;
-    bool json = false;
     std::string severity;
     std::string object;
     std::string since;
+    std::optional<std::uint32_t> sort;
+    std::optional<std::uint32_t> limit;
+    bool history = false;
+    bool follow = false;
+    bool isLong = false;
+    bool json = false;
 };
 
 volatile std::sig_atomic_t hasEnded = 0;
@@ -61,14 +79,61 @@ AlarmFilter filterOf(const Arguments& arguments) {
     return filter;
 }
 
-AlarmView::Layout layoutOf(const Arguments& arguments) {
-    if (!arguments.json) {
-        return AlarmView::Layout::Rows;
+void open(AlarmLog& log, bool follows) {
+    if (log.path().empty()) {
+        throw CommandError("neither RUXA_NTF_LOG nor XDG_STATE_HOME nor HOME says where the "
+                           "notification log is: set RUXA_NTF_LOG, or give --log");
     }
-    return arguments.follow ? AlarmView::Layout::Stream : AlarmView::Layout::Json;
+    if (log.open()) {
+        return;
+    }
+    const std::string path = pathText(log.path().string());
+    if (!follows) {
+        throw CommandError("nothing was sent yet: no log " + path + '\n' + kOtherLogs);
+    }
+    tell("nothing was sent yet: waiting for the log " + path);
 }
 
-const char* stateText(AlarmList::Change change) {
+/// Takes what the log holds now into the list.
+void read(AlarmLog& log, AlarmList& list,
+          const std::function<void(const AlarmList::Applied&)>& onChange) {
+    const std::uint64_t skippedBefore = log.counts().skipped;
+    for (std::optional<platform::ntf::AlarmRecord> record; hasEnded == 0 && log.next(record);) {
+        const AlarmList::Applied applied = record ? list.apply(*record) : AlarmList::Applied();
+        if (applied.alarm != nullptr) {
+            onChange(applied);
+        }
+    }
+    if (log.counts().skipped != skippedBefore) {
+        tell("lines of " + pathText(log.path().string()) +
+             " that are no whole notifications, left out: " + std::to_string(log.counts().skipped));
+    }
+}
+
+/// Those that match, and all of `ceased`, in the order of the output.
+std::vector<const Alarm*> inOrder(const AlarmList& list, const std::vector<Alarm>& ceased,
+                                  const AlarmFilter& filter, bool bySeverity) {
+    std::vector<const Alarm*> alarms = list.active();
+    const auto isOther = [&](const Alarm* alarm) { return !filter.matches(*alarm); };
+    alarms.erase(std::remove_if(alarms.begin(), alarms.end(), isOther), alarms.end());
+    for (const Alarm& alarm : ceased) {
+        alarms.push_back(&alarm);
+    }
+    const auto rank = [&](const Alarm& alarm) {
+        return std::make_tuple(bySeverity ? alarm.severity : 0, alarm.changeTimeNs());
+    };
+    const auto name = [](const Alarm& alarm) {
+        return std::tie(alarm.object, alarm.vendorId, alarm.majorId, alarm.minorId,
+                        alarm.firstTimeNs);
+    };
+    std::sort(alarms.begin(), alarms.end(), [&](const Alarm* left, const Alarm* right) {
+        return rank(*left) != rank(*right) ? rank(*left) > rank(*right)
+                                           : name(*left) < name(*right);
+    });
+    return alarms;
+}
+
+const char* changeText(AlarmList::Change change) {
     switch (change) {
     case AlarmList::Change::Raised:
         return "raised";
@@ -79,111 +144,118 @@ const char* stateText(AlarmList::Change change) {
     }
 }
 
-/// Reads the log into the list of alarms, and shows of it what was asked for.
-class AlarmsCommand {
-public:
-    AlarmsCommand(const Arguments& arguments, Output& output)
-        : m_arguments(arguments), m_filter(filterOf(arguments)), m_output(output),
-          m_log(arguments.log.empty() ? platform::ntf::notificationLogPath()
-                                      : std::filesystem::path(arguments.log),
-                arguments.follow),
-          m_view(output, layoutOf(arguments), arguments.history || arguments.follow) {}
+const char* stateText(const Alarm& alarm) { return alarm.endTimeNs ? "ceased" : "active"; }
 
-    void run() {
-        const std::string log = printable(m_log.path().string());
-        if (!m_log.open()) {
-            if (!m_arguments.follow) {
-                throw CommandError("there is no notification log " + log +
-                                   ": nothing was sent yet, or the programs log elsewhere, see "
-                                   "RUXA_NTF_LOG and --log");
+Json document(const AlarmLog& log, const AlarmList& list, const std::vector<const Alarm*>& shown) {
+    Json json;
+    json["log"] = log.path().string();
+    Json& alarms = json["alarms"] = Json::array();
+    for (const Alarm* const alarm : shown) {
+        alarms.push_back(toJson(*alarm, stateText(*alarm)));
+    }
+    json["notifications"] = log.counts().notifications;
+    json["ceasesWithoutAlarm"] = list.ceasesWithoutAlarm();
+    json["skippedLines"] = log.counts().skipped;
+    return json;
+}
+
+void printSummary(const Arguments& arguments, const AlarmLog& log,
+                  const std::vector<const Alarm*>& alarms, std::size_t shown, Output& output) {
+    const bool isFiltered = !(arguments.severity + arguments.object + arguments.since).empty();
+    const std::string what = arguments.history ? "alarm" : "active alarm";
+    const std::string matching = isFiltered ? " that match" : "";
+    output.line(alarms.empty()
+                    ? "No " + what + 's' + matching
+                    : counted(alarms.size(), what) + matching + ": " + severitiesText(alarms) +
+                          (shown < alarms.size() ? "; shown are " + std::to_string(shown) : ""));
+    const AlarmLog::Counts& counts = log.counts();
+    const std::string path = pathText(log.path().string());
+    output.line(counts.notifications == 0
+                    ? "No notifications in " + path
+                    : counted(counts.notifications, "notification") + " since " +
+                          timeText(counts.firstTimeNs) + " in " + path);
+    if (alarms.empty() && arguments.log.empty()) {
+        output.line(std::string(kOtherLogs));
+    }
+}
+
+int run(const Arguments& arguments, Output& output) {
+    const AlarmFilter filter = filterOf(arguments);
+    AlarmLog log(arguments.log.empty() ? platform::ntf::notificationLogPath()
+                                       : std::filesystem::path(arguments.log),
+                 arguments.follow);
+    AlarmList list;
+    AlarmView view(output, arguments.history || arguments.follow, arguments.isLong);
+    const auto show = [&](const Alarm& alarm, const char* state) {
+        if (arguments.json) {
+            output.printLine(toJson(alarm, state));
+        } else {
+            view.add(alarm, state);
+        }
+    };
+    open(log, arguments.follow);
+    if (arguments.follow) {
+        endOnSignals();
+        if (!arguments.json) {
+            view.print(); // the heading, while the log is read
+        }
+        output.flush();
+    }
+    std::vector<Alarm> ceased;
+    read(log, list, [&](const AlarmList::Applied& applied) {
+        if (arguments.history && applied.change == AlarmList::Change::Ceased &&
+            filter.matches(*applied.alarm)) {
+            ceased.push_back(*applied.alarm);
+        }
+    });
+    if (hasEnded != 0) {
+        return kFine;
+    }
+    const bool bySeverity =
+        arguments.sort.value_or(arguments.history ? kByTime : kBySeverity) == kBySeverity;
+    const std::vector<const Alarm*> alarms = inOrder(list, ceased, filter, bySeverity);
+    const std::vector<const Alarm*> shown(
+        alarms.begin(),
+        alarms.begin() +
+            std::min<std::ptrdiff_t>(alarms.size(), arguments.limit.value_or(alarms.size())));
+    if (arguments.json && !arguments.follow) {
+        output.print(document(log, list, shown));
+        return kFine;
+    }
+    for (const Alarm* const alarm : shown) {
+        show(*alarm, stateText(*alarm));
+    }
+    if (!arguments.json) {
+        if (!shown.empty()) {
+            view.print();
+            output.line();
+        }
+        printSummary(arguments, log, alarms, shown.size(), output);
+    }
+    constexpr timespec kInterval = {0, 200'000'000};
+    while (arguments.follow && hasEnded == 0 && output.flush()) {
+        nanosleep(&kInterval, nullptr);
+        read(log, list, [&](const AlarmList::Applied& applied) {
+            if (filter.matches(*applied.alarm)) {
+                show(*applied.alarm, changeText(applied.change));
             }
-            tell("there is no notification log " + log + " yet: waiting for it");
-        }
-        if (m_arguments.follow) {
-            endOnSignals();
-        }
-        m_view.begin(m_log.path().string());
-        m_output.flush();
-        read(m_arguments.history ? Show::Ends : Show::Nothing);
-        if (hasEnded != 0) {
-            return;
-        }
-        for (const Alarm* const alarm : m_alarms.active()) {
-            show(*alarm, "active");
-        }
-        m_view.end(m_log.counts(), m_ceasesWithoutAlarm);
-        report();
-        constexpr timespec kInterval = {0, 200'000'000};
-        while (m_arguments.follow && hasEnded == 0 && m_output.flush()) {
-            nanosleep(&kInterval, nullptr);
-            read(Show::Changes);
-            report();
+        });
+        if (!arguments.json) {
+            view.print();
         }
     }
-
-private:
-    enum class Show { Nothing, Ends, Changes };
-
-    /// What there is now.
-    void read(Show what) {
-        for (std::optional<platform::ntf::AlarmRecord> record;
-             hasEnded == 0 && m_log.next(record);) {
-            m_view.progress(m_log);
-            if (record) {
-                take(*record, what);
-            }
-        }
-    }
-
-    void take(const platform::ntf::AlarmRecord& record, Show what) {
-        using Change = AlarmList::Change;
-        const AlarmList::Applied applied = m_alarms.apply(record);
-        if (applied.change == Change::None) {
-            ++m_ceasesWithoutAlarm;
-        } else if (what == Show::Changes ||
-                   (what == Show::Ends && applied.change == Change::Ceased)) {
-            show(*applied.alarm, stateText(applied.change));
-        }
-    }
-
-    void show(const Alarm& alarm, const char* state) {
-        if (m_filter.matches(alarm)) {
-            m_view.show(alarm, state);
-        }
-    }
-
-    /// What was left out since the last report.
-    void report() {
-        const AlarmLog::Counts& counts = m_log.counts();
-        if (counts.skipped != m_reported) {
-            m_reported = counts.skipped;
-            tell("lines of " + printable(m_log.path().string()) +
-                 " that are no whole notifications, left out: " + std::to_string(counts.skipped));
-        }
-    }
-
-    const Arguments& m_arguments;
-    const AlarmFilter m_filter;
-    Output& m_output;
-    AlarmLog m_log;     ///< the source,
-    AlarmList m_alarms; ///< the list,
-    AlarmView m_view;   ///< and the view
-    std::uint64_t m_ceasesWithoutAlarm = 0;
-    std::uint64_t m_reported = 0;
-};
+    return kFine;
+}
 
 } // namespace
 
 void addAlarmsCommand(CommandLine& commandLine) {
     const auto arguments = std::make_shared<Arguments>();
     Options options =
-        commandLine.add("alarms", "List the active alarms", kFooter, [arguments](Output& output) {
-            AlarmsCommand(*arguments, output).run();
-            return kFine;
-        });
+        commandLine.add("alarms", "List the active alarms", kFooter,
+                        [arguments](Output& output) { return run(*arguments, output); });
     options.value("--log", "FILE", arguments->log, "The notification log to read");
-    options.flag("--history", arguments->history,
-                 "Also the alarms that were ceased, each when it ended, before the active ones");
+    options.flag("--history", arguments->history, "Also the alarms that were ceased");
     options.value("--severity", joined(common::kClientSeverityNames, "|"), arguments->severity,
                   "Only these, joined by commas; minor+ means minor and worse");
     options.value("--object", "DN", arguments->object,
@@ -191,6 +263,10 @@ void addAlarmsCommand(CommandLine& commandLine) {
     options.value("--since", "TIME", arguments->since,
                   "Only those raised or ceased since then: 2024-02-29T12:34:56Z, or 90s, 10m, "
                   "6h, 2d ago");
+    options.choice("--sort", {"severity", "time"}, arguments->sort,
+                   "The worst first, or the latest first, as --history does by default");
+    options.id("--limit", arguments->limit, "Only the first so many of the list", "N");
+    options.flag("--long", arguments->isLong, "All that an alarm says, below its line");
     options.flag("--follow", arguments->follow, "Then wait for changes and print each");
     options.flag("--json", arguments->json, "Print JSON");
 }

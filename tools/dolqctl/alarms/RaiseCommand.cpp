@@ -1,8 +1,8 @@
 // `raise` and `cease`: through the library, as an application would.
-#include <algorithm>
 #include <cstdint>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,22 +35,12 @@ nothing was sent. It takes no alarm to be active.
 Example:
   dolqctl cease --object managedElement=1,Board=3 --fault 4101)";
 
-template <typename Names>
-std::uint32_t codeOf(const char* what, const std::string& value, const Names& names) {
-    const auto* const name = std::find(std::begin(names), std::end(names), value);
-    if (name == std::end(names)) {
-        throw CommandError(std::string("unknown ") + what + ' ' + inQuotes(value) +
-                           ": choose from " + joined(names));
-    }
-    return static_cast<std::uint32_t>(name - std::begin(names));
-}
-
 struct RaiseArguments {
     AlarmArguments alarm;
     std::string text;
     std::vector<std::string> info;
-    std::string severity;
-    std::string programGroup;
+    std::optional<std::uint32_t> severity;
+    std::optional<std::uint32_t> programGroup;
     std::string systemUuid;
     std::string computeName;
     std::vector<std::uint32_t> eventIds;
@@ -85,12 +75,9 @@ int raise(const RaiseArguments& arguments, Output& output, std::uint32_t severit
 }
 
 int run(const RaiseArguments& arguments, Output& output) {
-    const std::uint32_t severity =
-        codeOf("severity", arguments.severity, common::kClientSeverityNames);
-    return arguments.programGroup.empty()
-               ? raise(arguments, output, severity)
-               : raise(arguments, output, severity,
-                       codeOf("program group", arguments.programGroup, common::kProgramGroupNames));
+    return arguments.programGroup
+               ? raise(arguments, output, *arguments.severity, *arguments.programGroup)
+               : raise(arguments, output, *arguments.severity);
 }
 
 } // namespace
@@ -102,14 +89,16 @@ void addRaiseCommand(CommandLine& commandLine) {
                         [arguments](Output& output) { return run(*arguments, output); });
     addAlarmOptions(options, arguments->alarm);
     options
-        .value("--severity", joined(common::kClientSeverityNames, "|"), arguments->severity,
-               "How severe it is")
+        .choice("--severity",
+                {std::begin(common::kClientSeverityNames), std::end(common::kClientSeverityNames)},
+                arguments->severity, "How severe it is")
         .required();
     options.value("--text", "TEXT", arguments->text, "Additional text");
     options.value("--info", "TEXT", arguments->info,
                   "An entry of additional information; repeatable");
-    options.value("--program-group", joined(common::kProgramGroupNames, "|"),
-                  arguments->programGroup, "The program group that it concerns");
+    options.choice("--program-group",
+                   {std::begin(common::kProgramGroupNames), std::end(common::kProgramGroupNames)},
+                   arguments->programGroup, "The program group that it concerns");
     const auto eventIds =
         options.id("--event-id", arguments->eventIds, "The event that caused it; repeatable");
     options
