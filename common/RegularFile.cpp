@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/Descriptor.h"
+
 namespace common {
 
 namespace {
@@ -15,22 +17,13 @@ namespace {
 constexpr std::size_t kFirstPiece = 65536;
 constexpr std::string_view kHole{"\0\0\0\0", 4};
 
-struct Descriptor {
-    ~Descriptor() {
-        if (value >= 0) {
-            ::close(value);
-        }
-    }
-    const int value;
-};
-
 } // namespace
 
 int readRegularFile(const std::string& path, std::size_t maxSize, std::string& content) {
     // O_NONBLOCK: opening a FIFO without a writer does not wait.
-    const Descriptor file{::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)};
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status {};
-    if (file.value < 0 || ::fstat(file.value, &status) != 0) {
+    if (file.number() < 0 || ::fstat(file.number(), &status) != 0) {
         return errno;
     }
     if (!S_ISREG(status.st_mode)) {
@@ -44,7 +37,7 @@ int readRegularFile(const std::string& path, std::size_t maxSize, std::string& c
     while (content.size() < size) {
         const std::size_t had = content.size();
         content.resize(std::min(size, std::max(kFirstPiece, 2 * had)));
-        const ssize_t got = ::read(file.value, &content[had], content.size() - had);
+        const ssize_t got = ::read(file.number(), &content[had], content.size() - had);
         if (got == 0 || (got < 0 && errno != EINTR)) {
             return got == 0 ? ENODATA : errno;
         }

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "common/CancellationHeld.h"
+#include "common/Descriptor.h"
 #include "platform/ntf/ServiceMutex.h"
 
 namespace platform::ntf {
@@ -59,13 +60,7 @@ public:
         // O_NONBLOCK: nothing waits for the other end of a FIFO.
         const int flags = O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK |
                           (isWritableForOthers(path.parent_path()) ? O_NOFOLLOW : 0);
-        m_descriptor = ::open(path.c_str(), flags, 0640);
-        if (m_descriptor >= 0 && m_descriptor <= STDERR_FILENO) {
-            // The application has closed one of these three, but prints to it all the same.
-            const int low = m_descriptor;
-            m_descriptor = ::fcntl(low, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-            ::close(low);
-        }
+        m_descriptor = common::Descriptor(::open(path.c_str(), flags, 0640)).release();
         if (m_descriptor < 0 || ::fstat(m_descriptor, &m_identity) != 0) {
             return errno;
         }

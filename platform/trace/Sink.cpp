@@ -16,6 +16,8 @@ namespace platform::trace {
 
 namespace {
 
+using common::Descriptor;
+
 constexpr std::string_view kFileScheme = "file:";
 constexpr int kPatience = 100; // milliseconds
 
@@ -121,19 +123,6 @@ int openChoice(const std::string& choice, std::string& reason) {
 }
 
 } // namespace
-
-Descriptor::Descriptor(int number) : m_number(number) {
-    if (number >= 0 && number <= STDERR_FILENO) {
-        m_number = ::fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-        ::close(number);
-    }
-}
-
-Descriptor::~Descriptor() {
-    if (m_number >= 0) {
-        ::close(m_number);
-    }
-}
 
 Sink::Sink(const std::string& choice, std::string& reason)
     : m_hasStderr(::fcntl(STDERR_FILENO, F_GETFD) >= 0), m_isSyslog(choice == "syslog"),

@@ -6,22 +6,9 @@
 
 #include <sys/stat.h>
 
+#include "common/Descriptor.h"
+
 namespace platform::trace {
-
-/// A file descriptor, or none, that is closed at the end. It leaves 0, 1 and 2 to the application.
-class Descriptor {
-public:
-    explicit Descriptor(int number);
-    ~Descriptor();
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    /// Negative: none.
-    int number() const { return m_number; }
-
-private:
-    int m_number;
-};
 
 /// Where the lines go: what `RUXA_TRACE_SINK` names. It holds no lock. Nobody is to be cancelled or
 /// to get a signal while it opens and writes.
@@ -44,7 +31,7 @@ private:
 
     const bool m_hasStderr;
     const bool m_isSyslog;
-    const Descriptor m_file;
+    const common::Descriptor m_file;
     struct stat m_identity {};
     std::atomic<bool> m_failing{false};
     std::atomic<bool> m_torn{false}; // what was written last is half a line

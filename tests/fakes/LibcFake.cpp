@@ -10,6 +10,7 @@
 
 /// As scripted in `reads`, then the kernel's.
 extern "C" ssize_t read(int descriptor, void* buffer, size_t size) {
+    platform().called("read");
     auto& reads = platform().reads;
     if (reads.empty()) {
         return syscall(SYS_read, descriptor, buffer, size);

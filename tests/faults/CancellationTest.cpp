@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include "LibraryTest.h"
+#include "common/RegularFile.h"
 
 namespace {
 
@@ -70,6 +71,24 @@ TEST_F(CancellationTest, AFactoryIsMadeWholeBeforeTheThreadEnds) {
     ASSERT_EQ(pthread_join(thread, &result), 0);
     EXPECT_EQ(result, PTHREAD_CANCELED);
     EXPECT_EQ(made, 2);
+}
+
+/// A file is read outside of a factory, too: closing it is no place where a thread may end.
+TEST_F(CancellationTest, AFileIsClosedBeforeTheThreadEnds) {
+    const TemporaryFile file("text");
+    platform().onCall["read"] = [] { pthread_cancel(pthread_self()); };
+    pthread_t thread{};
+    const auto readFile = [](void* path) -> void* {
+        std::string content;
+        common::readRegularFile(*static_cast<const std::string*>(path), 4, content);
+        pthread_testcancel();
+        return nullptr;
+    };
+    std::string path = file.path();
+    ASSERT_EQ(pthread_create(&thread, nullptr, readFile, &path), 0);
+    void* result = nullptr;
+    ASSERT_EQ(pthread_join(thread, &result), 0);
+    EXPECT_EQ(result, PTHREAD_CANCELED);
 }
 
 INSTANTIATE_TEST_SUITE_P(, CancellationTest,
