@@ -42,6 +42,15 @@ int main() {
         for (const bench::Operation& operation : bench::operations()) {
             measure(operation.name, [&] { operation.call(*adapter); });
         }
+        // The plainest alarm that a client raises: no additional information, no program group.
+        const std::string object = "managedElement=1,equipment=1,board=3";
+        const std::string text = "The board's temperature is above its limit";
+        const std::string uuid = "7d1e9a04-53c2-5f0b-8c6e-1b2f4a9d3e77";
+        const std::string computeName = "compute-1";
+        const std::vector<std::string> none;
+        measure("raisePrimaryAlarm/plain", [&] {
+            adapter->raisePrimaryAlarm(object, 50, text, text, none, 2, uuid, uuid, computeName);
+        });
         const bench::Operation& cease = bench::operations().back();
         measure("direct/primary", [&] { bench::primaryAlarm().sendDirectly(session.get()); });
         measure("direct/cease", [&] { cease.sendDirectly(session.get()); });

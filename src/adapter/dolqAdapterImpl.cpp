@@ -61,12 +61,13 @@ void AdapterImpl::ceaseAlarm(const std::string& notificationObject, std::uint32_
         DOLQ_TRACE(m_traceObject, kFailure,
                    "Minor type not found. notificationObject:%s, faultId:%u",
                    notificationObject.c_str(), faultId);
-        DOLQ_PROBE(alarm_drop, "no mapping", 0);
+        probeDrop("no mapping", 0, notificationObject, faultId);
         return;
     }
-    m_session->sendNotification(NotificationData(notificationObject, SA_NTF_SEVERITY_CLEARED, "",
-                                                 {}, majorIdOf(minorType), minorIdOf(minorType),
-                                                 kNoProgramGroup));
+    FaultNotificationData data(notificationObject, SA_NTF_SEVERITY_CLEARED, "", {},
+                               majorIdOf(minorType), minorIdOf(minorType), kNoProgramGroup);
+    data.faultId = faultId;
+    m_session->sendNotification(data);
 }
 
 void AdapterImpl::raisePrimaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
@@ -269,7 +270,7 @@ void AdapterImpl::raisePrimaryAlarmForEventId(
         if (api == nullptr) {
             DOLQ_TRACE(m_traceObject, kFailure,
                        "ZumCs getAPI returns a null pointer. Alarm not raised.");
-            DOLQ_PROBE(alarm_drop, "no correlation service", 0);
+            probeDrop("no correlation service", 0, notificationObject, faultId);
             return;
         }
         if (!api->getDerivedCorrelationUUID(eventId, correlationUUID)) {
@@ -313,7 +314,7 @@ void AdapterImpl::raiseSecondaryAlarmForEvents32Bit(
         if (api == nullptr) {
             DOLQ_TRACE(m_traceObject, kFailure,
                        "ZumCs getAPI call returns a null pointer. Alarm not raised.");
-            DOLQ_PROBE(alarm_drop, "no correlation service", 0);
+            probeDrop("no correlation service", 0, notificationObject, faultId);
             return;
         }
         for (const std::uint32_t event : correlatedEvents32Bit) {
@@ -347,7 +348,7 @@ void AdapterImpl::raiseSecondaryAlarmImpl(
             m_traceObject, kFailure,
             "Alarm not raised due to correlatedEvents128Bit is empty. Object:%s, Fault Id: %d",
             notificationObject.c_str(), faultId);
-        DOLQ_PROBE(alarm_drop, "no correlated event", 0);
+        probeDrop("no correlated event", 0, notificationObject, faultId);
         return;
     }
     raiseCorrelatedAlarm(notificationObject, faultId, additionalText, additionalInfo,
@@ -375,7 +376,7 @@ void AdapterImpl::raiseCorrelatedAlarm(
             m_traceObject, kFailure,
             "Alarm not raised due to either systemUUID or computeName is empty. Object:%s, Fault Id: %d",
             notificationObject.c_str(), faultId);
-        DOLQ_PROBE(alarm_drop, "no system identity", 0);
+        probeDrop("no system identity", 0, notificationObject, faultId);
         return;
     }
     std::vector<std::string> list;
@@ -420,21 +421,23 @@ void AdapterImpl::sendNotification(const std::string& notificationObject,
         DOLQ_TRACE(m_traceObject, kFailure,
                    " Minor type not found. notificationObject:%s, faultId:%u",
                    notificationObject.c_str(), faultId);
-        DOLQ_PROBE(alarm_drop, "no mapping", 0);
+        probeDrop("no mapping", 0, notificationObject, faultId);
         return;
     }
     const std::uint32_t majorId = majorIdOf(minorType);
     const std::uint32_t minorId = minorIdOf(minorType);
-    additionalInfo.erase(std::remove(additionalInfo.begin(), additionalInfo.end(), std::string()),
+    additionalInfo.erase(std::remove_if(additionalInfo.begin(), additionalInfo.end(),
+                                        [](const std::string& entry) { return entry.empty(); }),
                          additionalInfo.end());
     DOLQ_TRACE(
         m_traceObject, kFlow,
         "SendNotification: notificationObject:%s, newSeverity:%u, additionalText:%s, newAdditionalInfoStr:%s, majorId:%u, minorId:%u, mappedPgGrp:%s",
         notificationObject.c_str(), newSeverity, additionalText.c_str(),
         listText(additionalInfo).c_str(), majorId, minorId, programGroupName.c_str());
-    m_session->sendNotification(NotificationData(notificationObject, newSeverity, additionalText,
-                                                 std::move(additionalInfo), majorId, minorId,
-                                                 programGroupName));
+    FaultNotificationData data(notificationObject, newSeverity, additionalText,
+                               std::move(additionalInfo), majorId, minorId, programGroupName);
+    data.faultId = faultId;
+    m_session->sendNotification(data);
 }
 
 SaNtfSeverityT AdapterImpl::mapPerceivedSeverity(std::uint32_t perceivedSeverity) const {

@@ -1,5 +1,6 @@
 #include "ntf/dolqNtfSessionImpl.h"
 
+#include <string_view>
 #include <utility>
 
 #include <pthread.h>
@@ -44,23 +45,16 @@ template <typename Call> SaAisErrorT retryWhileBusy(Call call) {
 
 /// The entries joined by ", ", or "Empty".
 std::string joined(const std::vector<std::string>& list) {
-    if (list.empty()) {
-        return "Empty";
-    }
-    std::size_t length = 0;
-    for (const std::string& entry : list) {
-        length += entry.size() + 2;
-    }
-    std::string text;
-    text.reserve(length);
-    text += list.front();
-    for (auto entry = list.begin() + 1; entry != list.end(); ++entry) {
-        text.append(", ").append(*entry);
+    std::string text = list.empty() ? "Empty" : list.front();
+    for (std::size_t i = 1; i < list.size(); ++i) {
+        text.append(", ").append(list[i]);
     }
     return text;
 }
 
-bool hasProgramGroup(const NotificationData& data) { return data.programGroup != kNoProgramGroup; }
+bool hasProgramGroup(const NotificationData& data) {
+    return std::string_view(data.programGroup) != kNoProgramGroup; // lengths first, unlike strings
+}
 
 } // namespace
 
@@ -115,14 +109,16 @@ NtfSessionImpl::~NtfSessionImpl() {
 
 void NtfSessionImpl::sendNotification(const NotificationData& data) {
     pthread_testcancel(); // the last chance before the service is called
+    // Meant: made whether or not it is traced.
+    const std::string additionalInfo = joined(data.additionalInfo);
     DOLQ_TRACE(
         m_traceObject, kFlow,
         "SendNotification: notificationObject:%s, perceivedSeverity:%u, additionalText:%s, additionalInfo:%s, majorId:%u, minorId:%u, programGroup:%s",
         data.notificationObject.c_str(), data.perceivedSeverity, data.additionalText.c_str(),
-        joined(data.additionalInfo).c_str(), data.majorId, data.minorId, data.programGroup.c_str());
+        additionalInfo.c_str(), data.majorId, data.minorId, data.programGroup.c_str());
     if (m_ntfHandle == 0) {
         DOLQ_TRACE(m_traceObject, kFlow, "m_ntfHandle: !m_ntfHandle:%llu", m_ntfHandle);
-        DOLQ_PROBE(alarm_drop, "no session", 0);
+        probeDrop("no session", 0, data.notificationObject, faultIdOf(data));
         return;
     }
     traceCuts(data);
@@ -134,7 +130,7 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
         sentCount(data.additionalInfo), hasProgramGroup(data) ? 1 : 0);
     if (result != SA_AIS_OK) {
         DOLQ_TRACE(m_traceObject, kFailure, "Allocate Alarm:  errorCode:%x", result);
-        DOLQ_PROBE(alarm_drop, "allocate refused", result);
+        probeDrop("allocate refused", result, data.notificationObject, faultIdOf(data));
         return;
     }
     AllocatedAlarm alarm(*this, notification.notificationHandle);
@@ -142,14 +138,14 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
     if (result != SA_AIS_OK) {
         static_cast<void>(alarm.free());
         DOLQ_TRACE(m_traceObject, kFailure, "Populate Alarm:  errorCode:%x", result);
-        DOLQ_PROBE(alarm_drop, "value refused", result);
+        probeDrop("value refused", result, data.notificationObject, faultIdOf(data));
         return;
     }
     result = sendAlarm(notification.notificationHandle);
     if (result != SA_AIS_OK) {
         static_cast<void>(alarm.free());
         DOLQ_TRACE(m_traceObject, kFailure, "Send Alarm:  errorCode:%x", result);
-        DOLQ_PROBE(alarm_drop, "send refused", result);
+        probeDrop("send refused", result, data.notificationObject, faultIdOf(data));
         return;
     }
     result = alarm.free();
@@ -185,7 +181,7 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
     }
     // Meant: one name for both. Receivers that list alarms by who notified find the faulty object.
     copyName(data.notificationObject, *header.notificationObject);
-    copyName(data.notificationObject, *header.notifyingObject);
+    *header.notifyingObject = *header.notificationObject;
     header.notificationClassId->vendorId = kVendorId;
     header.notificationClassId->majorId = static_cast<SaUint16T>(data.majorId);
     header.notificationClassId->minorId = static_cast<SaUint16T>(data.minorId);
