@@ -17,6 +17,7 @@
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "ruxa/fm/dolq/v2/FmiFactory.h"
 #include "support/FailingMalloc.h"
+#include "support/TestSupport.h"
 
 namespace {
 

@@ -3,35 +3,19 @@
 #include <atomic>
 #include <cerrno>
 #include <cstddef>
+#include <cstdlib>
+#include <new>
 
 namespace {
 
 std::atomic<bool> isActive{false};
 std::atomic<long> untilFailure{0};
-std::atomic<bool> isLasting{false};
 std::atomic<long> live{0};
-
-} // namespace
-
-void startFailingMalloc(long position, bool lasting) {
-    untilFailure = position;
-    isLasting = lasting;
-    isActive = true;
-}
-
-bool stopFailingMalloc() {
-    isActive = false;
-    return kMallocCanFail && untilFailure <= 0;
-}
-
-long liveBlocks() { return live; }
-
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-
-namespace {
+bool isLasting = false;
+bool (*isExempted)() = nullptr;
 
 bool fails() {
-    if (!isActive) {
+    if (!isActive || (isExempted != nullptr && isExempted())) {
         return false;
     }
     const long left = --untilFailure;
@@ -46,6 +30,40 @@ void* counted(void* block) {
 }
 
 } // namespace
+
+void startFailingMalloc(long position, bool lasting, bool (*isExempt)()) {
+    untilFailure = position;
+    isLasting = lasting;
+    isExempted = isExempt;
+    isActive = true;
+}
+
+bool stopFailingMalloc() {
+    isActive = false;
+    return untilFailure <= 0;
+}
+
+long liveBlocks() { return live; }
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+
+void* operator new(std::size_t size) {
+    void* const block = fails() ? nullptr : counted(std::malloc(size));
+    return block != nullptr ? block : throw std::bad_alloc();
+}
+
+void operator delete(void* block) noexcept {
+    live -= block != nullptr ? 1 : 0;
+    std::free(block);
+}
+
+// A sanitizer's own would not end in those above.
+void* operator new[](std::size_t size) { return operator new(size); }
+void operator delete[](void* block) noexcept { operator delete(block); }
+void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
+void operator delete[](void* block, std::size_t) noexcept { operator delete(block); }
+
+#else
 
 extern "C" {
 

@@ -1,13 +1,11 @@
 #pragma once
 
-#include "support/TestSupport.h"
+/// The allocator of the whole program, the C library included, which can be made to fail. Under a
+/// sanitizer, which has one of its own, what `new` takes.
 
-/// The allocator of the whole program, the C library included, which can be made to fail.
-/// Sanitizers have one of their own.
-constexpr bool kMallocCanFail = !kSanitized;
-
-/// From now on the `position`th allocation (1 is the next) fails, or all from it on.
-void startFailingMalloc(long position, bool lasting);
+/// From now on the `position`th allocation (1 is the next) fails, or all from it on; those that are
+/// made while `isExempt` holds are left alone.
+void startFailingMalloc(long position, bool lasting = false, bool (*isExempt)() = nullptr);
 
 /// Ends that. Whether an allocation has failed.
 bool stopFailingMalloc();
@@ -15,8 +13,8 @@ bool stopFailingMalloc();
 /// How many blocks are allocated.
 long liveBlocks();
 
-template <typename Work> bool withFailingMalloc(long position, Work work, bool lasting = false) {
-    startFailingMalloc(position, lasting);
+template <typename Work> bool withFailingMalloc(long position, Work work) {
+    startFailingMalloc(position);
     work();
     return stopFailingMalloc();
 }
