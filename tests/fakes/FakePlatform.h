@@ -46,6 +46,7 @@ struct FakePlatform {
         std::string additionalText;
         std::vector<std::string> additionalInfo;
         std::vector<std::string> repairActions;
+        const char* eventTime = ""; // as-allocated, unknown or wrong
         /// The values that every alarm has in common: event type, probable cause, trend, threshold.
         std::vector<int> constants;
     };

@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::size_t kGuardSize = 64;
 constexpr unsigned char kGuardByte = 0xA5;
+constexpr auto kTimeAsAllocated = static_cast<SaTimeT>(0xA5A5A5A5A5A5A5A5);
 
 /// A buffer handed to the library, with a guard zone before and behind it. Its own bytes hold the
 /// guard byte too: nothing is zero that the library did not make zero.
@@ -69,6 +70,9 @@ FakePlatform::Alarm snapshot(const Notification& notification) {
     FakePlatform::Alarm copy;
     copy.object = textOf(*header.notificationObject);
     copy.notifyingObject = textOf(*header.notifyingObject);
+    copy.eventTime = *header.eventTime == kTimeAsAllocated  ? "as-allocated"
+                     : *header.eventTime == SA_TIME_UNKNOWN ? "unknown"
+                                                            : "wrong";
     copy.severity = *alarm.perceivedSeverity;
     copy.vendorId = header.notificationClassId->vendorId;
     copy.majorId = header.notificationClassId->majorId;

@@ -8,11 +8,6 @@
 #include "mapping/MappingTable.h"
 #include "support/FailingMalloc.h"
 
-/// TinyXML loses what it was building.
-extern "C" [[gnu::visibility("default"), gnu::used]] const char* __lsan_default_suppressions() {
-    return "leak:libtinyxml";
-}
-
 namespace {
 
 const std::string kUuid = "e7a6d7a4-1f0e-4c43-9c9c-3f8e2a1b0c4d";

@@ -47,6 +47,9 @@ long liveBlocks() { return live; }
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 
+/// It loses what it was building when memory runs out.
+extern "C" const char* __lsan_default_suppressions() { return "leak:libtinyxml"; }
+
 void* operator new(std::size_t size) {
     void* const block = fails() ? nullptr : counted(std::malloc(size));
     return block != nullptr ? block : throw std::bad_alloc();
