@@ -1,12 +1,9 @@
 #include "Library.h"
 
 #include <csignal>
-#include <cstdint>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <optional>
 
 #include <dlfcn.h>
 #include <sys/resource.h>
@@ -24,8 +21,8 @@ void* load(const char* soname, int flags = 0) {
     return dlmopen(LM_ID_BASE, soname, RTLD_NOW | flags);
 }
 
-/// A file that is cut off kills who loads it, so a child does first. Returns what killed it.
-std::optional<int> signalOfLoading(const char* soname) {
+/// A file that is cut off kills who loads it, so a child does first. Returns what killed it, or 0.
+int signalOfLoading(const char* soname) {
     const pid_t child = ::fork();
     if (child == 0) {
         for (const int deadly : {SIGBUS, SIGSEGV, SIGILL, SIGFPE, SIGABRT}) {
@@ -37,8 +34,8 @@ std::optional<int> signalOfLoading(const char* soname) {
     }
     int status = 0;
     return child > 0 && ::waitpid(child, &status, 0) == child && WIFSIGNALED(status)
-               ? std::optional(WTERMSIG(status))
-               : std::nullopt;
+               ? WTERMSIG(status)
+               : 0;
 }
 
 } // namespace
@@ -48,14 +45,12 @@ Library::Library(const char* soname)
     if (isLoaded()) {
         return;
     }
-    if (const auto signal = signalOfLoading(soname)) {
-        m_error = std::string(soname) +
-                  ": loading it, or a library that it needs, ends in signal " +
-                  std::to_string(*signal) + " (" + strsignal(*signal) +
-                  "), as with a file that is cut off";
+    if (const int signal = signalOfLoading(soname); signal != 0) {
+        m_error =
+            std::string(soname) + ": loading it, or a library that it needs, ends in signal " +
+            std::to_string(signal) + " (" + strsignal(signal) + "), as with a file that is cut off";
         return;
     }
-    dlerror();
     m_object = static_cast<link_map*>(load(soname));
     if (!isLoaded()) {
         m_error = dlerror();
@@ -75,52 +70,24 @@ std::string Library::buildId() const {
     // Its note: the length of the name and of the id, the type, which is 3, the name and the id.
     constexpr std::string_view kTypeAndName{"\3\0\0\0GNU\0", 8};
     const std::string bytes = content();
-    const std::size_t type = bytes.find(kTypeAndName);
-    std::uint32_t length = 0;
-    if (type == std::string::npos || type < sizeof length) {
-        return "";
-    }
-    std::memcpy(&length, &bytes[type - sizeof length], sizeof length);
+    const std::size_t type = bytes.find(kTypeAndName, sizeof(ElfW(Word)));
     std::string text;
-    for (const char byte : bytes.substr(type + kTypeAndName.size(), length)) {
-        constexpr char kDigits[] = "0123456789abcdef";
-        text += kDigits[static_cast<unsigned char>(byte) >> 4];
-        text += kDigits[static_cast<unsigned char>(byte) & 0xf];
+    if (type != std::string::npos) {
+        const auto length = static_cast<unsigned char>(bytes[type - sizeof(ElfW(Word))]);
+        for (const unsigned char byte : bytes.substr(type + kTypeAndName.size(), length)) {
+            text += {"0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 0xf]};
+        }
     }
     return text;
 }
 
 void* Library::find(const char* symbol) {
-    dlerror();
     void* const found = dlsym(m_object, symbol);
     if (found == nullptr) {
         const char* const reason = dlerror(); // none for a symbol that is nowhere
         m_error = reason != nullptr ? reason : file() + ": " + symbol + " has no address";
     }
     return found;
-}
-
-std::string versionText() {
-    std::string text = "dolqctl " DOLQCTL_VERSION;
-    const auto add = [&](const char* name, const char* soname) {
-        const Library library(soname);
-        text += std::string("\n") + name + ": ";
-        if (!library.isLoaded()) {
-            text += library.error();
-            return;
-        }
-        std::error_code error;
-        const auto file = std::filesystem::canonical(library.file(), error);
-        const std::string id = library.buildId();
-        text += (error ? library.file() : file.string()) +
-                (id.empty() ? ", without a build id" : ", build id " + id);
-    };
-    add("library", kDolqLibrary);
-    add("trace backend", kTraceLibrary);
-    add("correlation service", kCorrelationLibrary);
-    add("load-module handler", kLoadModuleLibrary);
-    add("NTF library", kNtfLibrary);
-    return text;
 }
 
 } // namespace dolqctl

@@ -54,7 +54,4 @@ constexpr char kCorrelationLibrary[] = "libruxa-zumcs-1.so.1";
 constexpr char kLoadModuleLibrary[] = "libvelk.so.1";
 constexpr char kNtfLibrary[] = "libSaNtf.so.0";
 
-/// The version of this program, and which files the others are, a line each.
-std::string versionText();
-
 } // namespace dolqctl

@@ -1,4 +1,8 @@
 #include <exception>
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <utility>
 
 #include "Commands.h"
 #include "Library.h"
@@ -13,13 +17,36 @@ constexpr char kFooter[] = R"(Exit codes:
 
 'dolqctl COMMAND --help' shows a command's options and an example. See also dolqctl(1).)";
 
+/// The version of this program, and which files it loads for alarms, a line each.
+std::string versionText() {
+    using namespace dolqctl;
+    constexpr std::pair<const char*, const char*> kParts[] = {
+        {"library", kDolqLibrary},
+        {"trace backend", kTraceLibrary},
+        {"correlation service", kCorrelationLibrary},
+        {"load-module handler", kLoadModuleLibrary},
+        {"NTF library", kNtfLibrary}};
+    std::string text = "dolqctl " DOLQCTL_VERSION;
+    for (const auto& [part, soname] : kParts) {
+        const Library library(soname);
+        std::error_code error;
+        const auto file = std::filesystem::canonical(library.file(), error);
+        const std::string id = library.buildId();
+        text += std::string("\n") + part + ": " +
+                (!library.isLoaded() ? library.error()
+                                     : (error ? library.file() : file.string()) + ", " +
+                                           (id.empty() ? "without a build id" : "build id " + id));
+    }
+    return text;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     try {
         dolqctl::CommandLine commandLine(
             "Sees, checks and drives the alarms of the fault-management library.", kFooter,
-            dolqctl::versionText);
+            versionText);
         dolqctl::addMappingsCommand(commandLine);
         dolqctl::addCheckCommand(commandLine);
         dolqctl::addExplainCommand(commandLine);

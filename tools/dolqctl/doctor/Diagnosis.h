@@ -6,8 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include <dlfcn.h>
-
 namespace dolqctl {
 
 /// One thing that was looked at.
@@ -26,35 +24,31 @@ struct Observation {
 class Diagnosis {
 public:
     void ok(std::string check, std::string finding) {
-        m_observations.push_back(
-            {std::move(check), Observation::Status::Ok, std::move(finding), {}});
+        add({std::move(check), Observation::Status::Ok, std::move(finding), {}});
     }
     void warn(std::string check, std::string finding, std::string advice) {
-        m_observations.push_back({std::move(check), Observation::Status::Warning,
-                                  std::move(finding), std::move(advice)});
+        add({std::move(check), Observation::Status::Warning, std::move(finding),
+             std::move(advice)});
     }
     void fail(std::string check, std::string finding, std::string advice) {
-        m_observations.push_back(
-            {std::move(check), Observation::Status::Failed, std::move(finding), std::move(advice)});
+        add({std::move(check), Observation::Status::Failed, std::move(finding), std::move(advice)});
+        ++m_failures;
     }
 
-    void sortWorstFirst() {
-        std::stable_sort(m_observations.begin(), m_observations.end(),
-                         [](const Observation& one, const Observation& other) {
-                             return one.status > other.status;
-                         });
-    }
-
+    /// The worst first.
     const std::vector<Observation>& observations() const { return m_observations; }
-    std::ptrdiff_t failures() const {
-        return std::count_if(m_observations.begin(), m_observations.end(),
-                             [](const Observation& observation) {
-                                 return observation.status == Observation::Status::Failed;
-                             });
-    }
+    std::size_t failures() const { return m_failures; }
 
 private:
+    void add(Observation observation) {
+        const auto place = std::upper_bound(
+            m_observations.begin(), m_observations.end(), observation,
+            [](const auto& one, const auto& other) { return one.status > other.status; });
+        m_observations.insert(place, std::move(observation));
+    }
+
     std::vector<Observation> m_observations;
+    std::size_t m_failures = 0;
 };
 
 // The checks; `doctor` runs them one after the other.
@@ -65,13 +59,5 @@ void checkMappings(Diagnosis& diagnosis);        // MappingChecks.cpp
 void checkLibrary(Diagnosis& diagnosis);         // PlatformChecks.cpp
 void checkCorrelationService(Diagnosis& diagnosis);
 void checkNtfService(Diagnosis& diagnosis);
-
-/// The file from which the dynamic linker took a function.
-template <typename Function> std::string fileOf(Function* function) {
-    Dl_info info{};
-    return dladdr(reinterpret_cast<const void*>(function), &info) != 0 && info.dli_fname != nullptr
-               ? info.dli_fname
-               : "an unknown file";
-}
 
 } // namespace dolqctl

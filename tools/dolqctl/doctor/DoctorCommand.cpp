@@ -40,10 +40,6 @@ struct Look {
 constexpr Look kLooks[] = {
     {"ok", Style::Good}, {"warning", Style::Warning}, {"failed", Style::Bad}};
 
-const Look& lookOf(const Observation& observation) {
-    return kLooks[static_cast<std::size_t>(observation.status)];
-}
-
 /// In lines of a terminal that has 80 columns, the others indented; whole for scripts.
 void printWrapped(const std::string& text, const std::string& indent, Output& output) {
     constexpr std::size_t kColumns = 80;
@@ -63,7 +59,7 @@ void printWrapped(const std::string& text, const std::string& indent, Output& ou
 void printText(const Diagnosis& diagnosis, Output& output) {
     const std::string indent(9, ' ');
     for (const Observation& observation : diagnosis.observations()) {
-        const Look& look = lookOf(observation);
+        const Look& look = kLooks[static_cast<std::size_t>(observation.status)];
         output.stream() << output.styled(look.style, look.name)
                         << indent.substr(std::strlen(look.name));
         printWrapped(observation.check + ": " + printable(observation.finding), indent, output);
@@ -73,10 +69,9 @@ void printText(const Diagnosis& diagnosis, Output& output) {
         }
     }
     output.line();
-    const auto failures = static_cast<std::size_t>(diagnosis.failures());
-    output.line(failures == 0
+    output.line(diagnosis.failures() == 0
                     ? output.styled(Style::Good, "Found nothing that keeps alarms from being sent.")
-                    : output.styled(Style::Bad, counted(failures, "check") +
+                    : output.styled(Style::Bad, counted(diagnosis.failures(), "check") +
                                                     " failed: alarms are lost, or programs hang."));
     printWrapped(kNotTried, "", output);
 }
@@ -86,13 +81,11 @@ void printJson(const Diagnosis& diagnosis, Output& output) {
     json["failures"] = diagnosis.failures();
     json["checks"] = nlohmann::ordered_json::array();
     for (const Observation& observation : diagnosis.observations()) {
-        nlohmann::ordered_json check = {{"check", observation.check},
-                                        {"status", lookOf(observation).name},
-                                        {"finding", observation.finding}};
-        if (!observation.advice.empty()) {
-            check["advice"] = observation.advice;
-        }
-        json["checks"].push_back(std::move(check));
+        json["checks"].push_back(
+            {{"check", observation.check},
+             {"status", kLooks[static_cast<std::size_t>(observation.status)].name},
+             {"finding", observation.finding},
+             {"advice", observation.advice}});
     }
     output.print(json);
 }
@@ -113,7 +106,6 @@ int run(const Arguments& arguments, Output& output) {
     checkMappings(diagnosis);
     checkCorrelationService(diagnosis);
     checkNtfService(diagnosis);
-    diagnosis.sortWorstFirst();
     (arguments.json ? printJson : printText)(diagnosis, output);
     return diagnosis.failures() == 0 ? kFine : kFindings;
 }

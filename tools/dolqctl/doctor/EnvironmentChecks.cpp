@@ -1,8 +1,9 @@
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <regex>
 #include <string>
 #include <system_error>
 
@@ -13,8 +14,8 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include "Library.h"
 #include "common/Environment.h"
-#include "common/TraceGroups.h"
 #include "doctor/Diagnosis.h"
 #include "platform/ntf/log/LogPath.h"
 
@@ -47,29 +48,20 @@ void checkIdentity(Diagnosis& diagnosis, const char* name) {
     }
 }
 
-void checkNum(Diagnosis& diagnosis) {
-    constexpr char kCheck[] = "ZBN_NUM";
-    const std::string number = common::environment("ZBN_NO");
-    const std::string shown = common::environment(kCheck);
-    if (shown == number && !number.empty()) {
-        diagnosis.ok(kCheck, shown);
-    } else if (shown != number) {
-        diagnosis.warn(kCheck, "'" + shown + "', but ZBN_NO is '" + number + "'",
-                       "set both alike: load modules are found by ZBN_NO, but the trace of a "
-                       "failed lookup shows ZBN_NUM");
-    }
+bool isUuid(std::string text) {
+    const auto isDigit = [](unsigned char c) { return std::isxdigit(c) != 0; };
+    std::replace_if(text.begin(), text.end(), isDigit, '0');
+    return text == "00000000-0000-0000-0000-000000000000";
 }
 
 void checkReporter(Diagnosis& diagnosis, const char* name) {
     const std::string value =
         needed(diagnosis, name, "alarms whose program does not name its system are refused");
-    static const std::regex uuid("[[:xdigit:]]{8}(-[[:xdigit:]]{4}){3}-[[:xdigit:]]{12}");
     if (value.find_first_of("\"\\") != std::string::npos) {
         diagnosis.warn(name, "'" + value + "'",
                        "take the quotes and backslashes out: no receiver can decode the "
                        "correlation with them");
-    } else if (!value.empty() && name == std::string("SYSTEM_UUID") &&
-               !std::regex_match(value, uuid)) {
+    } else if (!value.empty() && name == std::string("SYSTEM_UUID") && !isUuid(value)) {
         diagnosis.warn(name, "'" + value + "', which is no UUID",
                        "set the system's UUID: systems without one share their correlation UUIDs");
     } else if (!value.empty()) {
@@ -77,28 +69,16 @@ void checkReporter(Diagnosis& diagnosis, const char* name) {
     }
 }
 
-bool isOn(int group) {
-    return TraceBackend::isTraceGroupEnabled(TraceBackend::getDefaultTraceObject(),
-                                             static_cast<ruxa::trace::v2::TraceGroup::e>(group));
-}
-
 void checkGroups(Diagnosis& diagnosis) {
     constexpr char kCheck[] = "trace backend";
-    constexpr char kVariable[] = "RUXA_TRACE_GROUPS";
-    const std::string file = fileOf(&TraceBackend::isTraceGroupEnabled);
-    const char* const chosen = common::environment(kVariable, nullptr);
-    if (!isOn(0)) {
+    const std::string file = Library(kTraceLibrary).file();
+    if (!TraceBackend::isTraceGroupEnabled(TraceBackend::getDefaultTraceObject(),
+                                           static_cast<ruxa::trace::v2::TraceGroup::e>(0))) {
         diagnosis.warn(kCheck, file + ": group 0 (failures) is off",
                        "switch it on (RUXA_TRACE_GROUPS, or this platform's way): without it lost "
                        "alarms leave no sign");
-    } else if (chosen != nullptr && !common::parseTraceGroups(chosen)) {
-        diagnosis.warn(kCheck, std::string(kVariable) + " is '" + chosen + "'",
-                       "set it to all, none, or numbers from 0 to 8 joined by commas: with this "
-                       "value the embedded backend traces group 0 alone");
     } else {
-        diagnosis.ok(kCheck, file + ": group 0 (failures) is on, 4 (calls) " +
-                                 (isOn(4) ? "on" : "off") + ", 8 (details) " +
-                                 (isOn(8) ? "on" : "off"));
+        diagnosis.ok(kCheck, file + ": group 0 (failures) is on");
     }
 }
 
@@ -119,17 +99,19 @@ bool isNullDevice(const struct stat& status) {
 /// Why the embedded platform cannot append to `path`, or make it; empty when it can. It opens files
 /// just so: it waits for no reader of a FIFO, and follows no link where others could have put it.
 /// Opening tells more than permissions, which the superuser has where nothing can be written.
-std::string obstacleTo(const fs::path& path, int access, bool (*isTaken)(const struct stat&)) {
+std::string obstacleTo(const fs::path& path, bool isLog) {
     const fs::path folder = folderOf(path);
     struct stat status {};
     const bool isShared =
         ::stat(folder.c_str(), &status) == 0 && (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
-    const int file = ::open(path.c_str(), access | O_APPEND | O_NONBLOCK | O_CLOEXEC | O_NOCTTY |
-                                              (isShared ? O_NOFOLLOW : 0));
+    const int flags = O_APPEND | O_NONBLOCK | O_CLOEXEC | O_NOCTTY | (isShared ? O_NOFOLLOW : 0);
+    const int file = ::open(path.c_str(), flags | (isLog ? O_RDWR : O_WRONLY));
     if (file >= 0) {
-        const bool isGood = ::fstat(file, &status) == 0 && isTaken(status);
+        const bool isRegular = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
         ::close(file);
-        return isGood ? "" : "it is no regular file";
+        return isRegular || (isLog ? isNullDevice(status) : S_ISCHR(status.st_mode))
+                   ? ""
+                   : "it is no regular file";
     }
     if (errno == ENOENT && path.has_filename() && ::access(folder.c_str(), W_OK | X_OK) == 0) {
         return "";
@@ -143,11 +125,7 @@ void checkSink(Diagnosis& diagnosis, const std::string& sink) {
     constexpr char kCheck[] = "trace sink";
     constexpr std::string_view kScheme = "file:";
     const bool isFile = sink.rfind(kScheme, 0) == 0;
-    const auto isTaken = [](const struct stat& status) {
-        return S_ISREG(status.st_mode) || S_ISCHR(status.st_mode);
-    };
-    const std::string obstacle =
-        isFile ? obstacleTo(sink.substr(kScheme.size()), O_WRONLY, isTaken) : "";
+    const std::string obstacle = isFile ? obstacleTo(sink.substr(kScheme.size()), false) : "";
     if (!isFile && sink != "stderr" && sink != "syslog") {
         diagnosis.warn(kCheck, "RUXA_TRACE_SINK is '" + sink + "'",
                        "set it to stderr, file:PATH or syslog: anything else counts as stderr");
@@ -168,13 +146,14 @@ void checkTraces(Diagnosis& diagnosis) {
     // The doctor tells what it finds itself: what the checks trace goes nowhere.
     setenv(kSinkVariable, "file:/dev/null", 1);
     checkGroups(diagnosis);
-    checkSink(diagnosis, chosen);
+    if (Library(kTraceLibrary).contains(kSinkVariable)) { // the embedded one
+        checkSink(diagnosis, chosen);
+    }
 }
 
 void checkEnvironment(Diagnosis& diagnosis) {
     checkIdentity(diagnosis, "ZBN_NO");
     checkIdentity(diagnosis, "ZBN_REV");
-    checkNum(diagnosis);
     checkReporter(diagnosis, "SYSTEM_UUID");
     checkReporter(diagnosis, "COMPUTE_NAME");
 }
@@ -188,11 +167,10 @@ void checkNotificationLog(Diagnosis& diagnosis) {
                        "set RUXA_NTF_LOG: the service refuses every session");
         return;
     }
-    const bool isChosen = *common::environment("RUXA_NTF_LOG") != '\0';
-    const std::string log = path.string() + (isChosen ? "" : " (RUXA_NTF_LOG is not set)");
-    const std::string obstacle = obstacleTo(path, O_RDWR, [](const struct stat& status) {
-        return S_ISREG(status.st_mode) || isNullDevice(status);
-    });
+    const std::string log =
+        path.string() +
+        (*common::environment("RUXA_NTF_LOG") != '\0' ? "" : " (RUXA_NTF_LOG is not set)");
+    const std::string obstacle = obstacleTo(path, true);
     struct stat status {};
     struct statvfs disk {};
     if (!obstacle.empty()) {

@@ -1,5 +1,4 @@
-#include <Velk.h>
-
+#include "Library.h"
 #include "common/Environment.h"
 #include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
@@ -11,7 +10,7 @@ namespace {
 
 void checkHandler(Diagnosis& diagnosis, const Discovery& discovery) {
     constexpr char kHandler[] = "load-module handler";
-    const std::string file = fileOf(&Velk_get_lms);
+    const std::string file = Library(kLoadModuleLibrary).file();
     if (discovery.failedCategories.empty()) {
         diagnosis.ok(kHandler, "answers, from " + file);
     }

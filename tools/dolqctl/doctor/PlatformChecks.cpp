@@ -1,8 +1,6 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <optional>
 #include <string>
 #include <thread>
 
@@ -30,23 +28,21 @@ namespace dolqctl {
 
 namespace {
 
-/// The size of a block that malloc gave; none for other memory, of which malloc cannot be asked.
-std::optional<std::size_t> sizeOfBlock(SaNameT* name) {
+/// The size of a block that malloc gave; 0 for other memory, of which malloc cannot be asked.
+std::size_t sizeOfBlock(SaNameT* name) {
     if (__sanitizer_get_ownership != nullptr) {
-        return __sanitizer_get_ownership(name) != 0
-                   ? std::optional(__sanitizer_get_allocated_size(name))
-                   : std::nullopt;
+        return __sanitizer_get_ownership(name) != 0 ? __sanitizer_get_allocated_size(name) : 0;
     }
     constexpr std::uintptr_t kAlignment = alignof(std::max_align_t);
     const auto address = reinterpret_cast<std::uintptr_t>(name);
     const auto heapEnd = reinterpret_cast<std::uintptr_t>(sbrk(0));
     if (address % kAlignment != 0 || address <= reinterpret_cast<std::uintptr_t>(&_end) ||
         address >= heapEnd) {
-        return std::nullopt;
+        return 0;
     }
     // Inside of a block this reads the block's content in place of a size.
     const std::size_t size = malloc_usable_size(name);
-    return size >= kAlignment && size < heapEnd - address ? std::optional(size) : std::nullopt;
+    return size >= kAlignment && size < heapEnd - address ? size : 0;
 }
 
 /// A client library built with the stock length of 256 gives the names of a notification less room
@@ -60,11 +56,11 @@ void checkNames(Diagnosis& diagnosis, const SaNtfNotificationHeaderT& header) {
     const auto second = sizeOfBlock(header.notifyingObject);
     // Whatever the memory is: two names cannot be nearer than one of them is long.
     if ((one > other ? one - other : other - one) < sizeof(SaNameT) ||
-        (first && *first < sizeof(SaNameT)) || (second && *second < sizeof(SaNameT))) {
+        (first != 0 && first < sizeof(SaNameT)) || (second != 0 && second < sizeof(SaNameT))) {
         diagnosis.fail(kCheck, "less room than " + length + " bytes",
                        "use an NTF client library built with SA_MAX_NAME_LENGTH " + length +
                            ": with this one every alarm overruns the memory of its program");
-    } else if (first && second) {
+    } else if (first != 0 && second != 0) {
         diagnosis.ok(kCheck, "room for " + length + " bytes");
     } else {
         diagnosis.warn(kCheck, "it is unknown whether there is room for " + length + " bytes",
@@ -76,14 +72,13 @@ void checkNames(Diagnosis& diagnosis, const SaNtfNotificationHeaderT& header) {
 
 /// Without the build option the library sends whatever the service has left in the field.
 void checkEventTime(Diagnosis& diagnosis, const SaTimeT* time) {
-    constexpr char kCheck[] = "event time";
     const Library library(kDolqLibrary);
     if (library.contains("RUXA_DOLQ_EVENT_TIME_UNKNOWN=1") ||
         (time != nullptr && *time == SA_TIME_UNKNOWN)) {
-        diagnosis.ok(kCheck, "left open (SA_TIME_UNKNOWN) for the service to set");
+        diagnosis.ok("event time", "left open (SA_TIME_UNKNOWN) for the service to set");
         return;
     }
-    diagnosis.warn(kCheck,
+    diagnosis.warn("event time",
                    "the service allocates it as " +
                        (time != nullptr ? std::to_string(*time) : "nothing") +
                        (library.contains("RUXA_DOLQ_EVENT_TIME_UNKNOWN=0")
@@ -96,33 +91,29 @@ void checkEventTime(Diagnosis& diagnosis, const SaTimeT* time) {
 /// The library repeats a call for ever while the service is busy; a doctor gives up.
 template <typename Call> SaAisErrorT whileBusy(Call call) {
     using namespace std::chrono;
-    const steady_clock::time_point end = steady_clock::now() + seconds(10);
-    SaAisErrorT answer = call();
-    while (answer == SA_AIS_ERR_TRY_AGAIN && steady_clock::now() < end) {
+    for (const auto end = steady_clock::now() + seconds(10);;) {
+        const SaAisErrorT answer = call();
+        if (answer != SA_AIS_ERR_TRY_AGAIN || steady_clock::now() >= end) {
+            return answer;
+        }
         std::this_thread::sleep_for(milliseconds(100));
-        answer = call();
     }
-    return answer;
 }
 
 /// 0: none.
 SaNtfHandleT openSession(Diagnosis& diagnosis, Library& ntf) {
     constexpr char kCheck[] = "NTF session";
-    const auto begin = std::chrono::steady_clock::now();
     SaNtfHandleT handle = 0;
     const SaAisErrorT answer = whileBusy([&] {
         SaVersionT version = {'A', 1, 1};
         return ntf.function<decltype(saNtfInitialize)>("saNtfInitialize")(&handle, nullptr,
                                                                           &version);
     });
-    const std::chrono::duration<double> duration = std::chrono::steady_clock::now() - begin;
-    char after[32] = "";
-    std::snprintf(after, sizeof after, " after %.1f s", duration.count());
     if (answer == SA_AIS_OK) {
-        diagnosis.ok(kCheck, std::string("opens") + after);
+        diagnosis.ok(kCheck, "opens");
         return handle;
     }
-    diagnosis.fail(kCheck, "the service answers " + common::aisText(answer) + after,
+    diagnosis.fail(kCheck, "the service answers " + common::aisText(answer),
                    answer == SA_AIS_ERR_TRY_AGAIN
                        ? "wait, or start the service: it is busy, and programs hang so long"
                        : "start the notification service, or put the libSaNtf.so.0 of the running "
@@ -148,15 +139,6 @@ void checkNotification(Diagnosis& diagnosis, Library& ntf, SaNtfHandleT handle) 
     checkEventTime(diagnosis, notification.notificationHeader.eventTime);
     ntf.function<decltype(saNtfNotificationFree)>("saNtfNotificationFree")(
         notification.notificationHandle);
-}
-
-void checkFaultSchedule(Diagnosis& diagnosis) {
-    if (const std::string faults = common::environment("RUXA_NTF_FAULTS"); !faults.empty()) {
-        diagnosis.fail("fault schedule",
-                       "RUXA_NTF_FAULTS is '" + faults +
-                           "': the service refuses or delays the calls that this names",
-                       "unset it: it is for trying an application out");
-    }
 }
 
 } // namespace
@@ -210,7 +192,12 @@ void checkNtfService(Diagnosis& diagnosis) {
     const bool isEmbedded = ntf.contains("RUXA_NTF_LOG");
     diagnosis.ok(kCheck, ntf.file() + (isEmbedded ? ": the embedded service" : ""));
     if (isEmbedded) {
-        checkFaultSchedule(diagnosis);
+        if (const std::string faults = common::environment("RUXA_NTF_FAULTS"); !faults.empty()) {
+            diagnosis.fail("fault schedule",
+                           "RUXA_NTF_FAULTS is '" + faults +
+                               "': the service refuses or delays the calls that this names",
+                           "unset it: it is for trying an application out");
+        }
         checkNotificationLog(diagnosis);
         if (platform::ntf::notificationLogPath().empty()) {
             return; // nor is there a session

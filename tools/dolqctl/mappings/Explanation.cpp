@@ -165,7 +165,7 @@ void addService(Explanation& explanation) {
     Diagnosis service;
     checkNtfService(service);
     for (const Observation& each : service.observations()) {
-        const std::string text = printable(each.check + ' ' + each.finding);
+        const std::string text = printable(each.check + ": " + each.finding);
         if (each.status == Status::Failed) {
             explanation.obstacles.push_back(text);
         } else if (each.status == Status::Warning) {
@@ -179,7 +179,7 @@ void addService(Explanation& explanation) {
             explanation.conditions.push_back((each.status == Status::Failed
                                                   ? "only without event ids: "
                                                   : "not with event ids: ") +
-                                             printable(each.check + ' ' + each.finding));
+                                             printable(each.check + ": " + each.finding));
         }
     }
 }
