@@ -95,7 +95,7 @@ private:
         for (at += 2; static_cast<signed char>(*at) > 0 && *at != '"' && *at != '&';) {
             ++at;
         }
-        return *at == '"' && at[1] != '\0' ? at + 1 : nullptr; // a quote at the end ends nothing
+        return *at == '"' ? at + 1 : nullptr;
     }
 
     static TiXmlEncoding encodingOf(const char* name) {
