@@ -150,8 +150,8 @@ void runApplication(Ledger& ledger, Dice dice) {
     for (unsigned day = 0; day < days; ++day) {
         // On a thread that ends, too: what it has freed counts as in use while it may come back.
         std::thread([&] { liveADay(ledger, dice, frees, exits && day + 1 == days); }).join();
-        for (int wait = 0; wait < 1000 && entriesIn("/proc/self/task") > 1; ++wait) {
-            usleep(1000); // a joined thread may still be on its way out of the kernel
+        for (int wait = 0; wait < 10000 && entriesIn("/proc/self/task") > 1; ++wait) {
+            usleep(1000); // a joined thread may be on its way out of the kernel still
         }
         if (day == 0) {
             descriptors = entriesIn("/proc/self/fd");
