@@ -24,7 +24,7 @@ RUNS = [  # arguments, environment
     ("alarms --history --log " + LOG, {}),
     ("alarms --log /dev/null", {}),
     ("check --discovered", MISTAKES),
-    ("check tests/tools/files/unclosed.xml", {}),
+    ("check tests/tools/files/silent.xml tests/tools/files/unclosed.xml", {}),
     ("doctor", {}),
     ("doctor", GOOD),
     ("explain --fault 4102 --object Shelf=1,Port=3", GOOD),

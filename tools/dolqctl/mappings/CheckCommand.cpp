@@ -1,7 +1,11 @@
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <iostream>
 #include <memory>
 #include <system_error>
+
+#include <sys/mman.h>
 
 #include "Commands.h"
 #include "Options.h"
@@ -14,20 +18,26 @@ namespace dolqctl {
 namespace {
 
 constexpr char kFooter[] =
-    R"(Each finding is one line: FILE:LINE:COLUMN: SEVERITY: MESSAGE [RULE]. An error is a mapping that is
-lost or not what is written, a warning something that works but was hardly meant. Several files
-are read one on top of the other, as the files of one load module are.
+    R"(Each finding is one line: FILE:LINE:COLUMN: SEVERITY: MESSAGE [RULE]. An error
+is a mapping that is lost or not what is written, a warning something that works
+but was hardly meant. Of one rule and file, ten findings are shown. Mapping files
+are read one on top of the other, as those of one load module are. Manifests of
+load modules are known by their root element.
 
-Exit codes: 0 no error; 1 errors, with --strict warnings, or load modules that could not be asked
-for their files; 2 wrong usage, or no file to check.
+Exit codes: 0 no error; 1 errors, with --strict warnings, or load modules that
+could not be asked for their files; 2 wrong usage, or no file to check.
 
-Example:
-  dolqctl check --strict central.xml site-override.xml)";
+Example, in the source or in the folder of the installed documents:
+  dolqctl check --strict --allow override examples/loadmodules/alarm-client/*.xml)";
+
+constexpr std::size_t kMostOfOneRule = 10;
+constexpr char kStandardInput[] = "-";
 
 struct Arguments {
     std::vector<std::string> files;
     bool discovered = false;
     Identity identity;
+    std::vector<std::string> allowed;
     bool strict = false;
     bool json = false;
 };
@@ -62,19 +72,66 @@ Files filesOf(const Arguments& arguments) {
         throw CommandError("name a mapping FILE or give --discovered");
     }
     for (const std::string& path : found) {
-        const auto isPath = [&](const std::string& other) { return isSameFile(path, other); };
-        if (std::none_of(files.paths.begin(), files.paths.end(), isPath)) {
+        const auto same =
+            std::find_if(files.paths.begin(), files.paths.end(),
+                         [&](const std::string& other) { return isSameFile(path, other); });
+        if (same == files.paths.end()) {
             files.paths.push_back(path);
+        } else {
+            tell(printable(path) +
+                 (path == *same ? " is named twice" : " is the same file as " + printable(*same)) +
+                 ": checked once");
         }
     }
     return files;
 }
 
+/// The path of an unnamed file that holds the standard input: the reader takes regular files only.
+std::string keptStandardInput() {
+    const std::string path = "/proc/self/fd/" + std::to_string(memfd_create("", MFD_CLOEXEC));
+    std::ofstream copy(path, std::ios::binary);
+    if (std::cin.peek() != std::char_traits<char>::eof()) {
+        copy << std::cin.rdbuf();
+    }
+    if (!copy.flush() || std::cin.bad()) {
+        throw CommandError("standard input cannot be read");
+    }
+    return path;
+}
+
+/// "3,999,990".
+std::string inThousands(std::size_t number) {
+    std::string text = std::to_string(number);
+    for (std::size_t at = text.size(); at > 3;) {
+        text.insert(at -= 3, ",");
+    }
+    return text;
+}
+
+void print(const Finding& finding, Output& output) {
+    const Style style = finding.severity == Severity::Error ? Style::Bad : Style::Warning;
+    const auto line = [&](const std::string& message) {
+        output.line(output.styled(Style::Bold, positionText(finding.position) + ':') + ' ' +
+                    output.styled(style, severityText(finding.severity) + std::string(":")) + ' ' +
+                    message + " [" + finding.rule + ']');
+    };
+    line(finding.message);
+    if (finding.more > 0) {
+        line("... and " + inThousands(finding.more) + " more");
+    }
+}
+
 int run(const Arguments& arguments, Output& output) {
+    for (const std::string& rule : arguments.allowed) {
+        if (std::find(std::begin(kRules), std::end(kRules), rule) == std::end(kRules)) {
+            throw CommandError("there is no rule " + inQuotes(rule) + "; the rules are " +
+                               joined(kRules));
+        }
+    }
     const Files files = filesOf(arguments);
-    MappingFileChecker checker;
+    MappingFileChecker checker(Findings(kMostOfOneRule, arguments.allowed));
     for (const std::string& path : files.paths) {
-        checker.check(path);
+        checker.check(path == kStandardInput ? keptStandardInput() : path, path);
     }
     const std::size_t errors = checker.count(Severity::Error);
     const std::size_t warnings = checker.count(Severity::Warning);
@@ -82,10 +139,7 @@ int run(const Arguments& arguments, Output& output) {
         printCheckJson(files.paths, checker, output);
     } else {
         for (const Finding& finding : checker.findings()) {
-            const Style style = finding.severity == Severity::Error ? Style::Bad : Style::Warning;
-            output.line(output.styled(Style::Bold, positionText(finding.position) + ':') + ' ' +
-                        output.styled(style, severityText(finding.severity) + std::string(":")) +
-                        ' ' + finding.message + " [" + finding.rule + ']');
+            print(finding, output);
         }
         output.line(counted(errors, "error") + ", " + counted(warnings, "warning") + " in " +
                     counted(files.paths.size(), "file"));
@@ -101,12 +155,15 @@ void addCheckCommand(CommandLine& commandLine) {
     Options options =
         commandLine.add("check", "Find the mistakes in alarm mapping files and manifests", kFooter,
                         [arguments](Output& output) { return run(*arguments, output); });
-    const auto files = options.files(arguments->files, "Mapping files, in reading order");
+    const auto files = options.files(
+        arguments->files, "Mapping files, in reading order, and manifests; - is standard input");
     options
         .flag("--discovered", arguments->discovered,
               "The mapping files of the load module, as the library finds them")
         .excludes(files);
     addIdentityOptions(options, arguments->identity);
+    options.value("--allow", "RULE", arguments->allowed,
+                  "Leave out the findings of a rule; repeatable");
     options.flag("--strict", arguments->strict, "Exit with 1 also for warnings");
     options.flag("--json", arguments->json, "Print JSON");
 }

@@ -55,6 +55,9 @@ void to_json(Json& json, const Finding& finding) {
     if (finding.other) {
         json["other"] = *finding.other;
     }
+    if (finding.more > 0) {
+        json["more"] = finding.more;
+    }
 }
 
 void printCheckJson(const std::vector<std::string>& files, const MappingFileChecker& checker,

@@ -1,7 +1,7 @@
 #include "mappings/ManifestChecker.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cctype>
 
 #include <tinyxml.h>
 
@@ -38,7 +38,7 @@ public:
     void onOtherElement(const TiXmlElement& element, const char* expected) override {
         const std::string name = element.Value();
         std::string message =
-            "the whole manifest is refused: " + inQuotes(name) + " in place of '" + expected + "'";
+            "the whole manifest is refused: " + quoted(name) + " in place of '" + expected + "'";
         if (expected == std::string(kRoot) &&
             element.FirstChildElement(dolq::xmlconf::kMapping) != nullptr) {
             message += "; it looks like a mapping file";
@@ -60,24 +60,12 @@ public:
             *std::find_if(std::begin(kElements), std::end(kElements), [&](const auto& candidate) {
                 return element.ValueStr() == candidate.name;
             });
-        for (const TiXmlAttribute* attribute = element.FirstAttribute(); attribute != nullptr;
-             attribute = attribute->Next()) {
-            const auto isNamed = [&](const std::string& name) { return name == attribute->Name(); };
-            if (std::any_of(known.attributes.begin(), known.attributes.end(), isNamed)) {
+        addUnreadText(element, m_findings);
+        addUnknownAttributes(element, known.attributes, m_findings);
+        for (const char* const name : known.attributes) {
+            if (const TiXmlAttribute* const attribute = findAttribute(element, name)) {
                 checkValue(*attribute);
-                continue;
             }
-            const auto meant = std::find_if(known.attributes.begin(), known.attributes.end(),
-                                            [&](const char* name) {
-                                                return isMisspelt(attribute->Name(), name) &&
-                                                       element.Attribute(name) == nullptr;
-                                            });
-            add(meant != known.attributes.end() ? Severity::Error : Severity::Warning,
-                "unknown-attribute", *attribute,
-                "the attribute " + inQuotes(attribute->Name()) + " is ignored" +
-                    (meant != known.attributes.end()
-                         ? ": did you mean '" + std::string(*meant) + "'?"
-                         : ""));
         }
         if (element.FirstChildElement() != nullptr && known.name == std::string("file")) {
             add(Severity::Error, "unknown-element", *element.FirstChildElement(),
@@ -89,8 +77,7 @@ private:
     void checkValue(const TiXmlAttribute& attribute) {
         const std::string name = attribute.Name();
         const std::string value = attribute.Value();
-        std::string plain = value;
-        removeInvisible(plain);
+        std::string plain = inPlainLetters(value);
         plain.erase(std::remove_if(plain.begin(), plain.end(),
                                    [](unsigned char c) { return std::isspace(c) != 0; }),
                     plain.end());
@@ -101,9 +88,8 @@ private:
         } else if ((name == "productNumber" || name == "revision") && plain != value) {
             add(Severity::Warning, "blank-in-number", attribute,
                 written(attribute) +
-                    " holds a blank or what looks like one or like nothing, and "
-                    "is compared with it; without: " +
-                    inQuotes(plain));
+                    " holds a blank, or a character that looks like another one or like nothing: is " +
+                    quoted(plain) + " meant?");
         }
     }
 
@@ -124,12 +110,9 @@ void checkManifest(const std::string& path, const XmlText& text, Findings& findi
     std::vector<platform::loadmodules::LoadModule> modules;
     const int result = platform::loadmodules::readManifest(path, modules, checker);
     if (result != 0 && !findings.hasErrorInFile()) {
-        findings.add({{findings.file()},
-                      Severity::Error,
-                      "not-loaded",
-                      "the embedded load-module handler refuses the manifest: error " +
-                          std::to_string(result),
-                      {}});
+        findings.add(Severity::Error, "not-loaded", TiXmlElement(""),
+                     "the embedded load-module handler refuses the manifest: error " +
+                         std::to_string(result));
     }
 }
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "mappings/MappingFileChecker.h"
+#include "mappings/Findings.h"
 
 namespace dolqctl {
 

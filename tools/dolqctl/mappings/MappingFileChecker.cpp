@@ -4,16 +4,15 @@
 #include <cctype>
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <numeric>
-#include <string_view>
 
 #include <tinyxml.h>
 
 #include "Output.h"
-#include "common/RegularFile.h"
+#include "adapter/MinorType.h"
 #include "mappings/ManifestChecker.h"
 #include "xmlconf/MappingFileFormat.h"
 #include "xmlconf/dolqXmlConfigurator.h"
@@ -27,9 +26,30 @@ using dolq::xmlconf::kMapping;
 using dolq::xmlconf::kMinorType;
 using dolq::xmlconf::kMoClass;
 
-/// What a notification object's class loses, apart from the blank, which the file's class loses
-/// too.
-constexpr char kOtherWhiteSpace[] = "\t\n\v\f\r";
+constexpr char kRoot[] = "alarmMappings";
+
+/// Characters with which a class is hardly that of an object.
+constexpr struct {
+    const char* characters;
+    Severity severity;
+    const char* rule;
+    const char* reason;
+} kOddCharacters[] = {
+    {"\t\n\v\f\r", Severity::Error, "class-never-matches",
+     " never matches: only blanks are removed from it, but all white space from the notification "
+     "object"},
+    {"=", Severity::Error, "class-never-matches",
+     " never matches: a notification object's class ends before its '='"},
+    {";|/\\+", Severity::Error, "class-character",
+     " is a single class: write a comma if two are meant"},
+    {"*?", Severity::Error, "class-character",
+     " stands for itself only, there are no patterns: name each class"},
+    {"\"'`", Severity::Error, "class-character",
+     " holds quotation marks that no object has: leave them out"},
+    {"<>", Severity::Error, "class-character",
+     " holds a part of a tag: is a quotation mark missing?"},
+    {"!#$%&()@[]^{}~:", Severity::Warning, "class-character",
+     " holds a character that classes hardly have: is it meant?"}};
 
 std::string withoutBlanks(std::string text) {
     text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
@@ -38,329 +58,54 @@ std::string withoutBlanks(std::string text) {
 
 /// Whether a blank stands between two other characters of one class.
 bool hasInnerBlank(const std::string& list) {
-    for (std::size_t at = list.find(' '); at != list.npos; at = list.find(' ', at + 1)) {
-        const std::size_t before = list.find_last_not_of(' ', at);
+    for (std::size_t at = list.find(' '); at != list.npos; at = list.find(' ', at)) {
         const std::size_t behind = list.find_first_not_of(' ', at);
-        if (before != list.npos && behind != list.npos && list[before] != ',' &&
-            list[behind] != ',') {
+        if (at > 0 && behind != list.npos && list[at - 1] != ',' && list[behind] != ',') {
             return true;
         }
+        at = std::min(behind, list.size());
     }
     return false;
 }
 
 std::string described(std::uint32_t faultId, const std::string& moClass) {
     return "fault " + std::to_string(faultId) +
-           (moClass.empty() ? " without a class" : " on " + inQuotes(moClass));
+           (moClass.empty() ? " without a class" : " on " + quoted(moClass));
 }
 
-/// A character that looks like a blank or like nothing, and stays in a class of a mapping file.
-struct Invisible {
-    const char* bytes;
-    const char* name;
-};
+/// "131073 (2/1)".
+std::string minorTypeText(std::uint32_t minorType) {
+    return std::to_string(minorType) + " (" + alarmText(minorType) + ')';
+}
 
-/// In UTF-8; the last one as the parser leaves it in a file without encoding.
-constexpr Invisible kInvisible[] = {
-    {"\u00A0", "U+00A0"}, {"\u2007", "U+2007"}, {"\u200B", "U+200B"},      {"\u202F", "U+202F"},
-    {"\u3000", "U+3000"}, {"\uFEFF", "U+FEFF"}, {"\xA0", "the byte 0xA0"},
-};
-
-/// Where `character` is at or behind `from`, or `npos`. A byte behind one that is not ASCII is
-/// taken for a part of that character.
-std::size_t findInvisible(const std::string& text, const Invisible& character,
-                          std::size_t from = 0) {
-    const bool isByte = character.bytes[1] == '\0';
-    std::size_t at = text.find(character.bytes, from);
-    while (isByte && at != text.npos && at > 0 &&
-           static_cast<unsigned char>(text[at - 1]) >= 0x80) {
-        at = text.find(character.bytes, at + 1);
+/// What to write in place of a number that is not read as it is meant: "; write "7"", or nothing.
+std::string meantNumber(const std::string& value, bool isMinorType) {
+    std::string plain = inPlainLetters(value);
+    plain.erase(std::remove_if(plain.begin(), plain.end(),
+                               [](char c) { return c == ' ' || c == '"' || c == '\''; }),
+                plain.end());
+    char* end = nullptr;
+    const unsigned long hexadecimal = std::strtoul(plain.c_str(), &end, 16);
+    if ((plain.find("0x") == 0 || plain.find("0X") == 0) && *end == '\0') {
+        return "; write \"" + std::to_string(hexadecimal) + '"';
     }
-    return at;
-}
-
-/// How many characters have to be changed, added or removed to make `to` of `from`.
-std::size_t distance(const std::string& from, const std::string& to) {
-    std::vector<std::size_t> row(to.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < from.size(); ++i) {
-        std::size_t diagonal = row[0]++;
-        for (std::size_t j = 0; j < to.size(); ++j) {
-            const std::size_t changed = diagonal + (from[i] == to[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
-        }
+    unsigned int majorId = 0;
+    unsigned int minorId = 0;
+    if (isMinorType && std::sscanf(plain.c_str(), "%5u%*1[/:.-]%5u", &majorId, &minorId) == 2 &&
+        majorId <= 0xFFFF && minorId <= 0xFFFF) {
+        const auto meant = static_cast<std::int32_t>(majorId << 16U | minorId);
+        return "; for the alarm " + alarmText(static_cast<std::uint32_t>(meant)) + " write \"" +
+               std::to_string(meant) + '"';
     }
-    return row.back();
+    std::strtol(plain.c_str(), &end, 10);
+    return plain != value && !plain.empty() && *end == '\0' ? "; write \"" + plain + '"' : "";
 }
-
-/// The letters and digits of `name`, in lower case.
-std::string blurred(const std::string& name) {
-    std::string letters;
-    for (const char c : name) {
-        if (std::isalnum(static_cast<unsigned char>(c)) != 0) {
-            letters += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        }
-    }
-    return letters;
-}
-
-constexpr char kWhiteSpace[] = " \t\n\v\f\r";
-
-constexpr std::string_view kDelimiters{" \t\n\v\f\r/>\0", 9};
-
-bool isNameStart(char c) {
-    return std::isalpha(static_cast<unsigned char>(c)) != 0 ||
-           static_cast<unsigned char>(c) > 127 || c == '_';
-}
-
-bool isNameCharacter(char c) {
-    return isNameStart(c) || std::isdigit(static_cast<unsigned char>(c)) != 0 || c == '-' ||
-           c == '.' || c == ':';
-}
-
-/// What is passed over. TinyXML ends all but comments and CDATA sections at the first '>'.
-constexpr struct {
-    std::string_view begin;
-    std::string_view end;
-    const char* name;
-} kPassedOver[] = {{"<!--", "-->", "comment"},
-                   {"<![CDATA[", "]]>", "CDATA section"},
-                   {"<?", ">", "declaration"},
-                   {"<!", ">", "document type"}};
 
 } // namespace
 
-const char* severityText(Severity severity) {
-    return severity == Severity::Error ? "error" : "warning";
-}
-
-void removeInvisible(std::string& text) {
-    for (const Invisible& character : kInvisible) {
-        for (std::size_t at = findInvisible(text, character); at != text.npos;
-             at = findInvisible(text, character, at)) {
-            text.erase(at, std::strlen(character.bytes));
-        }
-    }
-}
-
-const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name) {
-    const TiXmlAttribute* attribute = element.FirstAttribute();
-    while (attribute != nullptr && std::strcmp(attribute->Name(), name) != 0) {
-        attribute = attribute->Next();
-    }
-    return attribute;
-}
-
-std::string written(const TiXmlAttribute& attribute) {
-    return std::string(attribute.Name()) + '=' + inQuotes(attribute.Value());
-}
-
-bool isMisspelt(const std::string& name, const std::string& meant) {
-    constexpr std::size_t kMostMistakes = 2;
-    return name.size() <= meant.size() + 2 * kMostMistakes &&
-           distance(blurred(name), blurred(meant)) <= kMostMistakes;
-}
-
-std::size_t Findings::count(Severity severity) const {
-    return static_cast<std::size_t>(
-        std::count_if(m_all.begin(), m_all.end(),
-                      [&](const Finding& finding) { return finding.severity == severity; }));
-}
-
-void Findings::beginFile(const std::string& file) {
-    m_file = file;
-    m_beginOfFile = m_all.size();
-}
-
-void Findings::endFile() {
-    std::stable_sort(m_all.begin() + static_cast<std::ptrdiff_t>(m_beginOfFile), m_all.end(),
-                     [](const Finding& one, const Finding& other) {
-                         return std::pair(one.position.line, one.position.column) <
-                                std::pair(other.position.line, other.position.column);
-                     });
-}
-
-bool Findings::hasErrorInFile() const {
-    return std::any_of(m_all.begin() + static_cast<std::ptrdiff_t>(m_beginOfFile), m_all.end(),
-                       [](const Finding& finding) { return finding.severity == Severity::Error; });
-}
-
-void Findings::add(Severity severity, const char* rule, const TiXmlBase& part,
-                   std::string message) {
-    add({dolqctl::positionOf(m_file, part), severity, rule, std::move(message), {}});
-}
-
-XmlText::XmlText(const std::string& path, Findings& findings) : m_path(path), m_findings(findings) {
-    if (common::readRegularFile(path, m_text.max_size(), m_text) != 0) {
-        return;
-    }
-    const std::size_t nul = m_text.find('\0');
-    if (m_text.empty()) {
-        fail(0, "it is empty");
-    } else if (nul < 2 || m_text.compare(0, 2, "\xFF\xFE") == 0 ||
-               m_text.compare(0, 2, "\xFE\xFF") == 0) {
-        fail(0, "it looks like UTF-16; save it as UTF-8");
-    } else if (nul != m_text.npos) {
-        fail(nul, "a NUL byte ends the text here");
-    }
-    std::size_t at = m_text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
-    while ((at = m_text.find_first_not_of(kWhiteSpace, at)) != m_text.npos) {
-        const bool isOutside = m_open.empty();
-        const bool isMarkup = m_text[at] == '<';
-        const bool isPassedOver = isMarkup && (m_text[at + 1] == '!' || m_text[at + 1] == '?');
-        if (isOutside && !m_rootName.empty() && !isPassedOver) {
-            m_findings.add({positionOf(at),
-                            Severity::Error,
-                            "behind-root",
-                            "nothing behind the first root element is read: " + word(at),
-                            {}});
-            return;
-        }
-        if (isMarkup) {
-            at = markup(at);
-        } else if (isOutside) {
-            at = fail(at, "no root element, but " + word(at));
-        } else {
-            at = m_text.find('<', at);
-        }
-    }
-    if (m_rootName.empty()) {
-        fail(0, "it has no element");
-    } else if (!m_open.empty()) {
-        fail(m_open.back(), "the element " + word(m_open.back()) + " is not closed");
-    }
-}
-
-std::size_t XmlText::markup(std::size_t at) {
-    for (const auto& [begin, end, name] : kPassedOver) {
-        if (m_text.compare(at, begin.size(), begin) == 0) {
-            const std::size_t to = m_text.find(end, at + begin.size());
-            return to == m_text.npos ? fail(at, std::string("the ") + name + " is not closed")
-                                     : to + end.size();
-        }
-    }
-    return m_text[at + 1] == '/' ? endTag(at) : startTag(at);
-}
-
-std::size_t XmlText::startTag(std::size_t at) {
-    const std::size_t begin = at;
-    if (!isNameStart(m_text[++at])) {
-        return fail(begin, "this '<' begins no element: write \"&lt;\" for the character");
-    }
-    while (isNameCharacter(m_text[at])) {
-        ++at;
-    }
-    if (m_rootName.empty()) {
-        m_rootName = m_text.substr(begin + 1, at - begin - 1);
-    }
-    std::vector<std::string> names;
-    while ((at = m_text.find_first_not_of(kWhiteSpace, at)) != m_text.npos) {
-        if (m_text[at] == '>') {
-            m_open.push_back(begin);
-            return at + 1;
-        }
-        if (m_text[at] == '/') {
-            return m_text[at + 1] == '>' ? at + 2 : fail(at, "a '/' without '>' behind it");
-        }
-        at = attribute(at, names);
-        if (at == m_text.npos) {
-            return at;
-        }
-    }
-    return fail(begin, "the tag " + word(begin) + " is not complete");
-}
-
-std::size_t XmlText::attribute(std::size_t at, std::vector<std::string>& names) {
-    const std::size_t begin = at;
-    while (isNameCharacter(m_text[at])) {
-        ++at;
-    }
-    const std::string name = m_text.substr(begin, at - begin);
-    if (name.empty()) {
-        return fail(begin, "an attribute or '>' is missing before " + word(begin));
-    }
-    if (std::find(names.begin(), names.end(), name) != names.end()) {
-        return fail(begin, "the attribute " + inQuotes(name) + " is there twice");
-    }
-    names.push_back(name);
-    at = m_text.find_first_not_of(kWhiteSpace, at);
-    if (at == m_text.npos || m_text[at] != '=') {
-        return fail(begin, "the attribute " + inQuotes(name) + " has no value");
-    }
-    at = std::min(m_text.find_first_not_of(kWhiteSpace, at + 1), m_text.size());
-    if (m_text[at] == '"' || m_text[at] == '\'') {
-        const std::size_t end = m_text.find(m_text[at], at + 1);
-        return end != m_text.npos ? end + 1 : fail(at, "this quotation mark has no partner");
-    }
-    const std::size_t end = m_text.find_first_of(" \t\n\v\f\r/>\"'", at);
-    return end != m_text.npos && std::strchr("\"'", m_text[end]) != nullptr
-               ? fail(end, "a quotation mark that nothing opened")
-               : end;
-}
-
-std::size_t XmlText::endTag(std::size_t at) {
-    const std::size_t open = m_open.back() + 1;
-    std::size_t length = 0;
-    while (isNameCharacter(m_text[open + length])) {
-        ++length;
-    }
-    const std::size_t behind = m_text.find_first_not_of(kWhiteSpace, at + 2 + length);
-    if (m_text.compare(at + 2, length, m_text, open, length) != 0 || behind == m_text.npos ||
-        m_text[behind] != '>') {
-        const FilePosition begin = positionOf(open - 1);
-        return fail(at, word(at) + " does not close " + word(open - 1) + " of line " +
-                            std::to_string(begin.line));
-    }
-    m_open.pop_back();
-    return behind + 1;
-}
-
-/// The first failure counts, as with TinyXML.
-std::size_t XmlText::fail(std::size_t at, std::string reason) {
-    if (m_failure.empty()) {
-        m_failedAt = positionOf(at);
-        m_failure = std::move(reason);
-    }
-    m_open.clear();
-    return m_text.npos;
-}
-
-/// The beginning of what stands at `at`, in quotes.
-std::string XmlText::word(std::size_t at) const {
-    constexpr std::size_t kLongest = 20;
-    const std::size_t end = std::min(m_text.find_first_of(kDelimiters, at + 2), m_text.size());
-    return inQuotes(m_text.substr(at, std::min(end - at + (m_text[end] == '>' ? 1 : 0), kLongest)));
-}
-
-FilePosition XmlText::positionOf(std::size_t at) const {
-    FilePosition position{m_findings.file(), 1, 1};
-    for (std::size_t i = m_text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0; i < at; ++i) {
-        if (m_text[i] == '\n' || (m_text[i] == '\r' && m_text[i + 1] != '\n')) {
-            ++position.line;
-            position.column = 1;
-        } else if ((static_cast<unsigned char>(m_text[i]) & 0xC0U) != 0x80) {
-            ++position.column;
-        }
-    }
-    return position;
-}
-
-void XmlText::addNotLoaded(const TiXmlDocument& document) const {
-    const UnreadableFile parser = whyNotLoaded(m_path, document);
-    const bool isKnown = !m_failure.empty();
-    const FilePosition position =
-        isKnown ? m_failedAt
-                : FilePosition{m_findings.file(), parser.position.line, parser.position.column};
-    m_findings.add({position,
-                    Severity::Error,
-                    "not-loaded",
-                    "the file is not read: " + (isKnown ? m_failure : parser.reason),
-                    {}});
-}
-
-void MappingFileChecker::check(const std::string& path) {
-    m_findings.beginFile(path);
+void MappingFileChecker::check(const std::string& path, const std::string& name) {
+    m_files.push_back(name);
+    m_findings.beginFile(name);
     const XmlText text(path, m_findings);
     m_text = &text;
     if (isManifest(text)) {
@@ -371,13 +116,15 @@ void MappingFileChecker::check(const std::string& path) {
     m_findings.endFile();
 }
 
-void MappingFileChecker::onNotLoaded(const TiXmlDocument& document) {
-    m_text->addNotLoaded(document);
-}
-
 void MappingFileChecker::onNoRoot() { m_text->addNotLoaded({}); }
 
 void MappingFileChecker::onRoot(const TiXmlElement& root) {
+    if (root.ValueStr() != kRoot && isMisspelt(root.ValueStr(), kRoot)) {
+        warning(root, "misspelt-root",
+                "the root element " + quoted(root.Value()) + " is read, but its name is '" + kRoot +
+                    "'");
+    }
+    addUnreadText(root, m_findings);
     for (const TiXmlElement* element = root.FirstChildElement(); element != nullptr;
          element = element->NextSiblingElement()) {
         if (element->ValueStr() == kMapping) {
@@ -388,7 +135,10 @@ void MappingFileChecker::onRoot(const TiXmlElement& root) {
         checkNested(*element);
     }
     if (root.FirstChildElement(kMapping) == nullptr) {
-        warning(root, "no-mapping", "the root element holds no 'mapping' element");
+        error(root, "no-mapping",
+              "the file maps nothing: its root element " + quoted(root.Value()) +
+                  " holds no 'mapping'" +
+                  (root.ValueStr() == kMapping ? ", it is one: put it into a root element" : ""));
     }
 }
 
@@ -402,20 +152,7 @@ void MappingFileChecker::checkMapping(const TiXmlElement& element) {
                 std::string("no '") + kMoClass +
                     "': only an object without a class gets this alarm");
     }
-    for (const TiXmlAttribute* attribute = element.FirstAttribute(); attribute != nullptr;
-         attribute = attribute->Next()) {
-        const std::string name = attribute->Name();
-        if (name == kFaultId || name == kMinorType || name == kMoClass) {
-            continue;
-        }
-        const std::string ignored = "the attribute " + inQuotes(name) + " is ignored";
-        const char* const known[] = {kFaultId, kMinorType, kMoClass};
-        const auto* const meant =
-            std::find_if(std::begin(known), std::end(known),
-                         [&](const char* candidate) { return isMisspelt(name, candidate); });
-        reportUnread(*attribute, "unknown-attribute", ignored,
-                     meant != std::end(known) ? *meant : nullptr);
-    }
+    addUnknownAttributes(element, {kFaultId, kMinorType, kMoClass}, m_findings);
 }
 
 void MappingFileChecker::checkNumber(const TiXmlElement& element, const char* name) {
@@ -429,7 +166,8 @@ void MappingFileChecker::checkNumber(const TiXmlElement& element, const char* na
     const TiXmlAttribute& attribute = *findAttribute(element, name);
     if (outcome != TIXML_SUCCESS) {
         error(attribute, "not-an-integer",
-              written(attribute) + " is no integer: the element is skipped");
+              written(attribute) + " is no integer: the element is skipped" +
+                  meantNumber(attribute.Value(), name == kMinorType));
         return;
     }
     errno = 0;
@@ -449,7 +187,13 @@ void MappingFileChecker::checkNumber(const TiXmlElement& element, const char* na
     }
     if (rest[std::strspn(rest, " \t\n\v\f\r")] != '\0') {
         error(attribute, "text-after-number",
-              written(attribute) + " is read as " + stored + ": what follows is ignored");
+              written(attribute) + " is read as " + stored + ": what follows is ignored" +
+                  meantNumber(attribute.Value(), name == kMinorType));
+    } else if (name == kMinorType && dolq::majorIdOf(static_cast<std::uint32_t>(number)) == 0) {
+        warning(attribute, "no-major-id",
+                written(attribute) + " is the alarm 0/" + stored +
+                    ": a minor type is the major id times 65536 plus the minor id; for 2/" +
+                    stored + " write \"" + std::to_string(131072 + number) + '"');
     }
 }
 
@@ -461,7 +205,8 @@ void MappingFileChecker::checkClassList(const TiXmlAttribute& list) {
     }
     if (hasInnerBlank(list.Value())) {
         warning(list, "blank-in-class",
-                written(list) + " is read without its blanks, as " + inQuotes(classes));
+                written(list) + " is read without its blanks, as " + quoted(classes) +
+                    ": is a comma missing?");
     }
     if (classes.back() == ',') {
         warning(list, "final-comma", written(list) + " has no class behind its last comma");
@@ -471,19 +216,10 @@ void MappingFileChecker::checkClassList(const TiXmlAttribute& list) {
 void MappingFileChecker::checkUnread(const TiXmlElement& element) {
     const bool hasIds =
         element.Attribute(kFaultId) != nullptr || element.Attribute(kMinorType) != nullptr;
-    reportUnread(element, "unknown-element",
-                 "the element " + inQuotes(element.Value()) + " is not read",
-                 hasIds || isMisspelt(element.ValueStr(), kMapping) ? kMapping : nullptr);
-}
-
-/// An error when something else is `meant`, for then a mapping is lost.
-void MappingFileChecker::reportUnread(const TiXmlBase& part, const char* rule,
-                                      const std::string& message, const char* meant) {
-    if (meant == nullptr) {
-        warning(part, rule, message);
-    } else {
-        error(part, rule, message + ": did you mean '" + meant + "'?");
-    }
+    const bool isMapping = hasIds || isMisspelt(element.ValueStr(), kMapping);
+    m_findings.add(isMapping ? Severity::Error : Severity::Warning, "unknown-element", element,
+                   "the element " + quoted(element.Value()) + " is not read" +
+                       (isMapping ? std::string(": did you mean '") + kMapping + "'?" : ""));
 }
 
 /// The depth is bounded: the reader gives no deeper document to the parser.
@@ -492,7 +228,7 @@ void MappingFileChecker::checkNested(const TiXmlElement& element) {
          child = child->NextSiblingElement()) {
         if (child->ValueStr() == kMapping) {
             error(*child, "nested-mapping",
-                  "a 'mapping' inside " + inQuotes(element.Value()) +
+                  "a 'mapping' inside " + quoted(element.Value()) +
                       " is not read: only children of the root element are");
         } else if (element.ValueStr() == kMapping) {
             checkUnread(*child);
@@ -503,56 +239,83 @@ void MappingFileChecker::checkNested(const TiXmlElement& element) {
 
 void MappingFileChecker::onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
                                                std::uint32_t minorType) {
-    remember({faultId, {}, minorType, positionOf(m_findings.file(), element)});
+    remember(element, faultId, minorType, {});
 }
 
 void MappingFileChecker::onMapping(const TiXmlElement& element, std::uint32_t faultId,
                                    std::uint32_t minorType, const std::string& moClass) {
-    checkClass(element, moClass);
-    remember({faultId, moClass, minorType, positionOf(m_findings.file(), element)});
+    checkClass(*findAttribute(element, kMoClass), moClass);
+    remember(element, faultId, minorType, moClass);
 }
 
-void MappingFileChecker::checkClass(const TiXmlElement& element, const std::string& moClass) {
-    const TiXmlAttribute& list = *findAttribute(element, kMoClass);
+void MappingFileChecker::checkClass(const TiXmlAttribute& list, const std::string& moClass) {
     if (moClass.empty()) {
         warning(list, "empty-class",
                 "an empty piece of the class list is an entry without a class");
-    } else if (moClass.find_first_of(kOtherWhiteSpace) != moClass.npos) {
-        error(list, "class-never-matches",
-              "the class " + inQuotes(moClass) +
-                  " never matches: only blanks are removed from it, but all white space from the "
-                  "notification object");
-    } else if (moClass.find('=') != moClass.npos) {
-        error(list, "class-never-matches",
-              "the class " + inQuotes(moClass) +
-                  " never matches: a notification object's class ends before its '='");
+        return;
     }
-    for (const Invisible& character : kInvisible) {
-        if (findInvisible(moClass, character) != moClass.npos) {
-            warning(list, "invisible-in-class",
-                    "the class " + inQuotes(moClass) + " holds " + character.name +
-                        ", which looks like a blank or like nothing but is not removed");
+    const std::string theClass = "the class " + quoted(moClass);
+    std::string first;
+    const std::string plain = inPlainLetters(moClass, &first);
+    for (const auto& [characters, severity, rule, reason] : kOddCharacters) {
+        if (plain.find_first_of(characters) != plain.npos) {
+            m_findings.add(severity, rule, list, theClass + reason);
         }
+    }
+    if (!first.empty()) {
+        std::string visible = moClass;
+        removeInvisible(visible);
+        const bool isInvisible = visible == plain;
+        error(list, isInvisible ? "invisible-in-class" : "look-alike",
+              theClass + " holds " + first +
+                  (isInvisible ? ", which cannot be seen but is part of it"
+                               : ", which looks like another character") +
+                  ": write " + quoted(plain));
+    }
+    std::string lowerCase = moClass;
+    std::transform(lowerCase.begin(), lowerCase.end(), lowerCase.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const auto& [spelling, place] =
+        m_spellings.try_emplace(std::move(lowerCase), moClass, placeOf(list)).first->second;
+    if (spelling != moClass) {
+        warning(list, "class-case",
+                theClass + " is written " + quoted(spelling) + " at " +
+                    positionText(positionOf(place)) + ": letter case makes them two classes");
     }
 }
 
-void MappingFileChecker::remember(Mapping mapping) {
-    const auto [entry, isNew] = m_mappings.try_emplace({mapping.faultId, mapping.moClass}, mapping);
-    if (isNew) {
-        return;
+void MappingFileChecker::remember(const TiXmlElement& element, std::uint32_t faultId,
+                                  std::uint32_t minorType, const std::string& moClass) {
+    const Earlier mapping{minorType, placeOf(element)};
+    const auto [entry, isNew] = m_mappings.try_emplace({faultId, moClass}, mapping);
+    const Earlier earlier = std::exchange(entry->second, mapping);
+    const bool sameFile = earlier.place.file == mapping.place.file;
+    const bool sameElement = sameFile && earlier.place.line == mapping.place.line &&
+                             earlier.place.column == mapping.place.column;
+    if (isNew || (moClass.empty() && sameElement)) {
+        return; // empty pieces of one list are told already
     }
-    const Mapping& earlier = entry->second;
-    const bool sameFile = earlier.position.file == mapping.position.file;
-    const bool sameAlarm = earlier.minorType == mapping.minorType;
-    const std::string message =
-        described(mapping.faultId, mapping.moClass) +
-        (sameAlarm ? " is mapped to " + std::to_string(mapping.minorType) + " already at "
-                   : " gets " + std::to_string(mapping.minorType) + " in place of " +
-                         std::to_string(earlier.minorType) + " at ") +
-        positionText(earlier.position);
-    m_findings.add({mapping.position, sameFile && !sameAlarm ? Severity::Error : Severity::Warning,
-                    sameFile ? "duplicate" : "override", message, earlier.position});
-    entry->second = std::move(mapping);
+    const bool sameAlarm = earlier.minorType == minorType;
+    Finding* const finding =
+        m_findings.add(sameFile && !sameAlarm ? Severity::Error : Severity::Warning,
+                       sameFile ? "duplicate" : "override");
+    if (finding != nullptr) {
+        finding->position = positionOf(mapping.place);
+        finding->other = positionOf(earlier.place);
+        finding->message = described(faultId, moClass) +
+                           (sameAlarm ? " is mapped to " + minorTypeText(minorType) + " already at "
+                                      : " gets " + minorTypeText(minorType) + " in place of " +
+                                            minorTypeText(earlier.minorType) + " at ") +
+                           positionText(*finding->other);
+    }
+}
+
+MappingFileChecker::Place MappingFileChecker::placeOf(const TiXmlBase& part) const {
+    return {m_files.size() - 1, part.Row(), part.Column()};
+}
+
+FilePosition MappingFileChecker::positionOf(const Place& place) const {
+    return {m_files[place.file], place.line, place.column};
 }
 
 void MappingFileChecker::error(const TiXmlBase& part, const char* rule, std::string message) {

@@ -1,0 +1,521 @@
+#include "mappings/Findings.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <numeric>
+
+#include <tinyxml.h>
+
+#include "Output.h"
+#include "common/RegularFile.h"
+
+namespace dolqctl {
+
+namespace {
+
+constexpr char kWhiteSpace[] = " \t\n\v\f\r";
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr char kDigits[] = "0123456789abcdefABCDEF";
+
+/// What looks like something else, and what that is.
+struct LookAlike {
+    std::string_view bytes;
+    const char* plain;
+};
+
+// clang-format off
+constexpr LookAlike kLookAlikes[] = {
+    // White space, and nothing at all.
+    {"\u00A0", ""}, {"\u00AD", ""}, {"\u2002", ""}, {"\u2003", ""}, {"\u2007", ""}, {"\u2009", ""},
+    {"\u200B", ""}, {"\u200C", ""}, {"\u200D", ""}, {"\u200E", ""}, {"\u200F", ""}, {"\u202F", ""},
+    {"\u2060", ""}, {"\u3000", ""}, {"\uFEFF", ""}, {"\xA0", ""}, // the last one in a file that is not UTF-8
+    // Punctuation that word processors put in.
+    {"\u2010", "-"}, {"\u2011", "-"}, {"\u2013", "-"}, {"\u2014", "-"}, {"\u2018", "'"}, {"\u2019", "'"},
+    {"\u201C", "\""}, {"\u201D", "\""}, {"\u201E", "\""}, {"\uFF0C", ","}, {"\uFF1D", "="},
+    // Cyrillic and Greek letters.
+    {"\u0410", "A"}, {"\u0412", "B"}, {"\u0415", "E"}, {"\u041A", "K"}, {"\u041C", "M"}, {"\u041D", "H"},
+    {"\u041E", "O"}, {"\u0420", "P"}, {"\u0421", "C"}, {"\u0422", "T"}, {"\u0425", "X"}, {"\u0405", "S"},
+    {"\u0406", "I"}, {"\u0408", "J"}, {"\u0430", "a"}, {"\u0435", "e"}, {"\u043E", "o"}, {"\u0440", "p"},
+    {"\u0441", "c"}, {"\u0443", "y"}, {"\u0445", "x"}, {"\u0455", "s"}, {"\u0456", "i"}, {"\u0458", "j"},
+    {"\u0501", "d"}, {"\u0391", "A"}, {"\u0392", "B"}, {"\u0395", "E"}, {"\u0396", "Z"}, {"\u0397", "H"},
+    {"\u0399", "I"}, {"\u039A", "K"}, {"\u039C", "M"}, {"\u039D", "N"}, {"\u039F", "O"}, {"\u03A1", "P"},
+    {"\u03A4", "T"}, {"\u03A5", "Y"}, {"\u03A7", "X"}, {"\u03BF", "o"}, {"\u03BD", "v"}};
+// clang-format on
+
+/// What TinyXML passes over. It ends all but comments and CDATA sections at the first '>'.
+constexpr struct {
+    std::string_view begin;
+    std::string_view end;
+    const char* name;
+} kPassedOver[] = {{"<!--", "-->", "comment"},
+                   {"<![CDATA[", "]]>", "CDATA section"},
+                   {"<?", ">", "declaration"},
+                   {"<!", ">", "document type"}};
+
+constexpr std::string_view kEntities[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"};
+
+bool startsWith(std::string_view text, std::string_view begin) {
+    return text.substr(0, begin.size()) == begin;
+}
+
+bool isNameStart(char c) {
+    return std::isalpha(static_cast<unsigned char>(c)) != 0 ||
+           static_cast<unsigned char>(c) > 127 || c == '_';
+}
+
+/// In bytes; 1 for one that is not UTF-8.
+std::size_t lengthOfFirst(std::string_view text) {
+    std::mbstate_t state{};
+    const std::size_t length = static_cast<unsigned char>(text[0]) < 0x80
+                                   ? 1
+                                   : std::mbrlen(text.data(), text.size(), &state);
+    return length <= text.size() ? length : 1;
+}
+
+/// "U+00A0" for the first character of `text`.
+std::string codePointName(std::string_view text) {
+    wchar_t character = static_cast<unsigned char>(text[0]);
+    std::mbstate_t state{};
+    std::mbrtowc(&character, text.data(), text.size(), &state);
+    char name[sizeof("U+10FFFF")];
+    std::snprintf(name, sizeof(name), "U+%04X", static_cast<unsigned>(character) & 0x1FFFFFU);
+    return name;
+}
+
+/// How many characters have to be changed, added or removed to make `to` of `from`.
+std::size_t distance(const std::string& from, const std::string& to) {
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t j = 0; j < to.size(); ++j) {
+            const std::size_t changed = diagonal + (from[i] == to[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+/// The letters and digits of `name`, in lower case.
+std::string blurred(const std::string& name) {
+    std::string letters;
+    for (const char c : name) {
+        if (std::isalnum(static_cast<unsigned char>(c)) != 0) {
+            letters += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        }
+    }
+    return letters;
+}
+
+} // namespace
+
+const char* severityText(Severity severity) {
+    return severity == Severity::Error ? "error" : "warning";
+}
+
+const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name) {
+    const TiXmlAttribute* attribute = element.FirstAttribute();
+    while (attribute != nullptr && std::strcmp(attribute->Name(), name) != 0) {
+        attribute = attribute->Next();
+    }
+    return attribute;
+}
+
+std::string quoted(std::string_view text) {
+    std::size_t length = 80;
+    if (text.size() <= length) {
+        return inQuotes(text);
+    }
+    while ((static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80 && length > 0) {
+        --length;
+    }
+    return inQuotes(text.substr(0, length)) + "...";
+}
+
+std::string written(const TiXmlAttribute& attribute) {
+    return printable(attribute.Name()) + '=' + quoted(attribute.Value());
+}
+
+bool isMisspelt(const std::string& name, const std::string& meant) {
+    constexpr std::size_t kMostMistakes = 2;
+    return name.size() <= meant.size() + 2 * kMostMistakes &&
+           distance(blurred(name), blurred(meant)) <= kMostMistakes;
+}
+
+std::string inPlainLetters(std::string_view text, std::string* firstName) {
+    std::string plain;
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::string_view character = rest.substr(0, lengthOfFirst(rest));
+        const auto* const found =
+            std::find_if(std::begin(kLookAlikes), std::end(kLookAlikes),
+                         [&](const LookAlike& each) { return each.bytes == character; });
+        if (found == std::end(kLookAlikes)) {
+            plain += character;
+        } else {
+            plain += found->plain;
+            if (firstName != nullptr && firstName->empty()) {
+                *firstName = codePointName(character);
+            }
+        }
+        rest.remove_prefix(character.size());
+    }
+    // What holds other Greek or Cyrillic letters is a word of such a language.
+    const bool isForeign = std::any_of(plain.begin(), plain.end(), [](char c) {
+        return static_cast<unsigned char>(c) >= 0xCD && static_cast<unsigned char>(c) <= 0xD4;
+    });
+    if (isForeign && firstName != nullptr) {
+        firstName->clear();
+    }
+    return isForeign ? std::string(text) : plain;
+}
+
+void removeInvisible(std::string& text) {
+    for (std::size_t at = 0; at < text.size();) {
+        const std::string_view character =
+            std::string_view(text).substr(at, lengthOfFirst(std::string_view(text).substr(at)));
+        const bool isInvisible =
+            std::any_of(std::begin(kLookAlikes), std::end(kLookAlikes), [&](const LookAlike& each) {
+                return each.bytes == character && *each.plain == '\0';
+            });
+        isInvisible ? static_cast<void>(text.erase(at, character.size()))
+                    : static_cast<void>(at += character.size());
+    }
+}
+
+void addUnknownAttributes(const TiXmlElement& element, const std::vector<const char*>& known,
+                          Findings& findings) {
+    for (const TiXmlAttribute* attribute = element.FirstAttribute(); attribute != nullptr;
+         attribute = attribute->Next()) {
+        const std::string name = attribute->Name();
+        if (std::find(known.begin(), known.end(), name) != known.end()) {
+            continue;
+        }
+        constexpr std::size_t kShortestPart = 5;
+        const std::string letters = blurred(name);
+        const auto meant = std::find_if(known.begin(), known.end(), [&](const char* candidate) {
+            const bool isPart = letters.size() >= kShortestPart &&
+                                blurred(candidate).find(letters) != std::string::npos;
+            return (isPart || isMisspelt(name, candidate)) &&
+                   element.Attribute(candidate) == nullptr;
+        });
+        const bool isMistake = meant != known.end();
+        findings.add(isMistake ? Severity::Error : Severity::Warning, "unknown-attribute",
+                     *attribute,
+                     "the attribute " + quoted(name) + " is ignored" +
+                         (isMistake ? ": did you mean '" + std::string(*meant) + "'?" : ""));
+    }
+}
+
+void addUnreadText(const TiXmlElement& element, Findings& findings) {
+    for (const TiXmlNode* node = element.FirstChild(); node != nullptr;
+         node = node->NextSibling()) {
+        if (const TiXmlText* const text = node->ToText()) {
+            const bool isElement = text->ValueStr().find('=') != std::string::npos;
+            findings.add(isElement ? Severity::Error : Severity::Warning, "unread-text", *text,
+                         std::string(text->CDATA() ? "a CDATA section" : "text") +
+                             " is not read: " + quoted(text->ValueStr()) +
+                             (isElement && !text->CDATA() ? "; is a '<' missing?" : ""));
+        }
+    }
+}
+
+void Findings::beginFile(const std::string& file) {
+    m_file = file;
+    m_beginOfFile = m_all.size();
+    m_ofRule = {};
+    m_hasError = false;
+}
+
+void Findings::endFile() {
+    const auto begin = m_all.begin() + static_cast<std::ptrdiff_t>(m_beginOfFile);
+    std::stable_sort(begin, m_all.end(), [](const Finding& one, const Finding& other) {
+        return std::pair(one.position.line, one.position.column) <
+               std::pair(other.position.line, other.position.column);
+    });
+    for (std::size_t rule = 0; rule < m_ofRule.size(); ++rule) {
+        if (m_ofRule[rule] > m_most) {
+            std::find_if(m_all.rbegin(), m_all.rend(), [&](const Finding& finding) {
+                return finding.rule == kRules[rule];
+            })->more = m_ofRule[rule] - m_most;
+        }
+    }
+}
+
+Finding* Findings::add(Severity severity, const char* rule) {
+    m_hasError = m_hasError || severity == Severity::Error;
+    if (std::find(m_allowed.begin(), m_allowed.end(), rule) != m_allowed.end()) {
+        return nullptr;
+    }
+    ++m_counts[severity == Severity::Error];
+    const auto index = static_cast<std::size_t>(
+        std::find(std::begin(kRules), std::end(kRules), rule) - std::begin(kRules));
+    return ++m_ofRule.at(index) <= m_most
+               ? &m_all.emplace_back(Finding{{m_file}, severity, rule, {}})
+               : nullptr;
+}
+
+void Findings::add(Severity severity, const char* rule, const TiXmlBase& part,
+                   std::string message) {
+    if (Finding* const finding = add(severity, rule)) {
+        finding->position = positionOf(m_file, part);
+        finding->message = std::move(message);
+    }
+}
+
+XmlText::XmlText(const std::string& path, Findings& findings) : m_path(path), m_findings(findings) {
+    if (common::readRegularFile(path, m_text.max_size(), m_text) != 0) {
+        return;
+    }
+    checkEncoding();
+    std::size_t at = m_begin;
+    while ((at = m_text.find_first_not_of(kWhiteSpace, at)) != m_text.npos) {
+        const bool isOutside = m_open.empty();
+        const bool isMarkup = m_text[at] == '<';
+        const bool isPassedOver = isMarkup && (m_text[at + 1] == '!' || m_text[at + 1] == '?');
+        if (isOutside && !m_rootName.empty() && !isPassedOver) {
+            add(at, "behind-root", "nothing behind the first root element is read: " + word(at));
+            return;
+        }
+        if (isMarkup) {
+            at = markup(at);
+        } else if (isOutside) {
+            at = fail(at, "no root element, but " + word(at));
+        } else {
+            at = m_text.find('<', at);
+        }
+    }
+    if (m_rootName.empty()) {
+        fail(0, "it has no element");
+    } else if (!m_open.empty()) {
+        fail(m_open.back(), "the element " + word(m_open.back()) + " is not closed");
+    }
+}
+
+void XmlText::checkEncoding() {
+    m_isUtf8 = startsWith(m_text, kByteOrderMark);
+    m_begin = m_isUtf8 ? kByteOrderMark.size() : 0;
+    const std::size_t nul = m_text.find('\0');
+    if (m_text.empty()) {
+        fail(0, "it is empty");
+    } else if (nul < 2 || startsWith(m_text, "\xFF\xFE") || startsWith(m_text, "\xFE\xFF")) {
+        fail(0, "it looks like UTF-16: save it as UTF-8");
+        return;
+    } else if (nul != m_text.npos) {
+        fail(nul, "a NUL byte ends the text here");
+    }
+    std::mbstate_t state{};
+    for (std::size_t at = 0; at < m_text.size();) {
+        const bool isAscii = static_cast<unsigned char>(m_text[at]) < 0x80;
+        const std::size_t length =
+            isAscii ? 1 : std::mbrlen(&m_text[at], m_text.size() - at, &state);
+        if (length > m_text.size()) {
+            add(at, "not-utf-8",
+                "the byte " + inQuotes(m_text.substr(at, 1)) +
+                    " is no UTF-8, and nothing converts it: save the file as UTF-8");
+            return;
+        }
+        at += length;
+    }
+}
+
+std::size_t XmlText::markup(std::size_t at) {
+    m_suspect = m_text.npos;
+    for (const auto& [begin, end, name] : kPassedOver) {
+        if (m_text.compare(at, begin.size(), begin) != 0) {
+            continue;
+        }
+        const std::size_t to = m_text.find(end, at + begin.size());
+        if (to == m_text.npos) {
+            return fail(at, std::string("the ") + name + " is not closed");
+        }
+        if (startsWith(begin, "<?") && m_rootName.empty()) {
+            const std::string declaration = blurred(m_text.substr(at, to - at));
+            m_isUtf8 = m_isUtf8 || declaration.find("encoding") == declaration.npos ||
+                       declaration.find("utf8") != declaration.npos;
+        }
+        return to + end.size();
+    }
+    return m_text[at + 1] == '/' ? endTag(at) : startTag(at);
+}
+
+std::size_t XmlText::startTag(std::size_t at) {
+    if (!isNameStart(m_text[at + 1])) {
+        return fail(at, "this '<' begins no element: write \"&lt;\" for the character");
+    }
+    const std::string_view name = nameAt(at + 1);
+    if (m_rootName.empty()) {
+        m_rootName = name;
+    }
+    std::vector<std::string_view> names;
+    std::size_t next = at + 1 + name.size();
+    while ((next = m_text.find_first_not_of(kWhiteSpace, next)) != m_text.npos) {
+        if (m_text[next] == '>') {
+            m_open.push_back(at);
+            return next + 1;
+        }
+        if (m_text[next] == '/') {
+            return m_text[next + 1] == '>' ? next + 2 : fail(next, "a '/' without '>' behind it");
+        }
+        next = attribute(next, names);
+        if (next == m_text.npos) {
+            break;
+        }
+    }
+    return fail(at, "the tag " + word(at) + " is not complete");
+}
+
+std::size_t XmlText::attribute(std::size_t at, std::vector<std::string_view>& names) {
+    const std::string_view name = nameAt(at);
+    if (name.empty()) {
+        return fail(at, "an attribute or '>' is missing before " + word(at));
+    }
+    if (std::find(names.begin(), names.end(), name) != names.end()) {
+        return fail(at, "the attribute " + quoted(name) + " is there twice");
+    }
+    names.push_back(name);
+    const std::size_t equals = m_text.find_first_not_of(kWhiteSpace, at + name.size());
+    if (equals == m_text.npos || m_text[equals] != '=') {
+        return fail(at, "the attribute " + quoted(name) + " has no value");
+    }
+    std::size_t begin = std::min(m_text.find_first_not_of(kWhiteSpace, equals + 1), m_text.size());
+    const bool isQuoted = m_text[begin] == '"' || m_text[begin] == '\'';
+    const std::size_t end = isQuoted ? m_text.find(m_text[begin], begin + 1)
+                                     : m_text.find_first_of(" \t\n\v\f\r/>\"'", begin);
+    if (isQuoted && (end == m_text.npos || m_text.find('<', begin) < end)) {
+        m_suspect = std::min(m_suspect, begin);
+    }
+    if (end == m_text.npos || !checkReferences(begin, end)) {
+        return m_text.npos;
+    }
+    if (!isQuoted && (m_text[end] == '"' || m_text[end] == '\'')) {
+        return fail(end, "a quotation mark that nothing opened");
+    }
+    return isQuoted ? end + 1 : end;
+}
+
+/// False where the parser stops.
+bool XmlText::checkReferences(std::size_t begin, std::size_t end) {
+    const std::string_view value = std::string_view(m_text).substr(begin, end - begin);
+    for (std::size_t at = value.find('&'); at != value.npos; at = value.find('&', at + 1)) {
+        const std::string_view rest = value.substr(at);
+        if (std::any_of(std::begin(kEntities), std::end(kEntities),
+                        [&](std::string_view entity) { return startsWith(rest, entity); })) {
+            continue;
+        }
+        if (!startsWith(rest, "&#")) {
+            const std::string_view name = nameAt(begin + at + 1);
+            const bool isEntity = !name.empty() && rest[1 + name.size()] == ';';
+            add(begin + at, "unknown-entity",
+                "the '&' is left out: write \"&amp;\" for it" +
+                    (isEntity ? ", or the character that " +
+                                    quoted(rest.substr(0, name.size() + 2)) + " means"
+                              : ""));
+            continue;
+        }
+        const bool isHexadecimal = startsWith(rest, "&#x");
+        const std::size_t digits = isHexadecimal ? 3 : 2;
+        const std::size_t semicolon = rest.find(';');
+        const std::string reference(rest.substr(0, std::min(semicolon, std::size_t{11}) + 1));
+        if (semicolon == rest.npos ||
+            rest.find_first_not_of({kDigits, isHexadecimal ? 22U : 10U}, digits) != semicolon) {
+            fail(begin + at, quoted(reference) + " is no character");
+            return false;
+        }
+        const unsigned long code =
+            std::strtoul(reference.c_str() + digits, nullptr, isHexadecimal ? 16 : 10);
+        if (code == 0 || code > 0x10FFFF) {
+            add(begin + at, "character-reference",
+                quoted(reference) + " is no character" +
+                    (code == 0 ? ": the value ends here" : ""));
+        } else if (code >= 0x80 && !m_isUtf8) {
+            add(begin + at, "character-reference",
+                quoted(reference) + " becomes a single byte in a file that does not say that it is "
+                                    "UTF-8: begin it with <?xml version=\"1.0\" "
+                                    "encoding=\"UTF-8\"?>");
+        }
+    }
+    return true;
+}
+
+std::size_t XmlText::endTag(std::size_t at) {
+    const std::string_view name = nameAt(m_open.back() + 1);
+    const std::size_t behind = m_text.find_first_not_of(kWhiteSpace, at + 2 + name.size());
+    if (m_text.compare(at + 2, name.size(), name) != 0 || behind == m_text.npos ||
+        m_text[behind] != '>') {
+        const std::string line = std::to_string(positionOf(m_open.back()).line);
+        return fail(at, word(at) + " does not close " + word(m_open.back()) + " of line " + line);
+    }
+    m_open.pop_back();
+    return behind + 1;
+}
+
+/// The first failure counts, as with TinyXML.
+std::size_t XmlText::fail(std::size_t at, std::string reason) {
+    if (m_failure.empty()) {
+        const bool isSuspect = m_suspect < at;
+        m_failedAt = positionOf(isSuspect ? m_suspect : at);
+        m_failure = isSuspect ? "the value that begins here has no quotation mark at its end"
+                              : std::move(reason);
+    }
+    m_open.clear();
+    return m_text.npos;
+}
+
+void XmlText::add(std::size_t at, const char* rule, const std::string& message) {
+    if (Finding* const finding = m_findings.add(Severity::Error, rule)) {
+        finding->position = positionOf(at);
+        finding->message = message;
+    }
+}
+
+std::string_view XmlText::nameAt(std::size_t at) const {
+    std::size_t end = at;
+    while (isNameStart(m_text[end]) || std::isdigit(static_cast<unsigned char>(m_text[end])) != 0 ||
+           m_text[end] == '-' || m_text[end] == '.' || m_text[end] == ':') {
+        ++end;
+    }
+    return std::string_view(m_text).substr(at, end - at);
+}
+
+/// The beginning of what stands at `at`, in quotes.
+std::string XmlText::word(std::size_t at) const {
+    constexpr std::size_t kLongest = 20;
+    const std::size_t end = std::min(m_text.find_first_of(" \t\n\v\f\r/>", at + 2), m_text.size());
+    return inQuotes(m_text.substr(at, std::min(end - at + (m_text[end] == '>' ? 1 : 0), kLongest)));
+}
+
+/// Goes on from the last one, for many of them.
+FilePosition XmlText::positionOf(std::size_t at) {
+    if (at < m_lastAt || m_last.line == 0) {
+        m_lastAt = m_begin;
+        m_last = {m_findings.file(), 1, 1};
+    }
+    for (; m_lastAt < at; ++m_lastAt) {
+        const char c = m_text[m_lastAt];
+        if (c == '\n' || (c == '\r' && m_text[m_lastAt + 1] != '\n')) {
+            ++m_last.line;
+            m_last.column = 1;
+        } else if ((static_cast<unsigned char>(c) & 0xC0U) != 0x80) {
+            ++m_last.column;
+        }
+    }
+    return m_last;
+}
+
+void XmlText::addNotLoaded(const TiXmlDocument& document) const {
+    UnreadableFile parser = whyNotLoaded(m_path, document);
+    if (Finding* const finding = m_findings.add(Severity::Error, "not-loaded")) {
+        const bool isKnown = !m_failure.empty();
+        finding->position = isKnown ? m_failedAt
+                                    : FilePosition{finding->position.file, parser.position.line,
+                                                   parser.position.column};
+        finding->message = "the file is not read: " + (isKnown ? m_failure : parser.reason);
+    }
+}
+
+} // namespace dolqctl
