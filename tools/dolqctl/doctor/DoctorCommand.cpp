@@ -27,9 +27,9 @@ Example:
   ZBN_NO=CXC1370001 ZBN_REV=R1A dolqctl doctor)";
 
 constexpr char kNotTried[] =
-    "Not tried: whether the service accepts an alarm and delivers it ('dolqctl raise' sends one), and "
-    "whether a program that runs already still reaches the service: after a restart of that, it can "
-    "hang where a new one does not.";
+    "Not tried: whether the service accepts an alarm and delivers it ('dolqctl raise' sends one). A "
+    "program that has run since before a restart of the service can hang where this one does not: "
+    "--pid shows its surroundings, and the library's probes what it waits for.";
 
 struct Look {
     const char* name;
@@ -40,14 +40,13 @@ struct Look {
 constexpr Look kLooks[] = {
     {"ok", Style::Good}, {"warning", Style::Warning}, {"failed", Style::Bad}};
 
-/// In lines of a terminal that has 80 columns, the others indented; whole for scripts.
+/// In lines that a terminal has room for, the others indented; whole for scripts.
 void printWrapped(const std::string& text, const std::string& indent, Output& output) {
-    constexpr std::size_t kColumns = 80;
     std::istringstream words(text);
     std::string line;
     for (std::string word; words >> word;) {
-        if (output.isTerminal() && !line.empty() &&
-            indent.size() + displayWidth(line) + 1 + displayWidth(word) > kColumns) {
+        if (!line.empty() &&
+            indent.size() + displayWidth(line) + 1 + displayWidth(word) > output.width()) {
             output.stream() << line << '\n' << indent;
             line.clear();
         }
