@@ -9,6 +9,15 @@
 #include "saNtf.h"
 
 namespace {
+bool g_setUserId = false; // as in a program that runs with another user's rights
+} // namespace
+
+// Stands in for the C library's.
+extern "C" [[gnu::visibility("default")]] char* secure_getenv(const char* name) noexcept {
+    return g_setUserId ? nullptr : std::getenv(name);
+}
+
+namespace {
 
 /// What a new process with the schedule gets for its calls, each made six times: `<call> <results>`
 /// on stderr.
@@ -78,6 +87,20 @@ class NtfFaultsDeathTest : public testing::Test, public testing::WithParamInterf
 TEST_P(NtfFaultsDeathTest, AreAsScheduled) {
     GTEST_FLAG_SET(death_test_style, "threadsafe"); // the schedule is read once in a process
     EXPECT_EXIT(callUnder(GetParam().text), testing::ExitedWithCode(0), GetParam().output);
+}
+
+/// Who starts a program with another user's rights chooses neither its faults nor its log.
+TEST_F(NtfFaultsDeathTest, AreNotMadeForAProgramWithAnotherUsersRights) {
+    ::setenv("RUXA_NTF_FAULTS", "initialize:BUSY", 1);
+    ::setenv("RUXA_NTF_LOG", "/dev/null", 1);
+    const auto initialize = [] {
+        g_setUserId = true;
+        SaNtfHandleT handle = 0;
+        SaVersionT version = {'A', 1, 1};
+        std::exit(static_cast<int>(saNtfInitialize(&handle, nullptr, &version)));
+    };
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(initialize(), testing::ExitedWithCode(SA_AIS_ERR_LIBRARY), "no alarm can be sent");
 }
 INSTANTIATE_TEST_SUITE_P(, NtfFaultsDeathTest, testing::ValuesIn(kSchedules),
                          [](const auto& row) { return std::string(row.param.name); });
