@@ -1,5 +1,5 @@
-#include <algorithm>
-#include <cstring>
+#include <map>
+#include <vector>
 
 #include <Velk.h>
 
@@ -7,7 +7,14 @@
 
 namespace {
 
-const char* copied(const std::string& text) { return strdup(text.c_str()); }
+/// What one list points to, until it is freed.
+struct Answer {
+    std::vector<FakePlatform::LoadModule> modules; // owns the texts
+    std::vector<std::vector<Velk_lm_file>> files;
+    std::vector<Velk_lm> records;
+};
+
+std::map<const Velk_lm*, Answer> g_answers;
 
 } // namespace
 
@@ -19,22 +26,21 @@ extern "C" int Velk_get_lms(void* context, char* category, Velk_lm_list* list) {
     if (error != 0) {
         return error;
     }
-    const auto& modules = platform().loadModules[category];
-    auto* const records = new Velk_lm[modules.size()];
-    for (std::size_t i = 0; i < modules.size(); ++i) {
-        const auto& files = modules[i].files;
-        auto* const entries = new Velk_lm_file[files.size()];
-        std::transform(files.begin(), files.end(), entries, [](const auto& file) {
-            return Velk_lm_file{copied(file.first), copied(file.second)};
-        });
-        records[i] = {nullptr, copied(modules[i].productNumber), copied(modules[i].revision),
-                      files.size(), entries};
-        if (platform().nullTextsInLoadModules) {
-            std::free(const_cast<char*>(records[i].productNumber));
-            records[i].productNumber = nullptr;
+    Answer answer{platform().loadModules[category], {}, {}};
+    answer.records.reserve(answer.modules.size() + 1); // one place, also for an empty list
+    for (const auto& module : answer.modules) {
+        auto& files = answer.files.emplace_back();
+        for (const auto& [tag, path] : module.files) {
+            files.push_back({tag.c_str(), path.c_str()});
         }
+        const char* const number =
+            platform().nullTextsInLoadModules ? nullptr : module.productNumber.c_str();
+        answer.records.push_back(
+            {nullptr, number, module.revision.c_str(), files.size(), files.data()});
     }
-    *list = {modules.size(), records};
+    const std::lock_guard<std::mutex> lock(platform().mutex);
+    *list = {answer.records.size(), answer.records.data()};
+    g_answers[list->lms] = std::move(answer);
     ++platform().openLoadModuleLists;
     return 0;
 }
@@ -42,17 +48,7 @@ extern "C" int Velk_get_lms(void* context, char* category, Velk_lm_list* list) {
 extern "C" void Velk_free_buffers(Velk_lm_list* list) {
     const PlatformCode here;
     platform().record("Velk_free_buffers");
-    --platform().openLoadModuleLists;
-    for (std::size_t i = 0; i < list->count; ++i) {
-        const Velk_lm& record = list->lms[i];
-        for (std::size_t k = 0; k < record.fileCount; ++k) {
-            std::free(const_cast<char*>(record.files[k].tag));
-            std::free(const_cast<char*>(record.files[k].path));
-        }
-        delete[] record.files;
-        std::free(const_cast<char*>(record.productNumber));
-        std::free(const_cast<char*>(record.revision));
-    }
-    delete[] list->lms;
+    const std::lock_guard<std::mutex> lock(platform().mutex);
+    platform().openLoadModuleLists -= static_cast<int>(g_answers.erase(list->lms));
     *list = {};
 }

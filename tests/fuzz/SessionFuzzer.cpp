@@ -2,6 +2,7 @@
 // operation, configuration, environment, and a service that fails as scripted. The service's guard
 // zones must stay whole, and everything must be given back.
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -48,36 +49,21 @@ public:
 
 private:
     void step() {
-        switch (m_input.ConsumeIntegralInRange(0, 8)) {
-        case 0:
-            if (m_clients.size() < 8) {
-                m_clients.emplace_back(v1::getFmiFactory()->createFaultManagement());
-            }
-            break;
-        case 1:
-            if (m_clients.size() < 8) {
-                m_clients.push_back(v2::getFmiFactory()->createFaultManagement());
-            }
-            break;
-        case 2:
-            if (!m_clients.empty()) {
-                m_clients.pop_back();
-            }
-            break;
-        case 3:
+        const int step = m_input.ConsumeIntegralInRange(0, 8);
+        if (step == 0 && m_clients.size() < 8) {
+            m_clients.emplace_back(v1::getFmiFactory()->createFaultManagement());
+        } else if (step == 1 && m_clients.size() < 8) {
+            m_clients.push_back(v2::getFmiFactory()->createFaultManagement());
+        } else if (step == 2 && !m_clients.empty()) {
+            m_clients.pop_back();
+        } else if (step == 3) {
             changeTable(*v1::getFmiFactory()->getConfiguration());
-            break;
-        case 4:
+        } else if (step == 4) {
             changeEnvironment();
-            break;
-        case 5:
+        } else if (step == 5) {
             changePlatform();
-            break;
-        default:
-            if (!m_clients.empty()) {
-                callOperation(
-                    *m_clients[m_input.ConsumeIntegral<std::uint8_t>() % m_clients.size()]);
-            }
+        } else if (!m_clients.empty()) {
+            callOperation(*m_clients[m_input.ConsumeIntegral<std::uint8_t>() % m_clients.size()]);
         }
     }
 
@@ -133,7 +119,7 @@ private:
             text() + m_input.PickValueInArray<const char*>({",Unit=", ",Unit", ""}) + text();
         const std::uint32_t id = fault();
         const std::string name = text();
-        const int operation = m_input.ConsumeIntegralInRange(0, 10);
+        const auto operation = m_input.ConsumeIntegralInRange<std::size_t>(0, 10);
         if (operation == 0) {
             client.ceaseAlarm(object, id, name);
             return;
@@ -144,47 +130,21 @@ private:
         const std::string uuid = text();
         const std::string compute = text();
         const std::uint32_t group = m_input.ConsumeIntegralInRange(0U, 5U);
-        switch (operation) {
-        case 1:
-            client.raiseAlarm(object, id, name, additional, info, severity, group,
-                              list(&Session::event));
-            break;
-        case 2:
-            client.raiseAlarm(object, id, name, additional, info, severity, id,
-                              list(&Session::event), group);
-            break;
-        case 3:
-            client.raisePrimaryAlarm(object, id, name, additional, info, severity, event(), uuid,
-                                     compute);
-            break;
-        case 4:
-            client.raisePrimaryAlarm(object, id, name, additional, info, severity, event(), uuid,
-                                     compute, group);
-            break;
-        case 5:
-            client.raisePrimaryAlarm(object, id, name, additional, info, severity, text(), uuid,
-                                     compute);
-            break;
-        case 6:
-            client.raisePrimaryAlarm(object, id, name, additional, info, severity, text(), uuid,
-                                     compute, group);
-            break;
-        case 7:
-            client.raiseSecondaryAlarm(object, id, name, additional, info, severity, uuid, compute,
-                                       list(&Session::event));
-            break;
-        case 8:
-            client.raiseSecondaryAlarm(object, id, name, additional, info, severity, uuid, compute,
-                                       list(&Session::event), group);
-            break;
-        case 9:
-            client.raiseSecondaryAlarm(object, id, name, additional, info, severity, uuid, compute,
-                                       list(&Session::text));
-            break;
-        default:
-            client.raiseSecondaryAlarm(object, id, name, additional, info, severity, uuid, compute,
-                                       list(&Session::text), group);
-        }
+#define ALARM object, id, name, additional, info, severity
+        const std::function<void()> raises[] = {
+            [&] { client.raiseAlarm(ALARM, group, list(&Session::event)); },
+            [&] { client.raiseAlarm(ALARM, id, list(&Session::event), group); },
+            [&] { client.raisePrimaryAlarm(ALARM, event(), uuid, compute); },
+            [&] { client.raisePrimaryAlarm(ALARM, event(), uuid, compute, group); },
+            [&] { client.raisePrimaryAlarm(ALARM, text(), uuid, compute); },
+            [&] { client.raisePrimaryAlarm(ALARM, text(), uuid, compute, group); },
+            [&] { client.raiseSecondaryAlarm(ALARM, uuid, compute, list(&Session::event)); },
+            [&] { client.raiseSecondaryAlarm(ALARM, uuid, compute, list(&Session::event), group); },
+            [&] { client.raiseSecondaryAlarm(ALARM, uuid, compute, list(&Session::text)); },
+            [&] { client.raiseSecondaryAlarm(ALARM, uuid, compute, list(&Session::text), group); },
+        };
+#undef ALARM
+        raises[operation - 1]();
         require(platform().openNotifications == 0, "no notification outlives its call");
     }
 

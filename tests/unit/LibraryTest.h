@@ -1,45 +1,24 @@
 #pragma once
 
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <memory>
-#include <optional>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "FakePlatform.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "ruxa/fm/dolq/v2/FmiFactory.h"
+#include "support/TestSupport.h"
 
 using ruxa::fm::fmi::v1::FaultManagementI;
 using Texts = std::vector<std::string>;
 using Events = std::vector<std::uint32_t>;
 namespace v1 = ruxa::fm::dolq::v1;
 namespace v2 = ruxa::fm::dolq::v2;
-
-/// Sets (or, with null, unsets) a variable until the end of the scope.
-class ScopedEnvironment {
-public:
-    ScopedEnvironment(const char* name, const char* value) : m_name(name) {
-        if (const char* const before = std::getenv(name)) {
-            m_before = before;
-        }
-        set(value);
-    }
-    ~ScopedEnvironment() { set(m_before ? m_before->c_str() : nullptr); }
-    ScopedEnvironment(const ScopedEnvironment&) = delete;
-    ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
-
-private:
-    void set(const char* value) { value != nullptr ? setenv(m_name, value, 1) : unsetenv(m_name); }
-    const char* m_name;
-    std::optional<std::string> m_before;
-};
 
 class TemporaryFile {
 public:
