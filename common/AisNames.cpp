@@ -67,6 +67,35 @@ std::string aisText(std::uint32_t code) {
     return text;
 }
 
+std::string_view aisMeaning(std::uint32_t code) {
+    switch (code) {
+    case 2:
+        return "the service cannot be used";
+    case 3:
+        return "it does not speak version A.1 of the interface";
+    case 5:
+        return "no answer came in time";
+    case 7:
+        return "a field holds what may not be sent";
+    case 8:
+        return "it is out of memory";
+    case 9:
+        return "it does not know the session or the notification";
+    case 13:
+        return "the object's name is too long for it";
+    case 15:
+        return "the texts together are beyond its limit";
+    case 18:
+        return "it lacks a resource, such as room on its disk";
+    case 26:
+        return "more was asked for than it allows";
+    case 31:
+        return "the node is no member of the cluster, or a stub was loaded";
+    default:
+        return "";
+    }
+}
+
 std::optional<std::uint32_t> aisCode(std::string_view name) {
     if (name == "OK" || name == kOk) {
         return kFirstError - 1;

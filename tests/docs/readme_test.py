@@ -28,6 +28,7 @@ def steady(text):
     """Without what differs from run to run: times, ages, and blanks that line them up."""
     text = re.sub(r"\b\d{4}-\d\d-\d\d([T ]\d\d:\d\d(:\d\d)?Z?)?|(?<![\w:])\d\d:\d\d(:\d\d)?\b", "TIME", text)
     text = re.sub(r"\b\d+ ?(ms|s|min|h|d)\b", "AGE", text)
+    text = re.sub(r"\bnotification \d+", "notification ID", text)
     return [re.sub(r"  +", "  ", line).rstrip() for line in text.splitlines() if line.strip()]
 
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <cstring>
 #include <ctime>
 #include <optional>
 #include <sstream>
@@ -55,36 +56,31 @@ std::optional<std::int64_t> parseAgo(const std::string& text) {
 /// RFC 3339, in nanoseconds since 1970.
 std::optional<std::int64_t> parseTime(const std::string& text) {
     std::tm time{};
-    const char* rest = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &time);
-    std::int64_t fractionNs = 0;
-    if (rest != nullptr && *rest == '.') {
-        for (std::int64_t digitNs = kNsPerSecond / 10; *++rest >= '0' && *rest <= '9';
-             digitNs /= 10) {
-            fractionNs += (*rest - '0') * digitNs;
-        }
-    }
     std::tm zone{};
+    const char* rest = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &time);
+    if (rest != nullptr && *rest == '.') { // of alarms in that second, too many rather than too few
+        rest += 1 + std::strspn(rest + 1, "0123456789");
+    }
     if (rest == nullptr || (rest = strptime(rest, "%z", &zone)) == nullptr || *rest != '\0') {
         return std::nullopt;
     }
-    std::tm minute = time;
-    minute.tm_sec = 0; // a leap second may well be in the next day
-    timegm(&minute);
-    if (minute.tm_mday != time.tm_mday) {
+    std::tm day = time;
+    timegm(&day);
+    if (day.tm_mday != time.tm_mday) {
         return std::nullopt; // there is no such day
     }
     const std::int64_t seconds = timegm(&time) - zone.tm_gmtoff;
     // No alarm is beyond what the nanoseconds reach.
-    return std::clamp(seconds, -kMostSeconds, kMostSeconds - 1) * kNsPerSecond + fractionNs;
+    return std::clamp(seconds, -kMostSeconds, kMostSeconds) * kNsPerSecond;
 }
 
 } // namespace
 
 bool AlarmFilter::matches(const Alarm& alarm) const {
-    const bool hasSeverity =
-        severities == kAnySeverity ||
-        (alarm.severity <= kLastSeverity && ((severities >> alarm.severity) & 1U) != 0);
-    return hasSeverity && (object.empty() || contains(object, alarm.object)) &&
+    const std::uint32_t severity = alarm.raised.perceivedSeverity;
+    const bool hasSeverity = severities == kAnySeverity ||
+                             (severity <= kLastSeverity && ((severities >> severity) & 1U) != 0);
+    return hasSeverity && (object.empty() || contains(object, alarm.raised.notificationObject)) &&
            alarm.changeTimeNs() >= sinceNs;
 }
 

@@ -6,6 +6,8 @@
 
 #include <sys/stat.h>
 
+#include "Library.h"
+
 namespace dolqctl {
 
 namespace {
@@ -85,6 +87,11 @@ bool AlarmLog::isReplaced() const {
         return true;
     }
     return S_ISREG(ours.st_mode) && ours.st_size < ::ftello(m_file.get());
+}
+
+std::string otherService() {
+    const Library service(kNtfLibrary);
+    return !service.isLoaded() || service.contains("RUXA_NTF_LOG") ? "" : service.file();
 }
 
 } // namespace dolqctl

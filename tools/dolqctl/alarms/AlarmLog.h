@@ -47,4 +47,8 @@ private:
     std::string m_line; ///< as far as it is there
 };
 
+/// The file of the notification service that programs here are given, if that is not the embedded
+/// one, which writes the log; otherwise empty.
+std::string otherService();
+
 } // namespace dolqctl

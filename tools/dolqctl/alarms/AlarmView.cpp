@@ -34,46 +34,68 @@ Style styleOf(const Alarm& alarm) {
     if (alarm.endTimeNs) {
         return Style::Faint;
     }
-    return alarm.severity >= kMajor ? Style::Bad : Style::Warning;
+    return alarm.raised.perceivedSeverity >= kMajor ? Style::Bad : Style::Warning;
 }
 
-/// What a "CI=" entry says: who reported the alarm, and the one event that caused it ("" for none)
-/// or those that led to it. Values are not escaped in it, so a quote in one of them spoils it.
-Json correlationOf(const std::string& entry) {
-    if (entry.empty()) {
-        return nullptr;
-    }
-    try {
-        const Json json = Json::parse(entry.substr(std::strlen(kCorrelationPrefix)));
-        const Json& reporter = json.at("C").at(0);
-        Json correlation = {{"systemUuid", reporter.at("I").get<std::string>()},
-                            {"computeName", reporter.at("n").get<std::string>()}};
-        if (json.contains("P")) {
-            correlation["primary"] = json.at("P").get<std::string>();
-        } else {
-            correlation["secondary"] = json.at("S").get<std::vector<std::string>>();
+/// The additional information: the leading "CI=..." entry, if there is one, and the others.
+struct Info {
+    explicit Info(const Alarm& alarm) {
+        for (const platform::ntf::Element& element : alarm.raised.additionalInfo) {
+            const std::string entry = element.value.value_or("");
+            const bool isFirst = &element == &alarm.raised.additionalInfo.front();
+            if (isFirst && entry.rfind(kCorrelationPrefix, 0) == 0) {
+                correlation = correlationOf(entry);
+            } else {
+                entries.push_back(entry);
+            }
         }
-        return correlation;
-    } catch (const Json::exception&) {
-        return {{"undecoded", entry}};
     }
-}
+
+    Json correlation;
+    std::vector<std::string> entries;
+
+private:
+    /// Who reported the alarm, and the one event that caused it ("" for none) or those that led to
+    /// it. Values are not escaped in an entry, so a quote in one of them spoils it.
+    static Json correlationOf(const std::string& entry) {
+        try {
+            const Json json = Json::parse(entry.substr(std::strlen(kCorrelationPrefix)));
+            const Json& reporter = json.at("C").at(0);
+            Json correlation = {{"systemUuid", reporter.at("I").get<std::string>()},
+                                {"computeName", reporter.at("n").get<std::string>()}};
+            if (json.contains("P")) {
+                correlation["primary"] = json.at("P").get<std::string>();
+            } else {
+                correlation["secondary"] = json.at("S").get<std::vector<std::string>>();
+            }
+            return correlation;
+        } catch (const Json::exception&) {
+            return {{"undecoded", entry}};
+        }
+    }
+};
 
 /// "primary a1b2..., reported by compute-3 (0f4c...)"
-std::string correlationText(const std::string& entry) {
-    const Json correlation = correlationOf(entry);
-    if (correlation.contains("undecoded")) {
-        return "undecoded " + entry;
+std::string correlationText(const Json& correlation) {
+    if (correlation.is_null()) {
+        return "";
     }
-    std::string events;
+    const auto text = [&](const char* key) { return correlation.at(key).get<std::string>(); };
+    if (correlation.contains("undecoded")) {
+        return "undecoded " + text("undecoded");
+    }
+    std::string events = "primary, without an event";
     if (correlation.contains("secondary")) {
         events = "secondary " + joined(correlation.at("secondary").get<std::vector<std::string>>());
-    } else {
-        const std::string event = correlation.at("primary");
-        events = "primary" + (event.empty() ? ", without an event" : ' ' + event);
+    } else if (!text("primary").empty()) {
+        events = "primary " + text("primary");
     }
-    return events + ", reported by " + correlation.at("computeName").get<std::string>() + " (" +
-           correlation.at("systemUuid").get<std::string>() + ')';
+    return events + ", reported by " + text("computeName") + " (" + text("systemUuid") + ')';
+}
+
+std::string programGroupOf(const Alarm& alarm) {
+    const auto& actions = alarm.raised.proposedRepairActions;
+    return actions.empty() ? "" : actions.front().value.value_or("");
 }
 
 /// Local time, in the words of strftime(3).
@@ -108,11 +130,11 @@ AlarmView::AlarmView(Output& output, bool withState, bool isLong)
 void AlarmView::add(const Alarm& alarm, const char* state) {
     const Style style = styleOf(alarm);
     std::vector<Table::Cell> cells = {
-        {severityText(alarm.severity), style},
-        {timeText(m_withState ? alarm.changeTimeNs() : alarm.lastTimeNs)},
+        {severityText(alarm.raised.perceivedSeverity), style},
+        {timeText(m_withState ? alarm.changeTimeNs() : alarm.raised.eventTimeNs)},
         {std::to_string(alarm.timesRaised)},
-        {std::to_string(alarm.majorId) + '/' + std::to_string(alarm.minorId)},
-        {alarm.object}};
+        {std::to_string(alarm.raised.majorId) + '/' + std::to_string(alarm.raised.minorId)},
+        {alarm.raised.notificationObject}};
     if (m_withState) {
         cells.insert(cells.begin(), {state, style});
     }
@@ -128,34 +150,38 @@ void AlarmView::addBelow(const Alarm& alarm) {
             m_table.addBelow(std::string(what) + text);
         }
     };
-    below("raised: ", dateText(alarm.firstTimeNs) +
-                          (alarm.timesRaised == 1 ? "" : ", last " + dateText(alarm.lastTimeNs)));
+    below("raised: ",
+          dateText(alarm.firstTimeNs) +
+              (alarm.timesRaised == 1 ? "" : ", last " + dateText(alarm.raised.eventTimeNs)));
     below("ceased: ", alarm.endTimeNs ? dateText(*alarm.endTimeNs) : "");
-    below("text: ", alarm.text);
-    for (const std::string& entry : alarm.info) {
+    below("text: ", alarm.raised.additionalText);
+    const Info info(alarm);
+    for (const std::string& entry : info.entries) {
         below("info: ", printable(entry));
     }
-    below("program group: ", alarm.programGroup);
-    below("correlation: ",
-          alarm.correlationInfo.empty() ? "" : correlationText(alarm.correlationInfo));
+    below("program group: ", programGroupOf(alarm));
+    below("correlation: ", correlationText(info.correlation));
 }
 
 nlohmann::ordered_json toJson(const Alarm& alarm, const char* state) {
     Json json;
     json["state"] = state;
-    json["object"] = alarm.object;
-    json["classId"] = {
-        {"vendorId", alarm.vendorId}, {"majorId", alarm.majorId}, {"minorId", alarm.minorId}};
-    json["severity"] = severityText(alarm.severity);
+    json["object"] = alarm.raised.notificationObject;
+    json["classId"] = {{"vendorId", alarm.raised.vendorId},
+                       {"majorId", alarm.raised.majorId},
+                       {"minorId", alarm.raised.minorId}};
+    json["severity"] = severityText(alarm.raised.perceivedSeverity);
     json["firstTime"] = platform::ntf::formatTime(alarm.firstTimeNs);
-    json["lastTime"] = platform::ntf::formatTime(alarm.lastTimeNs);
+    json["lastTime"] = platform::ntf::formatTime(alarm.raised.eventTimeNs);
     json["endTime"] =
         alarm.endTimeNs ? Json(platform::ntf::formatTime(*alarm.endTimeNs)) : Json(nullptr);
     json["timesRaised"] = alarm.timesRaised;
-    json["text"] = alarm.text;
-    json["info"] = alarm.info;
-    json["correlation"] = correlationOf(alarm.correlationInfo);
-    json["programGroup"] = alarm.programGroup.empty() ? Json(nullptr) : Json(alarm.programGroup);
+    json["text"] = alarm.raised.additionalText;
+    const Info info(alarm);
+    json["info"] = info.entries;
+    json["correlation"] = info.correlation;
+    const std::string group = programGroupOf(alarm);
+    json["programGroup"] = group.empty() ? Json(nullptr) : Json(group);
     return json;
 }
 
@@ -172,7 +198,7 @@ std::string timeText(std::int64_t timeNs) {
 std::string severitiesText(const std::vector<const Alarm*>& alarms) {
     std::map<std::uint32_t, std::size_t, std::greater<>> counts;
     for (const Alarm* const alarm : alarms) {
-        ++counts[alarm->severity];
+        ++counts[alarm->raised.perceivedSeverity];
     }
     std::vector<std::string> texts;
     for (const auto& [severity, count] : counts) {

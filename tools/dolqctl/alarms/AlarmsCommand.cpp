@@ -79,19 +79,28 @@ AlarmFilter filterOf(const Arguments& arguments) {
     return filter;
 }
 
-void open(AlarmLog& log, bool follows) {
+void open(AlarmLog& log, const Arguments& arguments) {
     if (log.path().empty()) {
         throw CommandError("neither RUXA_NTF_LOG nor XDG_STATE_HOME nor HOME says where the "
                            "notification log is: set RUXA_NTF_LOG, or give --log");
     }
-    if (log.open()) {
-        return;
-    }
+    const std::string service = arguments.log.empty() ? otherService() : "";
+    const std::string elsewhere =
+        "alarms go to another service here, " + pathText(service) +
+        ":\nlook with its own reader, for OpenSAF ntfread or ntfsubscribe";
+    const bool isThere = log.open();
     const std::string path = pathText(log.path().string());
-    if (!follows) {
-        throw CommandError("nothing was sent yet: no log " + path + '\n' + kOtherLogs);
+    if (!isThere && !arguments.follow) {
+        throw CommandError(service.empty()
+                               ? "nothing was sent yet: no log " + path + '\n' + kOtherLogs
+                               : elsewhere);
     }
-    tell("nothing was sent yet: waiting for the log " + path);
+    if (!service.empty()) {
+        tell(elsewhere + ".\nThis is the log of the embedded service.");
+    }
+    if (!isThere) {
+        tell("nothing was sent yet: waiting for the log " + path);
+    }
 }
 
 /// Takes what the log holds now into the list.
@@ -99,7 +108,8 @@ void read(AlarmLog& log, AlarmList& list,
           const std::function<void(const AlarmList::Applied&)>& onChange) {
     const std::uint64_t skippedBefore = log.counts().skipped;
     for (std::optional<platform::ntf::AlarmRecord> record; hasEnded == 0 && log.next(record);) {
-        const AlarmList::Applied applied = record ? list.apply(*record) : AlarmList::Applied();
+        const AlarmList::Applied applied =
+            record ? list.apply(std::move(*record)) : AlarmList::Applied();
         if (applied.alarm != nullptr) {
             onChange(applied);
         }
@@ -119,29 +129,15 @@ std::vector<const Alarm*> inOrder(const AlarmList& list, const std::vector<Alarm
     for (const Alarm& alarm : ceased) {
         alarms.push_back(&alarm);
     }
-    const auto rank = [&](const Alarm& alarm) {
-        return std::make_tuple(bySeverity ? alarm.severity : 0, alarm.changeTimeNs());
+    const auto place = [bySeverity](const Alarm& alarm) { // ~: the greatest first
+        const platform::ntf::AlarmRecord& raised = alarm.raised;
+        return std::make_tuple(bySeverity ? ~raised.perceivedSeverity : 0, ~alarm.changeTimeNs(),
+                               std::string_view(raised.notificationObject), raised.majorId,
+                               raised.minorId);
     };
-    const auto name = [](const Alarm& alarm) {
-        return std::tie(alarm.object, alarm.vendorId, alarm.majorId, alarm.minorId,
-                        alarm.firstTimeNs);
-    };
-    std::sort(alarms.begin(), alarms.end(), [&](const Alarm* left, const Alarm* right) {
-        return rank(*left) != rank(*right) ? rank(*left) > rank(*right)
-                                           : name(*left) < name(*right);
-    });
+    std::sort(alarms.begin(), alarms.end(),
+              [&](const Alarm* left, const Alarm* right) { return place(*left) < place(*right); });
     return alarms;
-}
-
-const char* changeText(AlarmList::Change change) {
-    switch (change) {
-    case AlarmList::Change::Raised:
-        return "raised";
-    case AlarmList::Change::RaisedAgain:
-        return "again";
-    default:
-        return "ceased";
-    }
 }
 
 const char* stateText(const Alarm& alarm) { return alarm.endTimeNs ? "ceased" : "active"; }
@@ -193,7 +189,7 @@ int run(const Arguments& arguments, Output& output) {
             view.add(alarm, state);
         }
     };
-    open(log, arguments.follow);
+    open(log, arguments);
     if (arguments.follow) {
         endOnSignals();
         if (!arguments.json) {
@@ -203,8 +199,7 @@ int run(const Arguments& arguments, Output& output) {
     }
     std::vector<Alarm> ceased;
     read(log, list, [&](const AlarmList::Applied& applied) {
-        if (arguments.history && applied.change == AlarmList::Change::Ceased &&
-            filter.matches(*applied.alarm)) {
+        if (arguments.history && applied.alarm->endTimeNs && filter.matches(*applied.alarm)) {
             ceased.push_back(*applied.alarm);
         }
     });
@@ -237,7 +232,7 @@ int run(const Arguments& arguments, Output& output) {
         nanosleep(&kInterval, nullptr);
         read(log, list, [&](const AlarmList::Applied& applied) {
             if (filter.matches(*applied.alarm)) {
-                show(*applied.alarm, changeText(applied.change));
+                show(*applied.alarm, applied.change);
             }
         });
         if (!arguments.json) {

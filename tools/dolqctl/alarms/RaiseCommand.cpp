@@ -1,15 +1,111 @@
 // `raise` and `cease`: through the library, as an application would.
 #include <cstdint>
+#include <cstdlib>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include <ruxa/fm/dolq/v2/FmiFactory.h>
+#include <saNtf.h>
+
 #include "Commands.h"
+#include "Library.h"
 #include "Options.h"
-#include "alarms/AlarmSending.h"
+#include "alarms/AlarmLog.h"
+#include "common/AisNames.h"
 #include "common/AlarmNames.h"
+#include "common/Environment.h"
+#include "mappings/Discovery.h"
+
+namespace {
+
+/// The latest call of the notification service. The traces tell the reason of a failure, but not
+/// the outcome: several failure traces go with alarms that are sent all the same.
+struct {
+    const char* name = "";
+    SaAisErrorT answer = SA_AIS_OK;
+} latestCall;
+
+/// "saNtfNotificationSend answers 18 (SA_AIS_ERR_NO_RESOURCES), errorCode:12 in traces: ..."
+std::string latestCallText() {
+    std::ostringstream text;
+    const std::string_view meaning = common::aisMeaning(latestCall.answer);
+    text << latestCall.name << " answers " << common::aisText(latestCall.answer);
+    if (latestCall.answer >= 10) { // otherwise both are the same
+        text << ", errorCode:" << std::hex << latestCall.answer << " in traces";
+    }
+    text << (meaning.empty() ? "" : ": ") << meaning;
+    return text.str();
+}
+
+SaNtfAlarmNotificationT* allocated = nullptr; // the library's, until it is sent
+std::string handedOver; // to the service: "alarm 2/17 (major) on ..."; empty before
+
+template <typename... Arguments> SaAisErrorT passOn(const char* name, Arguments... arguments) {
+    auto* const call =
+        dolqctl::Library(dolqctl::kNtfLibrary).function<SaAisErrorT(Arguments...)>(name);
+    const SaAisErrorT answer = call(arguments...);
+    if (answer == SA_AIS_ERR_TRY_AGAIN && latestCall.answer != answer) {
+        dolqctl::tell("the service is busy: " + std::string(name) + " answers " +
+                      common::aisText(answer) + "; the library goes on asking, Ctrl-C gives up");
+    }
+    latestCall = {name, answer};
+    return answer;
+}
+
+/// "alarm 2/17 (major) on Shelf=1,Port=3"
+std::string describe(const SaNtfAlarmNotificationT& alarm) {
+    const SaNtfNotificationHeaderT& header = alarm.notificationHeader;
+    const SaNameT& object = *header.notificationObject;
+    const std::string what = std::to_string(header.notificationClassId->majorId) + '/' +
+                             std::to_string(header.notificationClassId->minorId);
+    const auto severity = static_cast<std::uint32_t>(*alarm.perceivedSeverity);
+    return (severity == SA_NTF_SEVERITY_CLEARED
+                ? "the cease of alarm " + what
+                : "alarm " + what + " (" + common::nameOf(severity, common::kSeverityNames) + ')') +
+           " on " + dolqctl::inQuotes({reinterpret_cast<const char*>(object.value), object.length});
+}
+
+} // namespace
+
+// A program's function takes precedence over a library's of the same name, so the library's calls
+// of the service come through here.
+
+[[gnu::visibility("default")]] SaAisErrorT
+saNtfInitialize(SaNtfHandleT* handle, const SaNtfCallbacksT* callbacks, SaVersionT* version) {
+    return passOn("saNtfInitialize", handle, callbacks, version);
+}
+
+[[gnu::visibility("default")]] SaAisErrorT
+saNtfAlarmNotificationAllocate(SaNtfHandleT handle, SaNtfAlarmNotificationT* notification,
+                               SaUint16T correlated, SaUint16T text, SaUint16T info,
+                               SaUint16T problems, SaUint16T attributes, SaUint16T actions,
+                               SaInt16T size) {
+    allocated = notification;
+    return passOn("saNtfAlarmNotificationAllocate", handle, notification, correlated, text, info,
+                  problems, attributes, actions, size);
+}
+
+[[gnu::visibility("default")]] SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT handle,
+                                                               SaUint16T size, void** block,
+                                                               SaNtfValueT* value) {
+    return passOn("saNtfPtrValAllocate", handle, size, block, value);
+}
+
+[[gnu::visibility("default")]] SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT handle) {
+    const SaAisErrorT answer = passOn("saNtfNotificationSend", handle);
+    handedOver = describe(*allocated);
+    const SaNtfIdentifierT* const id = allocated->notificationHeader.notificationId;
+    if (answer == SA_AIS_OK && id != nullptr && *id != 0) {
+        handedOver += ", notification " + std::to_string(*id);
+    }
+    return answer;
+}
 
 namespace dolqctl {
 
@@ -18,25 +114,33 @@ namespace {
 using ruxa::fm::fmi::v1::FaultManagementI;
 
 constexpr char kRaiseFooter[] =
-    R"(An event that is given once makes a primary alarm, which may also be without any; events that are
-given more than once make a secondary alarm.
+    R"(An event that is given once makes a primary alarm, which may also be without
+any; events that are given more than once make a secondary alarm.
 
-The traces of the call go to standard error, and also to where RUXA_TRACE_SINK says. Exit code 1:
-nothing was sent.
+The traces of the call go to where RUXA_TRACE_SINK says, or else to standard
+error; without RUXA_TRACE_GROUPS, those of groups 0 (failures) and 4 (calls).
+Exit code 1: the service did not accept it.
 
 Example:
-  dolqctl raise --object managedElement=1,Board=3 --fault 4101 --severity major \
-      --text 'Temperature too high' --event-id 4711)";
+  dolqctl raise --object managedElement=1,Board=3 --fault 4101 \
+      --severity major --text 'Temperature too high' --event-id 4711)";
 
 constexpr char kCeaseFooter[] =
-    R"(The traces of the call go to standard error, and also to where RUXA_TRACE_SINK says. Exit code 1:
-nothing was sent. It takes no alarm to be active.
+    R"(The traces go where those of 'dolqctl raise' go. Exit code 1: the service did not
+accept it. Whether such an alarm is active is not looked at.
 
 Example:
   dolqctl cease --object managedElement=1,Board=3 --fault 4101)";
 
-struct RaiseArguments {
-    AlarmArguments alarm;
+/// What raising and ceasing have in common.
+struct AlarmArguments {
+    std::string object;
+    std::uint32_t faultId = 0;
+    Identity identity;
+    bool verbose = false;
+};
+
+struct RaiseArguments : AlarmArguments {
     std::string text;
     std::vector<std::string> info;
     std::optional<std::uint32_t> severity;
@@ -47,47 +151,104 @@ struct RaiseArguments {
     std::vector<std::string> eventUuids;
 };
 
+void addAlarmOptions(Options& options, AlarmArguments& arguments) {
+    options
+        .value("--object", "DN", arguments.object,
+               "Notification object, e.g. managedElement=1,Board=3")
+        .required();
+    options.id("--fault", arguments.faultId, "Fault id").required();
+    addIdentityOptions(options, arguments.identity);
+    options.flag("--verbose", arguments.verbose, "Show the traces of group 8 (details), too");
+}
+
+/// As a word of a command line.
+std::string quoted(const std::string& word) {
+    return "'" + std::regex_replace(printable(word), std::regex("'"), R"('\'')") + "'";
+}
+
+/// What explains why there is no alarm. In this shell's environment, not that of --product.
+std::string explainCommand(const AlarmArguments& arguments) {
+    const auto& [productNumber, revision] = arguments.identity;
+    const bool isGiven = productNumber != common::environment("ZBN_NO") ||
+                         revision != common::environment("ZBN_REV");
+    return "dolqctl explain --fault " + std::to_string(arguments.faultId) + " --object " +
+           quoted(arguments.object) +
+           (isGiven ? " --product " + quoted(productNumber) + " --revision " + quoted(revision)
+                    : "");
+}
+
+/// Calls `operation` on an adapter of the library, and tells what came of it and what to do next.
+int send(const AlarmArguments& arguments, Output& output,
+         const std::function<void(FaultManagementI&)>& operation) {
+    using namespace ruxa::fm::dolq::v2;
+    std::string next = explainCommand(arguments);
+    // Before the library and the trace backend read them.
+    setenv("ZBN_NO", arguments.identity.productNumber.c_str(), 1);
+    setenv("ZBN_REV", arguments.identity.revision.c_str(), 1);
+    setenv("RUXA_TRACE_GROUPS", arguments.verbose ? "0,4,8" : "0,4", 0);
+    Library library(kDolqLibrary);
+    auto* const getFactory =
+        library.function<FmiFactory*()>("_ZN4ruxa2fm4dolq2v213getFmiFactoryEv");
+    auto* const freeFactory = library.function<void()>("_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv");
+    operation(*getFactory()->createFaultManagement());
+    freeFactory();
+
+    const std::string reader =
+        otherService().empty() ? "dolqctl alarms" : "the service's own reader, for OpenSAF ntfread";
+    const bool isSent = !handedOver.empty() && latestCall.answer == SA_AIS_OK;
+    if (isSent) {
+        output.line(output.styled(Style::Good, "Sent: ") + handedOver);
+        next = reader;
+    } else if (latestCall.answer == SA_AIS_OK) {
+        output.line(output.styled(Style::Bad, "Not sent: ") +
+                    "the library dropped it, for the reason in its traces of group 0");
+    } else {
+        const bool isUnknown = latestCall.answer == SA_AIS_ERR_TIMEOUT && !handedOver.empty();
+        output.line(output.styled(Style::Bad, isUnknown ? "Perhaps sent: " : "Not sent: ") +
+                    (handedOver.empty() ? "" : handedOver + "; ") + latestCallText());
+        next = isUnknown ? reader : "dolqctl doctor";
+    }
+    output.line("Next: " + next);
+    return isSent ? kFine : kFindings;
+}
+
 /// Calls the operation: with `group...` the form that has a program group, without it the other.
 template <typename Event, typename... Group>
 void raise(FaultManagementI& alarms, const RaiseArguments& arguments,
-           const std::vector<Event>& events, std::uint32_t severity, Group... group) {
-    const AlarmArguments& alarm = arguments.alarm;
+           const std::vector<Event>& events, Group... group) {
     if (events.size() > 1) {
-        alarms.raiseSecondaryAlarm(alarm.object, alarm.faultId, {}, arguments.text, arguments.info,
-                                   severity, arguments.systemUuid, arguments.computeName, events,
-                                   group...);
+        alarms.raiseSecondaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
+                                   arguments.info, *arguments.severity, arguments.systemUuid,
+                                   arguments.computeName, events, group...);
     } else {
-        alarms.raisePrimaryAlarm(alarm.object, alarm.faultId, {}, arguments.text, arguments.info,
-                                 severity, events.empty() ? Event() : events.front(),
-                                 arguments.systemUuid, arguments.computeName, group...);
+        alarms.raisePrimaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
+                                 arguments.info, *arguments.severity,
+                                 events.empty() ? Event() : events.front(), arguments.systemUuid,
+                                 arguments.computeName, group...);
     }
 }
 
 template <typename... Group>
-int raise(const RaiseArguments& arguments, Output& output, std::uint32_t severity, Group... group) {
-    return sendAlarm(arguments.alarm, output, [&](FaultManagementI& alarms) {
+int raise(const RaiseArguments& arguments, Output& output, Group... group) {
+    return send(arguments, output, [&](FaultManagementI& alarms) {
         if (arguments.eventUuids.empty()) {
-            raise(alarms, arguments, arguments.eventIds, severity, group...);
+            raise(alarms, arguments, arguments.eventIds, group...);
         } else {
-            raise(alarms, arguments, arguments.eventUuids, severity, group...);
+            raise(alarms, arguments, arguments.eventUuids, group...);
         }
     });
-}
-
-int run(const RaiseArguments& arguments, Output& output) {
-    return arguments.programGroup
-               ? raise(arguments, output, *arguments.severity, *arguments.programGroup)
-               : raise(arguments, output, *arguments.severity);
 }
 
 } // namespace
 
 void addRaiseCommand(CommandLine& commandLine) {
     const auto arguments = std::make_shared<RaiseArguments>();
-    Options options =
-        commandLine.add("raise", "Raise an alarm through the library", kRaiseFooter,
-                        [arguments](Output& output) { return run(*arguments, output); });
-    addAlarmOptions(options, arguments->alarm);
+    Options options = commandLine.add(
+        "raise", "Raise an alarm through the library", kRaiseFooter, [arguments](Output& output) {
+            return arguments->programGroup ? raise(*arguments, output, *arguments->programGroup)
+                                           : raise(*arguments, output);
+        });
+    addAlarmOptions(options, *arguments);
     options
         .choice("--severity",
                 {std::begin(common::kClientSeverityNames), std::end(common::kClientSeverityNames)},
@@ -115,7 +276,7 @@ void addCeaseCommand(CommandLine& commandLine) {
     const auto arguments = std::make_shared<AlarmArguments>();
     Options options = commandLine.add(
         "cease", "Cease an alarm through the library", kCeaseFooter, [arguments](Output& output) {
-            return sendAlarm(*arguments, output, [&](FaultManagementI& alarms) {
+            return send(*arguments, output, [&](FaultManagementI& alarms) {
                 alarms.ceaseAlarm(arguments->object, arguments->faultId, {});
             });
         });
