@@ -6,52 +6,45 @@
 
 namespace dolqctl {
 
-namespace {
-
-void checkHandler(Diagnosis& diagnosis, const Discovery& discovery) {
+void checkMappings(Diagnosis& diagnosis, const Discovery& discovery, const Inventory& inventory) {
     constexpr char kHandler[] = "load-module handler";
+    constexpr char kLoadModule[] = "load module";
+    constexpr char kMappings[] = "mapping files";
     const std::string file = Library(kLoadModuleLibrary).file();
-    if (discovery.failedCategories.empty()) {
+    if (discovery.problems.empty()) {
         diagnosis.ok(kHandler, "answers, from " + file);
     }
-    for (const Discovery::FailedCategory& failure : discovery.failedCategories) {
-        diagnosis.warn(kHandler, failureText(failure),
-                       "correct what the handler reads; it is " + file);
+    const std::string whyNone = discovery.whyNoMappingFile();
+    for (const std::string& problem : discovery.problems) {
+        if (whyNone.find(problem) == whyNone.npos) { // told below
+            diagnosis.warn(kHandler, problem, "correct what the handler reads; it is " + file);
+        }
     }
-}
-
-void checkFiles(Diagnosis& diagnosis, const Inventory& inventory) {
-    constexpr char kMappings[] = "mapping files";
-    const std::string count = "mappings: " + std::to_string(inventory.mappings.size());
-    for (const UnreadableFile& file : inventory.unreadable) {
-        diagnosis.warn(kMappings, positionText(file.position) + " gives no mapping: " + file.reason,
+    if (!whyNone.empty()) {
+        diagnosis.fail(kLoadModule, whyNone,
+                       "correct ZBN_NO and ZBN_REV, or install the load module with its mappings");
+        return;
+    }
+    const Identity& identity = discovery.identity;
+    diagnosis.ok(kLoadModule,
+                 identity.productNumber + ' ' + identity.revision +
+                     " is found; mapping files: " + std::to_string(discovery.mappingFiles.size()));
+    const std::size_t mappings = inventory.mappings.size();
+    for (const Mistake& mistake : inventory.unreadable) {
+        diagnosis.warn(kMappings, positionText(mistake.position) + ": " + mistake.text,
                        "correct the file: none of its mappings is used");
     }
-    if (inventory.mappings.empty()) {
+    if (mappings == 0) {
         diagnosis.fail(kMappings, "give no mapping at all",
                        "without one every alarm is dropped: give the load module a mapping file");
     } else if (!inventory.skipped.empty()) {
         diagnosis.warn(kMappings,
-                       count + "; skipped elements: " + std::to_string(inventory.skipped.size()),
+                       "mappings: " + std::to_string(mappings) +
+                           "; skipped elements: " + std::to_string(inventory.skipped.size()),
                        "see 'dolqctl check --discovered'");
     } else {
-        diagnosis.ok(kMappings, count);
+        diagnosis.ok(kMappings, "mappings: " + std::to_string(mappings));
     }
-}
-
-} // namespace
-
-void checkMappings(Diagnosis& diagnosis, const Discovery& discovery, const Inventory& inventory) {
-    constexpr char kLoadModule[] = "load module";
-    checkHandler(diagnosis, discovery);
-    if (const std::string why = whyNoMappingFile(discovery); !why.empty()) {
-        diagnosis.fail(kLoadModule, why,
-                       "correct ZBN_NO and ZBN_REV, or install the load module with its mappings");
-        return;
-    }
-    diagnosis.ok(kLoadModule, identityText(discovery.identity) + " is found; mapping files: " +
-                                  std::to_string(discovery.mappingFiles.size()));
-    checkFiles(diagnosis, inventory);
 }
 
 void checkMappings(Diagnosis& diagnosis) {

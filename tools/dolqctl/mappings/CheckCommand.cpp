@@ -5,12 +5,12 @@
 #include <memory>
 #include <system_error>
 
+#include <nlohmann/json.hpp>
 #include <sys/mman.h>
 
 #include "Commands.h"
 #include "Options.h"
 #include "mappings/Discovery.h"
-#include "mappings/JsonView.h"
 #include "mappings/MappingFileChecker.h"
 
 namespace dolqctl {
@@ -60,11 +60,11 @@ Files filesOf(const Arguments& arguments) {
     std::vector<std::string> found = arguments.files;
     if (arguments.discovered) {
         const Discovery discovery = discover(arguments.identity);
-        for (const Discovery::FailedCategory& failure : discovery.failedCategories) {
-            tell(failureText(failure));
-        }
         if (discovery.mappingFiles.empty()) {
-            throw CommandError(printable(whyNoMappingFile(discovery)));
+            throw CommandError(discovery.whyNoMappingFile());
+        }
+        for (const std::string& problem : discovery.problems) {
+            tell(problem);
         }
         found = discovery.mappingFiles;
         files.isComplete = discovery.failedCategories.empty();
@@ -121,6 +121,32 @@ void print(const Finding& finding, Output& output) {
     }
 }
 
+nlohmann::ordered_json jsonOf(const Finding& finding) {
+    nlohmann::ordered_json json = finding.position;
+    json["severity"] = severityText(finding.severity);
+    json["rule"] = finding.rule;
+    json["message"] = finding.message;
+    if (finding.other) {
+        json["other"] = *finding.other;
+    }
+    if (finding.more > 0) {
+        json["more"] = finding.more;
+    }
+    return json;
+}
+
+void printJson(const std::vector<std::string>& files, const MappingFileChecker& checker,
+               Output& output) {
+    nlohmann::ordered_json json{{"files", files},
+                                {"errors", checker.count(Severity::Error)},
+                                {"warnings", checker.count(Severity::Warning)},
+                                {"findings", nlohmann::ordered_json::array()}};
+    for (const Finding& finding : checker.findings()) {
+        json["findings"].push_back(jsonOf(finding));
+    }
+    output.print(json);
+}
+
 int run(const Arguments& arguments, Output& output) {
     for (const std::string& rule : arguments.allowed) {
         if (std::find(std::begin(kRules), std::end(kRules), rule) == std::end(kRules)) {
@@ -136,7 +162,7 @@ int run(const Arguments& arguments, Output& output) {
     const std::size_t errors = checker.count(Severity::Error);
     const std::size_t warnings = checker.count(Severity::Warning);
     if (arguments.json) {
-        printCheckJson(files.paths, checker, output);
+        printJson(files.paths, checker, output);
     } else {
         for (const Finding& finding : checker.findings()) {
             print(finding, output);

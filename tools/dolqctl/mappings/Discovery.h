@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json_fwd.hpp>
+
 namespace dolqctl {
 
 class Diagnosis;
@@ -17,9 +19,6 @@ struct Identity {
 
 /// --product and --revision, by default what the environment says.
 void addIdentityOptions(Options& options, Identity& identity);
-
-/// "CXC1370001 R1A".
-std::string identityText(const Identity& identity);
 
 /// The library's walk over the node's load modules, written down.
 struct Discovery {
@@ -38,7 +37,20 @@ struct Discovery {
     std::vector<LoadModule> loadModules; ///< all of them, in reading order
     std::vector<FailedCategory> failedCategories;
     std::vector<std::string> mappingFiles; ///< in reading order
+    /// Why load modules or files may be missing: what the handler answers, or what is wrong in the
+    /// manifests if it is the embedded one. Printable, as all texts below.
+    std::vector<std::string> problems;
+
+    /// Why there is no mapping file, the nearest reason; empty when there is one.
+    std::string whyNoMappingFile() const;
+    /// What all mapping files begin with, up to a '/'.
+    std::string commonFolder() const;
+    /// "Load module 'CXC1370001' 'R1A', mapping files in FOLDER".
+    std::string heading() const;
 };
+
+void to_json(nlohmann::ordered_json& json, const Discovery::LoadModule& loadModule);
+void to_json(nlohmann::ordered_json& json, const Discovery::FailedCategory& failure);
 
 /// From here on the embedded trace backend is silent, unless RUXA_TRACE_GROUPS is set: the commands
 /// report themselves what the library's reader traces. Before the first trace, for the backend
@@ -47,11 +59,6 @@ void silenceTraces();
 
 /// Silences traces, too.
 Discovery discover(const Identity& identity);
-
-std::string failureText(const Discovery::FailedCategory& failure);
-
-/// Why the load module has no mapping file, with what is nearest to it; empty when it has one.
-std::string whyNoMappingFile(const Discovery& discovery);
 
 /// What is wrong with the load module and its mapping files (doctor/MappingChecks.cpp).
 void checkMappings(Diagnosis& diagnosis, const Discovery& discovery, const Inventory& inventory);

@@ -8,7 +8,6 @@
 #include "ProgramEnvironment.h"
 #include "mappings/Discovery.h"
 #include "mappings/Explanation.h"
-#include "mappings/JsonView.h"
 
 namespace dolqctl {
 
@@ -31,7 +30,8 @@ struct Arguments {
     bool json = false;
 };
 
-Json jsonOf(const Explanation& explanation, const Identity& identity) {
+nlohmann::ordered_json jsonOf(const Explanation& explanation, const Identity& identity) {
+    using Json = nlohmann::ordered_json;
     Json json{{"answer", explanation.answer()},
               {"faultId", explanation.faultId},
               {"object", explanation.object},
@@ -47,14 +47,14 @@ Json jsonOf(const Explanation& explanation, const Identity& identity) {
               {"cease", explanation.obstacles.empty()},
               {"obstacles", explanation.obstacles},
               {"conditions", explanation.conditions}};
-    for (const NearMiss& near : explanation.nearMisses) {
-        json["otherMappings"].push_back(*near.mapping);
-        json["otherMappings"].back()["difference"] = near.difference;
+    for (const Mapping* const near : explanation.nearMisses) {
+        json["otherMappings"].push_back(*near);
+        json["otherMappings"].back()["difference"] = explanation.difference(near->moClass);
     }
     return json;
 }
 
-void printText(const Explanation& explanation, const Identity& identity, Output& output) {
+void printText(const Explanation& explanation, const Discovery& discovery, Output& output) {
     const bool isSent = explanation.obstacles.empty();
     const Style style = !isSent                          ? Style::Bad
                         : explanation.conditions.empty() ? Style::Good
@@ -63,41 +63,32 @@ void printText(const Explanation& explanation, const Identity& identity, Output&
     for (std::size_t i = 1; i < explanation.obstacles.size(); ++i) {
         output.line("- " + explanation.obstacles[i]);
     }
-    output.line(std::string("A cease would ") + (isSent ? "go out." : "not be sent, either."));
+    output.line(isSent ? "A cease would go out." : "A cease would not be sent, either.");
     if (isSent) {
-        output.line(
-            "Not known: whether the service takes the alarm ('dolqctl raise' tries), and what\n"
-            "the program maps or changes in its surroundings itself.");
+        output.line("Not known: whether the service takes the alarm ('dolqctl raise' tries), and\n"
+                    "what the program maps or changes in its surroundings itself.");
     }
     output.line();
-    output.line("Load module  " + printable(identityText(identity)));
-    output.line("Class        " + explanation.classText);
+    output.line("Class " + explanation.classText());
+    output.line(discovery.heading());
+    Table table({{"MAPPING"}, {"CLASS"}, {"ALARM"}, {"MINOR TYPE", Align::Right}, {"FILE:LINE"}});
+    const auto add = [&](const std::string& what, const Mapping& mapping) {
+        table.add({what, mapping.moClass, alarmText(mapping.minorType),
+                   std::to_string(mapping.minorType),
+                   lineText(mapping.position, discovery.commonFolder().size())});
+    };
     if (explanation.found != nullptr) {
         for (auto each = explanation.found->rbegin(); each != explanation.found->rend(); ++each) {
-            output.line((each == explanation.found->rbegin() ? "Mapping      " : "in place of  ") +
-                        alarmText(each->minorType) + " (" + std::to_string(each->minorType) +
-                        ") at " + lineText(each->position));
+            add(each == explanation.found->rbegin() ? "used" : "overridden", *each);
         }
     }
-    if (explanation.nearMisses.empty()) {
-        return;
+    for (const Mapping* const near : explanation.nearMisses) {
+        add(explanation.difference(near->moClass), *near);
     }
-    std::vector<std::string> paths;
-    for (const NearMiss& near : explanation.nearMisses) {
-        paths.push_back(near.mapping->position.file);
+    if (!table.isEmpty()) {
+        output.line();
+        output.print(table);
     }
-    const std::string folder = commonFolder(paths);
-    output.line();
-    output.line("Other mappings of fault " + std::to_string(explanation.faultId) +
-                (folder.empty() ? "" : ", in " + printable(folder)) + ':');
-    Table table(
-        {{"CLASS"}, {"DIFFERENCE"}, {"ALARM"}, {"MINOR TYPE", Align::Right}, {"FILE:LINE"}});
-    for (const NearMiss& near : explanation.nearMisses) {
-        const Mapping& mapping = *near.mapping;
-        table.add({mapping.moClass, near.difference, alarmText(mapping.minorType),
-                   std::to_string(mapping.minorType), lineText(mapping.position, folder.size())});
-    }
-    output.print(table);
 }
 
 int run(const Arguments& arguments, Output& output) {
@@ -111,7 +102,7 @@ int run(const Arguments& arguments, Output& output) {
     if (arguments.json) {
         output.print(jsonOf(explanation, arguments.identity));
     } else {
-        printText(explanation, arguments.identity, output);
+        printText(explanation, discovery, output);
     }
     return explanation.obstacles.empty() && explanation.conditions.empty() ? kFine : kFindings;
 }

@@ -1,7 +1,6 @@
 #include "mappings/Explanation.h"
 
 #include <algorithm>
-#include <cctype>
 #include <fstream>
 #include <regex>
 
@@ -11,42 +10,10 @@
 #include "common/Environment.h"
 #include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
-#include "mappings/MappingFileChecker.h"
 
 namespace dolqctl {
 
 namespace {
-
-constexpr char kOtherClass[] = "other class";
-
-/// For comparisons that white space does not count in.
-std::string withoutWhiteSpace(std::string text) {
-    text.erase(std::remove_if(text.begin(), text.end(),
-                              [](unsigned char c) { return std::isspace(c) != 0; }),
-               text.end());
-    removeInvisible(text);
-    return text;
-}
-
-std::string lowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
-
-std::string difference(const std::string& asked, const std::string& mapped) {
-    if (asked.empty() || mapped.empty()) {
-        return mapped.empty() ? "mapped without a class" : kOtherClass;
-    }
-    if (asked == withoutWhiteSpace(mapped)) {
-        return "white space in the file";
-    }
-    if (lowerCase(asked) == lowerCase(mapped)) {
-        return "letter case";
-    }
-    return lowerCase(asked) == lowerCase(withoutWhiteSpace(mapped)) ? "letter case and white space"
-                                                                    : kOtherClass;
-}
 
 /// In quotes, without the middle of one that would fill a screen.
 std::string shown(const std::string& name) {
@@ -57,49 +24,40 @@ std::string shown(const std::string& name) {
                                       inQuotes(name.substr(name.size() - kHalf));
 }
 
-std::string classTextOf(const dolq::MoClass& moClass, const std::string& object) {
-    const std::string name = shown(object.substr(moClass.begin));
-    return (moClass.hasEqual ? inQuotes(moClass.name) + ", before the '=' of "
-                             : "none, for there is no '=' in ") +
-           (moClass.hasComma ? "the last relative name " + name : name + ", which has no comma");
-}
-
 /// Looks the fault up as an adapter does: only both, fault id and class, find a mapping.
 void lookUp(const Mappings& mappings, Explanation& explanation) {
-    const std::uint32_t faultId = explanation.faultId;
     const std::string& moClass = explanation.moClass.name;
-    std::vector<NearMiss>& misses = explanation.nearMisses;
-    for (auto each = mappings.lower_bound({faultId, ""});
-         each != mappings.end() && each->first.first == faultId; ++each) {
+    std::vector<const Mapping*>& misses = explanation.nearMisses;
+    for (auto each = mappings.lower_bound({explanation.faultId, ""});
+         each != mappings.end() && each->first.first == explanation.faultId; ++each) {
         if (each->first.second == moClass) {
             explanation.found = &each->second;
         } else {
-            misses.push_back({&each->second.back(), difference(moClass, each->first.second)});
+            misses.push_back(&each->second.back());
         }
     }
-    std::stable_partition(misses.begin(), misses.end(),
-                          [](const NearMiss& near) { return near.difference != kOtherClass; });
+    std::stable_partition(misses.begin(), misses.end(), [&](const Mapping* near) {
+        return folded(near->moClass) == folded(moClass);
+    });
 }
 
-/// The mappings that the checker finds lost in lines that name the fault: an element misspelt or
-/// skipped, a class that never matches.
-std::vector<std::string> mistakesAbout(std::uint32_t faultId, const Discovery& discovery) {
+/// In lines that name the fault: an element misspelt or skipped, a class that never matches.
+std::vector<std::string> mistakesAbout(std::uint32_t faultId, const Inventory& inventory) {
     const std::regex number("(^|[^0-9])" + std::to_string(faultId) + "([^0-9]|$)");
     std::vector<std::string> texts;
-    for (const std::string& path : discovery.mappingFiles) {
-        MappingFileChecker checker;
-        checker.check(path);
-        std::ifstream file(path);
-        std::string line;
-        int lines = 0;
-        for (const Finding& finding : checker.findings()) { // by line
-            while (lines < finding.position.line && std::getline(file, line)) {
-                ++lines;
-            }
-            if (finding.severity == Severity::Error && finding.rule != std::string("duplicate") &&
-                lines == finding.position.line && std::regex_search(line, number)) {
-                texts.push_back(positionText(finding.position) + ": " + finding.message);
-            }
+    std::ifstream file;
+    FilePosition read;
+    std::string line;
+    for (const Mistake& mistake : inventory.mistakes) { // by file and line
+        if (mistake.position.file != read.file || mistake.position.line < read.line) {
+            read = {mistake.position.file};
+            file = std::ifstream(read.file);
+        }
+        while (read.line < mistake.position.line && std::getline(file, line)) {
+            ++read.line;
+        }
+        if (read.line == mistake.position.line && std::regex_search(line, number)) {
+            texts.push_back(positionText(mistake.position) + ": " + mistake.text);
         }
     }
     return texts;
@@ -107,40 +65,36 @@ std::vector<std::string> mistakesAbout(std::uint32_t faultId, const Discovery& d
 
 std::string otherClassesText(const Explanation& explanation) {
     std::vector<std::string> classes;
-    for (const NearMiss& near : explanation.nearMisses) {
-        const std::string& moClass = near.mapping->moClass;
-        classes.push_back((moClass.empty() ? "objects without a class" : inQuotes(moClass)) +
-                          (moClass.empty() || near.difference == kOtherClass
-                               ? ""
-                               : " (" + near.difference + ")"));
+    for (const Mapping* const near : explanation.nearMisses) {
+        const bool isNear = folded(near->moClass) == folded(explanation.moClass.name);
+        classes.push_back(
+            near->moClass.empty()
+                ? "objects without a class"
+                : inQuotes(near->moClass) +
+                      (isNear ? " (" + explanation.difference(near->moClass) + ")" : ""));
     }
     return "the fault is mapped for " + joined(classes) +
            (explanation.moClass.name.empty() ? ", but the object has no class"
                                              : ", not for " + inQuotes(explanation.moClass.name));
 }
 
-void addMappingObstacles(const Discovery& discovery, const Inventory& inventory,
-                         Explanation& explanation) {
-    std::vector<std::string>& obstacles = explanation.obstacles;
-    const std::string whyNone = printable(whyNoMappingFile(discovery));
-    if (!discovery.mappingFiles.empty()) {
-        obstacles = mistakesAbout(explanation.faultId, discovery);
-    } else {
-        obstacles = {whyNone};
+std::vector<std::string> mappingObstacles(const Explanation& explanation,
+                                          const Discovery& discovery, const Inventory& inventory) {
+    if (discovery.mappingFiles.empty()) {
+        return {discovery.whyNoMappingFile()};
     }
+    std::vector<std::string> obstacles = mistakesAbout(explanation.faultId, inventory);
     if (!explanation.nearMisses.empty()) {
         obstacles.push_back(otherClassesText(explanation));
     }
-    for (const UnreadableFile& file : inventory.unreadable) {
-        obstacles.push_back(positionText(file.position) + " gives no mapping: " + file.reason);
+    for (const Mistake& mistake : inventory.unreadable) {
+        obstacles.push_back(positionText(mistake.position) + ": " + mistake.text);
     }
-    for (const Discovery::FailedCategory& failure : discovery.failedCategories) {
-        obstacles.push_back(printable(failureText(failure)));
+    obstacles.insert(obstacles.end(), discovery.problems.begin(), discovery.problems.end());
+    if (explanation.nearMisses.empty()) {
+        obstacles.emplace_back("no mapping file of the load module maps the fault");
     }
-    if (!discovery.mappingFiles.empty() && explanation.nearMisses.empty()) {
-        obstacles.push_back("no mapping file of " + printable(identityText(discovery.identity)) +
-                            " maps the fault");
-    }
+    return obstacles;
 }
 
 void addIdentityCondition(Explanation& explanation) {
@@ -211,13 +165,25 @@ std::string Explanation::answer() const {
            (conditions.empty() ? "" : ", but " + joined(conditions, "; and "));
 }
 
+std::string Explanation::classText() const {
+    const std::string name = shown(object.substr(moClass.begin));
+    return (moClass.hasEqual ? inQuotes(moClass.name) + ", before the '=' of "
+                             : "none, for there is no '=' in ") +
+           (moClass.hasComma ? "the last relative name " + name : name + ", which has no comma");
+}
+
+std::string Explanation::difference(const std::string& other) const {
+    return folded(other) != folded(moClass.name) ? "other class"
+           : other.size() == moClass.name.size() ? "letter case"
+                                                 : "white space";
+}
+
 Explanation explain(std::uint32_t faultId, const std::string& object, const Discovery& discovery,
                     const Inventory& inventory, bool identityGiven) {
-    Explanation explanation{faultId, object, dolq::parseMoClass(object), {}, nullptr, {}, {}, {}};
-    explanation.classText = classTextOf(explanation.moClass, object);
+    Explanation explanation{faultId, object, dolq::parseMoClass(object), nullptr, {}, {}, {}};
     lookUp(inventory.mappings, explanation);
     if (explanation.found == nullptr) {
-        addMappingObstacles(discovery, inventory, explanation);
+        explanation.obstacles = mappingObstacles(explanation, discovery, inventory);
     }
     if (!identityGiven) {
         addIdentityCondition(explanation);

@@ -11,27 +11,23 @@ namespace dolqctl {
 
 struct Discovery;
 
-/// A mapping of the fault that is not the one asked for.
-struct NearMiss {
-    const Mapping* mapping;
-    std::string difference;
-};
-
 /// Why a fault on an object becomes an alarm, or not. Refers to the inventory it was made from. Its
 /// texts are printable.
 struct Explanation {
     std::uint32_t faultId;
     std::string object;
     dolq::MoClass moClass;
-    std::string classText;               ///< the class, and what it was taken from
-    const std::vector<Mapping>* found;   ///< null without one
-    std::vector<NearMiss> nearMisses;    ///< the nearest first
-    std::vector<std::string> obstacles;  ///< why neither raise nor cease is sent, the most
-                                         ///< important one first
-    std::vector<std::string> conditions; ///< "only if ..." for a raise that is mapped
+    const std::vector<Mapping>* found = nullptr;
+    std::vector<const Mapping*> nearMisses; ///< the fault on other classes, the nearest first
+    std::vector<std::string> obstacles;     ///< why nothing is sent, the most important one first
+    std::vector<std::string> conditions;    ///< what a raise that is mapped depends on
 
     /// The first sentence: whether a raise would go out, and as what or why not.
     std::string answer() const;
+    /// The class, and what it was taken from.
+    std::string classText() const;
+    /// How another class differs from the object's.
+    std::string difference(const std::string& other) const;
 };
 
 /// `identityGiven`: the program names its system and compute node itself.

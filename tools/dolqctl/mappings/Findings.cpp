@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -12,6 +13,7 @@
 
 #include "Output.h"
 #include "common/RegularFile.h"
+#include "common/XmlDocument.h"
 
 namespace dolqctl {
 
@@ -507,14 +509,42 @@ FilePosition XmlText::positionOf(std::size_t at) {
     return m_last;
 }
 
+namespace {
+
+/// For a file of which the reader said that `document` was not loaded.
+Mistake whyNotLoaded(const std::string& path, const TiXmlDocument& document) {
+    if (document.Error()) {
+        std::string reason = document.ErrorDesc();
+        if (!reason.empty() && reason.back() == '.') {
+            reason.pop_back();
+        }
+        return {{path, document.ErrorRow(), document.ErrorCol()}, std::move(reason)};
+    }
+    std::string text;
+    switch (const int error = common::readRegularFile(path, text.max_size(), text)) {
+    case 0:
+        return {{path},
+                "not given to the parser: more than " + std::to_string(common::XmlLimits().depth) +
+                    " levels of elements, or more than " +
+                    std::to_string(common::XmlLimits().attributes) + " attributes in one"};
+    case EISDIR:
+    case EINVAL:
+        return {{path}, "not a regular file"};
+    default:
+        return {{path}, std::strerror(error)};
+    }
+}
+
+} // namespace
+
 void XmlText::addNotLoaded(const TiXmlDocument& document) const {
-    UnreadableFile parser = whyNotLoaded(m_path, document);
+    const Mistake parser = whyNotLoaded(m_path, document);
     if (Finding* const finding = m_findings.add(Severity::Error, "not-loaded")) {
         const bool isKnown = !m_failure.empty();
         finding->position = isKnown ? m_failedAt
                                     : FilePosition{finding->position.file, parser.position.line,
                                                    parser.position.column};
-        finding->message = "the file is not read: " + (isKnown ? m_failure : parser.reason);
+        finding->message = "the file is not read: " + (isKnown ? m_failure : parser.text);
     }
 }
 

@@ -1,18 +1,20 @@
 #include "mappings/Inventory.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
+#include <cctype>
+#include <cstdio>
+#include <iterator>
 
+#include <nlohmann/json.hpp>
 #include <tinyxml.h>
 
 #include "Output.h"
 #include "adapter/MinorType.h"
-#include "common/RegularFile.h"
-#include "common/XmlDocument.h"
+#include "mappings/MappingFileChecker.h"
 #include "xmlconf/dolqXmlConfigurator.h"
 
 namespace dolqctl {
+
+using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -21,10 +23,6 @@ public:
     Recorder(const std::string& path, Inventory& inventory)
         : m_path(path), m_inventory(inventory) {}
 
-    void onNotLoaded(const TiXmlDocument& document) override {
-        m_inventory.unreadable.push_back(whyNotLoaded(m_path, document));
-    }
-    void onNoRoot() override { m_inventory.unreadable.push_back(whyNoRoot(m_path)); }
     void onSkipped(const TiXmlElement& element) override {
         m_inventory.skipped.push_back(positionOf(m_path, element));
     }
@@ -61,55 +59,76 @@ std::string lineText(const FilePosition& position, std::size_t skipped) {
            (position.line == 0 ? "" : ':' + std::to_string(position.line));
 }
 
-std::string commonFolder(const std::vector<std::string>& paths) {
-    std::string common = paths.empty() ? "" : paths.front();
-    for (const std::string& path : paths) {
-        const auto end = std::mismatch(common.begin(), common.end(), path.begin(), path.end());
-        common.erase(end.first, common.end());
-    }
-    return common.substr(0, common.rfind('/') + 1);
-}
-
 std::string alarmText(std::uint32_t minorType) {
     return std::to_string(dolq::majorIdOf(minorType)) + '/' +
            std::to_string(dolq::minorIdOf(minorType));
 }
 
-UnreadableFile whyNotLoaded(const std::string& path, const TiXmlDocument& document) {
-    if (document.Error()) {
-        std::string reason = document.ErrorDesc();
-        if (!reason.empty() && reason.back() == '.') {
-            reason.pop_back();
+std::string folded(std::string text) {
+    removeInvisible(text);
+    std::string letters;
+    for (const char c : text) {
+        if (std::isspace(static_cast<unsigned char>(c)) == 0) {
+            letters += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         }
-        return {{path, document.ErrorRow(), document.ErrorCol()}, std::move(reason)};
     }
-    std::string text;
-    switch (const int error = common::readRegularFile(path, text.max_size(), text)) {
-    case 0:
-        return {{path},
-                "not given to the parser: more than " + std::to_string(common::XmlLimits().depth) +
-                    " levels of elements, or more than " +
-                    std::to_string(common::XmlLimits().attributes) + " attributes in one"};
-    case EISDIR:
-    case EINVAL:
-        return {{path}, "not a regular file"};
-    default:
-        return {{path}, std::strerror(error)};
-    }
+    return letters;
 }
-
-UnreadableFile whyNoRoot(const std::string& path) { return {{path}, "no root element"}; }
 
 Inventory readMappingFiles(const std::vector<std::string>& paths) {
     Inventory inventory;
     dolq::xmlconf::MappingXmlConfigurator configurator;
     for (const std::string& path : paths) {
         Recorder recorder(path, inventory);
-        if (configurator.readMappingFile(path, recorder) && recorder.mapsNothing()) {
-            inventory.unreadable.push_back({{path}, "none of its elements is a mapping"});
+        const std::size_t skippedBefore = inventory.skipped.size();
+        const std::size_t mistakesBefore = inventory.mistakes.size();
+        const bool isLoaded = configurator.readMappingFile(path, recorder);
+        MappingFileChecker checker;
+        checker.check(path);
+        for (const Finding& finding : checker.findings()) {
+            // Of two mappings for one fault and class, none is missing.
+            if (finding.severity == Severity::Error && finding.rule != std::string("duplicate")) {
+                inventory.mistakes.push_back({finding.position, finding.message});
+            }
+        }
+        if (!isLoaded && inventory.mistakes.size() > mistakesBefore) {
+            inventory.unreadable.push_back(inventory.mistakes[mistakesBefore]);
+        } else if (recorder.mapsNothing()) {
+            const std::size_t skipped = inventory.skipped.size() - skippedBefore;
+            inventory.unreadable.push_back(
+                {{path},
+                 "the file maps nothing" +
+                     (skipped == 0 ? "" : ": " + counted(skipped, "element") + " skipped")});
         }
     }
     return inventory;
+}
+
+void to_json(Json& json, const FilePosition& position) {
+    json = {{"file", position.file}, {"line", position.line}, {"column", position.column}};
+}
+
+void to_json(Json& json, const Mistake& mistake) {
+    json = mistake.position;
+    json["reason"] = mistake.text;
+}
+
+void to_json(Json& json, const Mapping& mapping) {
+    char hex[sizeof("0x00010002")];
+    std::snprintf(hex, sizeof(hex), "0x%08X", mapping.minorType);
+    json = {{"faultId", mapping.faultId},
+            {"class", mapping.moClass},
+            {"minorType", mapping.minorType},
+            {"minorTypeHex", hex},
+            {"majorId", dolq::majorIdOf(mapping.minorType)},
+            {"minorId", dolq::minorIdOf(mapping.minorType)}};
+    json.update(Json(mapping.position));
+}
+
+Json effectiveJson(const std::vector<Mapping>& history) {
+    Json json = history.back();
+    json["overrides"] = std::vector<Mapping>(std::next(history.rbegin()), history.rend());
+    return json;
 }
 
 } // namespace dolqctl

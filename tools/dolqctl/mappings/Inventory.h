@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include <nlohmann/json_fwd.hpp>
+
 class TiXmlBase;
 class TiXmlDocument;
 
@@ -26,9 +28,6 @@ std::string positionText(const FilePosition& position);
 /// "file:line", the file without the first `skipped` characters of its path.
 std::string lineText(const FilePosition& position, std::size_t skipped = 0);
 
-/// The folder that all paths begin with, up to its last '/'.
-std::string commonFolder(const std::vector<std::string>& paths);
-
 /// One entry of a mapping file as the library's reader stores it.
 struct Mapping {
     std::uint32_t faultId;
@@ -40,27 +39,33 @@ struct Mapping {
 /// "1/2": major id and minor id.
 std::string alarmText(std::uint32_t minorType);
 
+/// In lower case, without white space and what only looks like it.
+std::string folded(std::string text);
+
 /// By fault id, then class byte for byte: all mappings that were read for them, one replacing the
 /// other. The last one is what a program has.
 using Mappings = std::map<std::pair<std::uint32_t, std::string>, std::vector<Mapping>>;
 
-/// A file that the reader takes nothing from, where in it, and why.
-struct UnreadableFile {
+/// Something wrong, and where; printable.
+struct Mistake {
     FilePosition position;
-    std::string reason;
+    std::string text;
 };
-
-/// For a file of which the reader said that `document` was not loaded.
-UnreadableFile whyNotLoaded(const std::string& path, const TiXmlDocument& document);
-UnreadableFile whyNoRoot(const std::string& path);
 
 /// What the library's reader takes from mapping files read one after the other.
 struct Inventory {
-    std::vector<UnreadableFile> unreadable; ///< those without any mapping, too
-    std::vector<FilePosition> skipped;      ///< mapping elements without both ids
+    std::vector<Mistake> unreadable;   ///< files that give no mapping
+    std::vector<FilePosition> skipped; ///< mapping elements without both ids
+    std::vector<Mistake> mistakes;     ///< those that cost a mapping, as the checker finds them
     Mappings mappings;
 };
 
 Inventory readMappingFiles(const std::vector<std::string>& paths);
+
+void to_json(nlohmann::ordered_json& json, const FilePosition& position);
+void to_json(nlohmann::ordered_json& json, const Mistake& mistake);
+void to_json(nlohmann::ordered_json& json, const Mapping& mapping);
+/// The last one, with what it replaced.
+nlohmann::ordered_json effectiveJson(const std::vector<Mapping>& history);
 
 } // namespace dolqctl

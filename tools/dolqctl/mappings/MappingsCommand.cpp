@@ -9,7 +9,6 @@
 #include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
 #include "mappings/Inventory.h"
-#include "mappings/JsonView.h"
 
 namespace dolqctl {
 
@@ -31,16 +30,13 @@ struct Arguments {
 
 /// Of "2/17", or of the number that stands in a mapping file.
 std::uint32_t minorTypeOf(const std::string& alarm) {
-    static const std::regex form("(\\d{1,5})/(\\d{1,5})|\\d{1,10}|0[xX][0-9a-fA-F]{1,8}");
+    static const std::regex form("(?:(\\d{1,5})/)?(\\d{1,10})");
     std::smatch match;
     if (std::regex_match(alarm, match, form)) {
-        const bool isPair = match[1].matched;
-        const bool isHexadecimal = alarm.size() > 1 && (alarm[1] == 'x' || alarm[1] == 'X');
-        const unsigned long long major = isPair ? std::stoul(match[1]) : 0;
-        const unsigned long long number =
-            isPair ? std::stoul(match[2]) : std::stoull(alarm, nullptr, isHexadecimal ? 16 : 10);
-        if (major <= 0xFFFF && number <= (isPair ? 0xFFFF : 0xFFFFFFFF)) {
-            return static_cast<std::uint32_t>(major << 16 | number);
+        const unsigned long long major = match[1].matched ? std::stoull(match[1]) : 0;
+        const unsigned long long minor = std::stoull(match[2]);
+        if (major <= 0xFFFF && minor <= (match[1].matched ? 0xFFFF : 0xFFFFFFFF)) {
+            return static_cast<std::uint32_t>(major << 16 | minor);
         }
     }
     throw CommandError("--alarm: " + inQuotes(alarm) +
@@ -62,12 +58,11 @@ Mappings chosen(const Mappings& all, const Arguments& arguments) {
 }
 
 void printTables(const Discovery& discovery, const Mappings& mappings, Output& output) {
-    const std::string folder = commonFolder(discovery.mappingFiles);
-    output.line("Load module " + printable(identityText(discovery.identity)) +
-                (folder.empty() ? "" : ", mapping files in " + printable(folder)));
+    const std::size_t folder = discovery.commonFolder().size();
+    output.line(discovery.heading());
     for (const Discovery::LoadModule& loadModule : discovery.loadModules) {
         for (const std::string& path : loadModule.mappingFiles) {
-            output.line("  " + loadModule.category + ": " + printable(path.substr(folder.size())));
+            output.line("  " + loadModule.category + ": " + printable(path.substr(folder)));
         }
     }
     Table table({{"FAULT", Align::Right},
@@ -81,10 +76,10 @@ void printTables(const Discovery& discovery, const Mappings& mappings, Output& o
         std::vector<std::string> overrides;
         for (auto other = history.rbegin() + 1; other != history.rend(); ++other) {
             overrides.push_back(alarmText(other->minorType) + " at " +
-                                lineText(other->position, folder.size()));
+                                lineText(other->position, folder));
         }
         table.add({std::to_string(mapping.faultId), mapping.moClass, alarmText(mapping.minorType),
-                   std::to_string(mapping.minorType), lineText(mapping.position, folder.size()),
+                   std::to_string(mapping.minorType), lineText(mapping.position, folder),
                    joined(overrides)});
     }
     if (!table.isEmpty()) {
@@ -93,7 +88,9 @@ void printTables(const Discovery& discovery, const Mappings& mappings, Output& o
     }
 }
 
-Json jsonOf(const Discovery& discovery, const Inventory& inventory, const Mappings& mappings) {
+nlohmann::ordered_json jsonOf(const Discovery& discovery, const Inventory& inventory,
+                              const Mappings& mappings) {
+    using Json = nlohmann::ordered_json;
     Json json{{"productNumber", discovery.identity.productNumber},
               {"revision", discovery.identity.revision},
               {"failedCategories", discovery.failedCategories},
@@ -125,7 +122,7 @@ int run(const Arguments& arguments, Output& output) {
     checkMappings(diagnosis, discovery, inventory);
     for (const Observation& observation : diagnosis.observations()) {
         if (observation.status != Observation::Status::Ok) {
-            tell(printable(observation.finding));
+            tell(observation.finding);
         }
     }
     if (mappings.empty() && !inventory.mappings.empty()) {
