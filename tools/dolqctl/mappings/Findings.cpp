@@ -8,6 +8,7 @@
 #include <cstring>
 #include <cwchar>
 #include <numeric>
+#include <utility>
 
 #include <tinyxml.h>
 
@@ -88,6 +89,28 @@ std::string codePointName(std::string_view text) {
     return name;
 }
 
+bool isAny(const LookAlike&) { return true; }
+bool isInvisible(const LookAlike& each) { return *each.plain == '\0'; }
+
+/// `firstName`, unless null, becomes the name of the first character that is replaced.
+std::string replaced(std::string_view text, bool (*isMeant)(const LookAlike&),
+                     std::string* firstName = nullptr) {
+    std::string plain;
+    while (!text.empty()) {
+        const std::string_view character = text.substr(0, lengthOfFirst(text));
+        const bool isAscii = static_cast<unsigned char>(text[0]) < 0x80;
+        const auto* const found = std::find_if(
+            isAscii ? std::end(kLookAlikes) : std::begin(kLookAlikes), std::end(kLookAlikes),
+            [&](const LookAlike& each) { return each.bytes == character && isMeant(each); });
+        plain += found == std::end(kLookAlikes) ? character : found->plain;
+        if (found != std::end(kLookAlikes) && firstName != nullptr && firstName->empty()) {
+            *firstName = codePointName(character);
+        }
+        text.remove_prefix(character.size());
+    }
+    return plain;
+}
+
 /// How many characters have to be changed, added or removed to make `to` of `from`.
 std::size_t distance(const std::string& from, const std::string& to) {
     std::vector<std::size_t> row(to.size() + 1);
@@ -150,22 +173,7 @@ bool isMisspelt(const std::string& name, const std::string& meant) {
 }
 
 std::string inPlainLetters(std::string_view text, std::string* firstName) {
-    std::string plain;
-    for (std::string_view rest = text; !rest.empty();) {
-        const std::string_view character = rest.substr(0, lengthOfFirst(rest));
-        const auto* const found =
-            std::find_if(std::begin(kLookAlikes), std::end(kLookAlikes),
-                         [&](const LookAlike& each) { return each.bytes == character; });
-        if (found == std::end(kLookAlikes)) {
-            plain += character;
-        } else {
-            plain += found->plain;
-            if (firstName != nullptr && firstName->empty()) {
-                *firstName = codePointName(character);
-            }
-        }
-        rest.remove_prefix(character.size());
-    }
+    std::string plain = replaced(text, isAny, firstName);
     // What holds other Greek or Cyrillic letters is a word of such a language.
     const bool isForeign = std::any_of(plain.begin(), plain.end(), [](char c) {
         return static_cast<unsigned char>(c) >= 0xCD && static_cast<unsigned char>(c) <= 0xD4;
@@ -176,18 +184,7 @@ std::string inPlainLetters(std::string_view text, std::string* firstName) {
     return isForeign ? std::string(text) : plain;
 }
 
-void removeInvisible(std::string& text) {
-    for (std::size_t at = 0; at < text.size();) {
-        const std::string_view character =
-            std::string_view(text).substr(at, lengthOfFirst(std::string_view(text).substr(at)));
-        const bool isInvisible =
-            std::any_of(std::begin(kLookAlikes), std::end(kLookAlikes), [&](const LookAlike& each) {
-                return each.bytes == character && *each.plain == '\0';
-            });
-        isInvisible ? static_cast<void>(text.erase(at, character.size()))
-                    : static_cast<void>(at += character.size());
-    }
-}
+void removeInvisible(std::string& text) { text = replaced(text, isInvisible); }
 
 void addUnknownAttributes(const TiXmlElement& element, const std::vector<const char*>& known,
                           Findings& findings) {
@@ -270,25 +267,32 @@ void Findings::add(Severity severity, const char* rule, const TiXmlBase& part,
 }
 
 XmlText::XmlText(const std::string& path, Findings& findings) : m_path(path), m_findings(findings) {
-    if (common::readRegularFile(path, m_text.max_size(), m_text) != 0) {
+    m_isRead = common::readRegularFile(path, m_text.max_size(), m_text) == 0;
+    if (!m_isRead) {
         return;
     }
     checkEncoding();
     std::size_t at = m_begin;
+    bool isBehindRoot = false;
     while ((at = m_text.find_first_not_of(kWhiteSpace, at)) != m_text.npos) {
-        const bool isOutside = m_open.empty();
         const bool isMarkup = m_text[at] == '<';
         const bool isPassedOver = isMarkup && (m_text[at + 1] == '!' || m_text[at + 1] == '?');
-        if (isOutside && !m_rootName.empty() && !isPassedOver) {
-            add(at, "behind-root", "nothing behind the first root element is read: " + word(at));
-            return;
+        if (m_open.empty() && !m_rootName.empty() && !isPassedOver) {
+            if (!std::exchange(isBehindRoot, true)) {
+                add(at, "behind-root",
+                    "nothing behind the first root element is read: " + word(at));
+            }
+            if (!isMarkup) {
+                return;
+            }
         }
         if (isMarkup) {
             at = markup(at);
-        } else if (isOutside) {
+        } else if (m_open.empty()) {
             at = fail(at, "no root element, but " + word(at));
         } else {
-            at = m_text.find('<', at);
+            const std::size_t end = m_text.find('<', at);
+            at = checkReferences(at, std::min(end, m_text.size()), false) ? end : m_text.npos;
         }
     }
     if (m_rootName.empty()) {
@@ -306,6 +310,7 @@ void XmlText::checkEncoding() {
         fail(0, "it is empty");
     } else if (nul < 2 || startsWith(m_text, "\xFF\xFE") || startsWith(m_text, "\xFE\xFF")) {
         fail(0, "it looks like UTF-16: save it as UTF-8");
+        m_begin = m_text.size();
         return;
     } else if (nul != m_text.npos) {
         fail(nul, "a NUL byte ends the text here");
@@ -332,8 +337,10 @@ std::size_t XmlText::markup(std::size_t at) {
             continue;
         }
         const std::size_t to = m_text.find(end, at + begin.size());
-        if (to == m_text.npos) {
-            return fail(at, std::string("the ") + name + " is not closed");
+        if (to == m_text.npos) { // which does not matter behind the root
+            return m_open.empty() && !m_rootName.empty()
+                       ? to
+                       : fail(at, std::string("the ") + name + " is not closed");
         }
         if (startsWith(begin, "<?") && m_rootName.empty()) {
             const std::string declaration = blurred(m_text.substr(at, to - at));
@@ -342,13 +349,22 @@ std::size_t XmlText::markup(std::size_t at) {
         }
         return to + end.size();
     }
-    return m_text[at + 1] == '/' ? endTag(at) : startTag(at);
+    if (isNameStart(m_text[at + 1])) {
+        return startTag(at);
+    }
+    if (m_text[at + 1] == '/' && !m_open.empty()) {
+        return endTag(at);
+    }
+    const std::size_t to = m_text.find('>', at);
+    if (m_rootName.empty() || !m_open.empty()) {
+        add(at, "unread-text",
+            "this '<' begins no element: nothing up to the next '>' is read; write \"&lt;\" for the "
+            "character");
+    }
+    return to != m_text.npos ? to + 1 : to;
 }
 
 std::size_t XmlText::startTag(std::size_t at) {
-    if (!isNameStart(m_text[at + 1])) {
-        return fail(at, "this '<' begins no element: write \"&lt;\" for the character");
-    }
     const std::string_view name = nameAt(at + 1);
     if (m_rootName.empty()) {
         m_rootName = name;
@@ -373,7 +389,7 @@ std::size_t XmlText::startTag(std::size_t at) {
 
 std::size_t XmlText::attribute(std::size_t at, std::vector<std::string_view>& names) {
     const std::string_view name = nameAt(at);
-    if (name.empty()) {
+    if (!isNameStart(m_text[at])) {
         return fail(at, "an attribute or '>' is missing before " + word(at));
     }
     if (std::find(names.begin(), names.end(), name) != names.end()) {
@@ -391,7 +407,7 @@ std::size_t XmlText::attribute(std::size_t at, std::vector<std::string_view>& na
     if (isQuoted && (end == m_text.npos || m_text.find('<', begin) < end)) {
         m_suspect = std::min(m_suspect, begin);
     }
-    if (end == m_text.npos || !checkReferences(begin, end)) {
+    if (end == m_text.npos || !checkReferences(begin, end, true)) {
         return m_text.npos;
     }
     if (!isQuoted && (m_text[end] == '"' || m_text[end] == '\'')) {
@@ -400,8 +416,8 @@ std::size_t XmlText::attribute(std::size_t at, std::vector<std::string_view>& na
     return isQuoted ? end + 1 : end;
 }
 
-/// False where the parser stops.
-bool XmlText::checkReferences(std::size_t begin, std::size_t end) {
+/// False where the parser stops; `isRead`: somebody uses the value.
+bool XmlText::checkReferences(std::size_t begin, std::size_t end, bool isRead) {
     const std::string_view value = std::string_view(m_text).substr(begin, end - begin);
     for (std::size_t at = value.find('&'); at != value.npos; at = value.find('&', at + 1)) {
         const std::string_view rest = value.substr(at);
@@ -410,6 +426,9 @@ bool XmlText::checkReferences(std::size_t begin, std::size_t end) {
             continue;
         }
         if (!startsWith(rest, "&#")) {
+            if (!isRead) {
+                continue;
+            }
             const std::string_view name = nameAt(begin + at + 1);
             const bool isEntity = !name.empty() && rest[1 + name.size()] == ';';
             add(begin + at, "unknown-entity",
@@ -430,6 +449,9 @@ bool XmlText::checkReferences(std::size_t begin, std::size_t end) {
         }
         const unsigned long code =
             std::strtoul(reference.c_str() + digits, nullptr, isHexadecimal ? 16 : 10);
+        if (!isRead) {
+            continue;
+        }
         if (code == 0 || code > 0x10FFFF) {
             add(begin + at, "character-reference",
                 quoted(reference) + " is no character" +

@@ -82,6 +82,8 @@ public:
     XmlText(const std::string& path, Findings& findings);
 
     const std::string& rootName() const { return m_rootName; }
+    bool isRead() const { return m_isRead; }
+    bool hasFailed() const { return !m_failure.empty(); }
 
     /// Adds why nothing of the file is read; `document` is what the reader made of it.
     void addNotLoaded(const TiXmlDocument& document) const;
@@ -92,7 +94,7 @@ private:
     std::size_t startTag(std::size_t at);
     std::size_t attribute(std::size_t at, std::vector<std::string_view>& names);
     std::size_t endTag(std::size_t at);
-    bool checkReferences(std::size_t begin, std::size_t end);
+    bool checkReferences(std::size_t begin, std::size_t end, bool isRead);
 
     std::size_t fail(std::size_t at, std::string reason);
     void add(std::size_t at, const char* rule, const std::string& message);
@@ -112,6 +114,7 @@ private:
     FilePosition m_last; ///< of `m_lastAt`
     FilePosition m_failedAt;
     std::string m_failure;
+    bool m_isRead = false;
 };
 
 /// Adds texts between the children of `element`, which nothing reads.

@@ -30,7 +30,7 @@ public:
     bool wantsPlaces() const override { return true; }
 
     void onNotLoaded(const TiXmlDocument& document) override {
-        if (!m_findings.hasErrorInFile()) { // what stands behind the root is told
+        if (m_text.hasFailed() || !m_findings.hasErrorInFile()) { // else: goes on behind the root
             m_text.addNotLoaded(document);
         }
     }
@@ -45,14 +45,14 @@ public:
         } else if (name == "file") {
             message += "; a 'file' belongs into a 'loadModule'";
         }
-        add(Severity::Error, "unknown-element", element, message);
+        m_findings.add(Severity::Error, "unknown-element", element, message);
     }
 
     void onMissingAttribute(const TiXmlElement& element, const char* name) override {
         const TiXmlAttribute* const written = findAttribute(element, name);
-        add(Severity::Error, "missing-attribute", element,
-            std::string("the whole manifest is refused: ") +
-                (written != nullptr ? "an empty '" : "no '") + name + "'");
+        m_findings.add(Severity::Error, "missing-attribute", element,
+                       std::string("the whole manifest is refused: ") +
+                           (written != nullptr ? "an empty '" : "no '") + name + "'");
     }
 
     void onElement(const TiXmlElement& element) override {
@@ -68,8 +68,8 @@ public:
             }
         }
         if (element.FirstChildElement() != nullptr && known.name == std::string("file")) {
-            add(Severity::Error, "unknown-element", *element.FirstChildElement(),
-                "nothing inside a 'file' is read");
+            m_findings.add(Severity::Error, "unknown-element", *element.FirstChildElement(),
+                           "nothing inside a 'file' is read");
         }
     }
 
@@ -83,18 +83,15 @@ private:
                     plain.end());
         if (name == "tag" && value != kTag &&
             (isMisspelt(plain, kTag) || isMisspelt(plain, std::string(kTag) + ".xml"))) {
-            add(Severity::Error, "misspelt-tag", attribute,
-                written(attribute) + " is not '" + kTag + "': the file is not read");
+            m_findings.add(Severity::Error, "misspelt-tag", attribute,
+                           written(attribute) + " is not '" + kTag + "': the file is not read");
         } else if ((name == "productNumber" || name == "revision") && plain != value) {
-            add(Severity::Warning, "blank-in-number", attribute,
+            m_findings.add(
+                Severity::Warning, "blank-in-number", attribute,
                 written(attribute) +
                     " holds a blank, or a character that looks like another one or like nothing: is " +
                     quoted(plain) + " meant?");
         }
-    }
-
-    void add(Severity severity, const char* rule, const TiXmlBase& part, std::string message) {
-        m_findings.add(severity, rule, part, std::move(message));
     }
 
     const XmlText& m_text;
@@ -106,13 +103,17 @@ private:
 bool isManifest(const XmlText& text) { return isMisspelt(text.rootName(), kRoot); }
 
 void checkManifest(const std::string& path, const XmlText& text, Findings& findings) {
+    if (!text.isRead()) {
+        text.addNotLoaded({});
+        return;
+    }
     Checker checker(text, findings);
     std::vector<platform::loadmodules::LoadModule> modules;
     const int result = platform::loadmodules::readManifest(path, modules, checker);
     if (result != 0 && !findings.hasErrorInFile()) {
         findings.add(Severity::Error, "not-loaded", TiXmlElement(""),
-                     "the embedded load-module handler refuses the manifest: error " +
-                         std::to_string(result));
+                     "the whole manifest is refused: error " + std::to_string(result) +
+                         " of the embedded load-module handler");
     }
 }
 
