@@ -88,27 +88,6 @@ TEST_F(EndToEndTest, AlarmsOfBothGenerationsArriveAsTheMappingFilesSay) {
     EXPECT_TRUE(traced("Minor type not found. notificationObject:System=1,Port=1, faultId:4199"));
 }
 
-TEST_F(EndToEndTest, MistakesInAMappingFileCostOnlyThemselves) {
-    run(
-        [] {
-            const auto client = ruxa::fm::dolq::v2::getFmiFactory()->createFaultManagement();
-            client->ceaseAlarm("S=1,Tunnel=1", 5101, "the later of two entries");
-            client->ceaseAlarm("S=1,Tunnel=1", 5102, "without a class");
-            client->ceaseAlarm("S=1,Tunnel=1", 5105, "a number with text behind it");
-            client->ceaseAlarm("S=1,Link=1", 5106, "a list with blanks");
-            client->ceaseAlarm("S=1,=1", 5106, "an empty piece");
-            client->ceaseAlarm("S=1,Tunnel=1", 5103, "no number");
-        },
-        "CXC1370002", "R2B");
-    std::vector<unsigned> minorIds;
-    for (const auto& record : received()) {
-        minorIds.push_back(record.value().minorId);
-    }
-    EXPECT_EQ(minorIds, (std::vector<unsigned>{40, 35, 36, 36}));
-    EXPECT_TRUE(traced("Alarm mapping entry is missing managed object class for fault '5102'."));
-    EXPECT_TRUE(traced("'mapping' element that did not have all 'faultid'"));
-}
-
 TEST_F(EndToEndTest, AnAlarmThatTheServiceCannotTakeIsTraced) {
     run([] {
         const auto client = ruxa::fm::dolq::v2::getFmiFactory()->createFaultManagement();

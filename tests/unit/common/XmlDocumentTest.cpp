@@ -1,5 +1,6 @@
 #include "common/XmlDocument.h"
 
+#include <cstdio>
 #include <ostream>
 #include <string>
 
@@ -88,6 +89,33 @@ const TextCase kTextCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(, XmlDocumentLimits, testing::ValuesIn(kTextCases),
                          [](const auto& row) { return std::string(row.param.name); });
+
+/// Nothing of what is within the limits may depend on the look that is taken at a text before
+/// TinyXML gets it.
+TEST(XmlDocument, LoadsOddTextsAsTinyXmlAloneDoes) {
+    const std::string root = "<r>\r\n<mapping a='1'/></r>";
+    const std::string texts[] = {root + "<?xml",
+                                 "<?xml version=\"1.0\"",
+                                 kLatin1 + "<na\xEF><mapping a='1'/></na\xEF>",
+                                 kUtf8 + root + "\xEF\xBB",
+                                 kUtf8 + root + "\xEF",
+                                 "<?xml encoding='R&D'?>" + root,
+                                 kUtf8 + std::string("<r a='\xC3\0'>", 10) + "<m a='1'/></r>",
+                                 root + std::string("\0<r>", 4),
+                                 "<r>\r\r\n<mapping a='1'/>\r</r>\r"};
+    for (std::string text : texts) {
+        XmlDocument guarded;
+        EXPECT_TRUE(guarded.load(text)) << text;
+        TiXmlDocument bare;
+        std::FILE* const file = fmemopen(text.data(), text.size(), "rb");
+        ASSERT_TRUE(bare.LoadFile(file, TIXML_ENCODING_UNKNOWN)) << text;
+        std::fclose(file);
+        TiXmlPrinter printed[2];
+        guarded.Accept(&printed[0]);
+        bare.Accept(&printed[1]);
+        EXPECT_EQ(printed[0].Str(), printed[1].Str());
+    }
+}
 
 TEST(XmlDocument, ACharacterThatIsCutOffLeadsNobodyBehindTheText) {
     for (const char* const cut : {"\xF0", "\xF0\xA0", "\xF0\xA0\xA0", "\xE2", "\xE2\x82", "\xC3"}) {

@@ -80,17 +80,6 @@ TEST_F(FactoryTest, ThreadsHaveFactoriesOfTheirOwn) {
     EXPECT_EQ(v1::getFmiFactory(), mine);
 }
 
-TEST_F(FactoryTest, AnAdapterNeedsNoMappingFileAndNoService) {
-    platform().loadModules.clear();
-    platform().results["initialize"] = {SA_AIS_ERR_LIBRARY};
-    const auto client = v2::getFmiFactory()->createFaultManagement();
-    client->ceaseAlarm(kObject, 7, "");
-    EXPECT_EQ(
-        platform().traces(8).back(),
-        "dolqNotificationMapImpl|Found no match for faultId: 7 in Load Module: , Rev:R1A, ThreadId: " +
-            pid());
-}
-
 TEST_F(FactoryTest, AConfigurationThatThrowsLeavesAV1FactoryAndNoV2Factory) {
     int formatted = 0;
     platform().onCall["formatStr"] = [&] {
@@ -109,12 +98,6 @@ TEST_F(FactoryTest, AConfigurationThatThrowsLeavesAV1FactoryAndNoV2Factory) {
     EXPECT_EQ(runs(), 2U);
     EXPECT_NE(v2::getFmiFactory(), nullptr);
     EXPECT_EQ(runs(), 3U);
-}
-
-TEST_F(FactoryTest, AThrowingLoadModuleTraceStillFreesTheHandlersBuffers) {
-    platform().onCall["formatStr"] = [] { throw std::bad_alloc(); };
-    EXPECT_THROW(v2::getFmiFactory(), std::bad_alloc);
-    EXPECT_EQ(platform().openLoadModuleLists, 0);
 }
 
 TEST_F(FactoryTest, WhenCreationFailsWhatWasMadeIsReleased) {

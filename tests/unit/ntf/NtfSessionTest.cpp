@@ -18,13 +18,6 @@ void raiseWithGroup(FaultManagementI& adapter) {
                               "compute", 3U);
 }
 
-TEST_F(NtfSessionTest, AnAlarmIsAllocatedFilledSentAndFreed) {
-    const auto client = adapter();
-    raiseWithGroup(*client);
-    EXPECT_EQ(platform().calls(), kAlarmCalls);
-    EXPECT_EQ(platform().traces(0), Texts{});
-}
-
 struct Busy {
     const char* call;
     std::size_t position; // of the first such call in `kAlarmCalls`
@@ -247,14 +240,6 @@ TEST_F(NtfSessionTest, AListIsSentUpTo65535Entries) {
                       : Texts{"dolqNtfSessionImpl|Alarm field cut: field:additionalInfo, length:" +
                               std::to_string(given + 1) + ", sent:65535"});
     }
-}
-
-TEST_F(NtfSessionTest, EmptyEntriesAreLeftOutAndNoneIsSaidSo) {
-    const auto client = adapter();
-    client->raisePrimaryAlarm(kObject, 7, "", "", {"", ""}, 0, std::string("u"), "s", "c");
-    EXPECT_EQ(sentAlarm().additionalInfo.size(), 1U);
-    client->ceaseAlarm(kObject, 7, "");
-    EXPECT_NE(platform().traces(4).back().find(", additionalInfo:Empty,"), std::string::npos);
 }
 
 } // namespace

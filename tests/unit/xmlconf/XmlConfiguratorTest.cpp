@@ -2,7 +2,6 @@
 #include <filesystem>
 
 #include <sys/stat.h>
-#include <tinyxml.h>
 
 #include "LibraryTest.h"
 #include "xmlconf/dolqXmlConfigurator.h"
@@ -16,7 +15,7 @@ struct MappingFile {
     Texts traces; // with <file> for the file's name
 };
 
-class MappingFileTest : public LibraryTest, public testing::WithParamInterface<MappingFile> {};
+using MappingFileTest = LibraryTest;
 
 const char kSkipped[] =
     "4 dolqXmlConfigurator|When parsing XML file '<file>', a 'mapping' element that did not have all 'faultid' ,'minor_type_id' and 'managed_object_class' integer attributes was encountered";
@@ -51,36 +50,12 @@ struct RecordingConfiguration final : v1::ConfigurationI {
     std::size_t withoutClass = 0;
 };
 
-TEST_P(MappingFileTest, GivesBothGenerationsTheSameEntries) {
-    const TemporaryFile file(std::string("<?xml version=\"1.0\"?><any>") + GetParam().elements +
-                             "</any>");
-    dolq::xmlconf::MappingXmlConfigurator configurator;
-    Texts traces;
-    for (const std::string& trace : GetParam().traces) {
-        traces.push_back(withFile(trace, file.path()));
-    }
-
-    dolq::MappingTable table;
-    platform().events.clear();
-    EXPECT_TRUE(configurator.readMappingFile(file.path(), table));
-    EXPECT_EQ(entriesOf(table), GetParam().entries);
-    EXPECT_EQ(platform().events, traces);
-
-    RecordingConfiguration configuration;
-    platform().events.clear();
-    EXPECT_TRUE(configurator.readMappingFile(file.path(), &configuration));
-    EXPECT_EQ(entriesOf(configuration.table), GetParam().entries);
-    EXPECT_EQ(configuration.withoutClass, platform().traces(0).size());
-    EXPECT_EQ(platform().events, traces);
-}
-
 Texts called(const char* arguments) {
     return {std::string("8 dolqXmlConfigurator|Call DOLQ with ") + arguments};
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, MappingFileTest,
-    testing::ValuesIn(std::vector<MappingFile>{
+TEST_F(MappingFileTest, GivesBothGenerationsTheSameEntries) {
+    const MappingFile rows[] = {
         {"NoElements", "", {}, {}},
         {"OtherAndNestedElements",
          R"(<note faultid="1" minor_type_id="2"/><g><mapping faultid="1" minor_type_id="2"/></g>)",
@@ -134,104 +109,60 @@ INSTANTIATE_TEST_SUITE_P(
          {{1, "A", 3}},
          {"8 dolqXmlConfigurator|Call DOLQ with faultid=1,  minor_type_id=2 and managed_object_class=A ",
           "8 dolqXmlConfigurator|Call DOLQ with faultid=1,  minor_type_id=3 and managed_object_class=A "}},
-    }),
-    [](const auto& row) { return row.param.name; });
+    };
+    for (const MappingFile& row : rows) {
+        SCOPED_TRACE(row.name);
+        const TemporaryFile file(std::string("<?xml version=\"1.0\"?><any>") + row.elements +
+                                 "</any>");
+        dolq::xmlconf::MappingXmlConfigurator configurator;
+        Texts traces;
+        for (const std::string& trace : row.traces) {
+            traces.push_back(withFile(trace, file.path()));
+        }
+        dolq::MappingTable table;
+        platform().events.clear();
+        EXPECT_TRUE(configurator.readMappingFile(file.path(), table));
+        EXPECT_EQ(entriesOf(table), row.entries);
+        EXPECT_EQ(platform().events, traces);
 
-struct BadFile {
-    const char* name;
-    std::string (*content)();
-    const char* trace;
-};
-
-class BadFileTest : public LibraryTest, public testing::WithParamInterface<BadFile> {};
-
-TEST_P(BadFileTest, IsTracedAndLeavesTheTableAlone) {
-    const TemporaryFile file(GetParam().content());
-    dolq::xmlconf::MappingXmlConfigurator configurator;
-    dolq::MappingTable table;
-    platform().events.clear();
-    EXPECT_FALSE(configurator.readMappingFile(file.path(), table));
-    EXPECT_TRUE(table.blocks().empty());
-    EXPECT_EQ(
-        platform().events,
-        Texts{withFile(std::string("4 dolqXmlConfigurator|") + GetParam().trace, file.path())});
-}
-
-std::string repeated(const std::string& text, std::size_t times) {
-    std::string all;
-    for (std::size_t i = 0; i < times; ++i) {
-        all += text;
+        RecordingConfiguration configuration;
+        platform().events.clear();
+        EXPECT_TRUE(configurator.readMappingFile(file.path(), &configuration));
+        EXPECT_EQ(entriesOf(configuration.table), row.entries);
+        EXPECT_EQ(configuration.withoutClass, platform().traces(0).size());
+        EXPECT_EQ(platform().events, traces);
     }
-    return all;
 }
 
-constexpr char kElement[] = R"(<mapping faultid="1" minor_type_id="2" managed_object_class="A"/>)";
-constexpr char kNotLoaded[] = "Could not load XML file '<file>'";
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, BadFileTest,
-    testing::ValuesIn(std::vector<BadFile>{
-        {"Empty", [] { return std::string(); }, kNotLoaded},
-        {"Truncated", [] { return std::string("<m>") + kElement + "<mapping faultid="; },
-         kNotLoaded},
-        {"Unclosed", [] { return std::string("<m>") + kElement; }, kNotLoaded},
-        {"Binary", [] { return std::string("\x7F\x45LF\0\1\2\3<\xFF\xFE", 11); }, kNotLoaded},
-        {"NoRoot", [] { return std::string("<?xml version=\"1.0\"?><!-- nothing -->"); },
-         "XML data corrupt, no root element in file '<file>'"},
-        {"MegabytesDeep", [] { return repeated("<a>", 1 << 20); }, kNotLoaded},
-        {"MegabytesUnclosed", [] { return "<m>" + repeated(kElement, 50000); }, kNotLoaded},
-    }),
-    [](const auto& row) { return row.param.name; });
-
-struct OddFile {
-    const char* name;
-    std::string content;
-};
-
-/// Keeps the rows' names in the test list the same from run to run.
-// NOLINTNEXTLINE(readability-identifier-naming): GoogleTest's name for it.
-void PrintTo(const OddFile& row, std::ostream* out) { *out << row.name; }
-
-class OddFileTest : public LibraryTest, public testing::WithParamInterface<OddFile> {};
-
-/// Nothing of it may depend on the look that the library takes at a text before TinyXML gets it.
-TEST_P(OddFileTest, LoadsAsTinyXmlAloneLoadsIt) {
-    const TemporaryFile file(GetParam().content);
-    TiXmlDocument bare(file.path());
-    ASSERT_TRUE(bare.LoadFile(TIXML_ENCODING_UNKNOWN));
-    const bool hasRoot = bare.FirstChildElement() != nullptr;
-
-    dolq::MappingTable table;
-    platform().events.clear();
-    EXPECT_EQ(dolq::xmlconf::MappingXmlConfigurator().readMappingFile(file.path(), table), hasRoot);
-    EXPECT_EQ(table.blocks().empty(), !hasRoot);
-    const Texts traces = hasRoot ? platform().traces(8) : platform().traces(4);
-    EXPECT_EQ(traces,
-              Texts{withFile(hasRoot ? "dolqXmlConfigurator|Call DOLQ with faultid=1,  "
-                                       "minor_type_id=2 and managed_object_class=A "
-                                     : "dolqXmlConfigurator|XML data corrupt, no root element in "
-                                       "file '<file>'",
-                             file.path())});
+TEST_F(MappingFileTest, ABadFileIsTracedAndLeavesTheTableAlone) {
+    constexpr char kElement[] =
+        R"(<mapping faultid="1" minor_type_id="2" managed_object_class="A"/>)";
+    std::string deep;
+    std::string unclosed = "<m>";
+    for (int i = 0; i < 50000; ++i) {
+        deep += "<a><a>";
+        unclosed += kElement;
+    }
+    const std::string texts[] = {"",
+                                 std::string("<m>") + kElement + "<mapping faultid=",
+                                 std::string("\x7F\x45LF\0\1\2\3<\xFF\xFE", 11),
+                                 deep,
+                                 unclosed,
+                                 R"(<?xml version="1.0"?><!-- nothing -->)"};
+    for (const std::string& text : texts) {
+        const TemporaryFile file(text);
+        dolq::xmlconf::MappingXmlConfigurator configurator;
+        dolq::MappingTable table;
+        platform().events.clear();
+        EXPECT_FALSE(configurator.readMappingFile(file.path(), table)) << text.substr(0, 40);
+        EXPECT_TRUE(table.blocks().empty());
+        const char* const trace = &text == std::end(texts) - 1
+                                      ? "XML data corrupt, no root element in file '<file>'"
+                                      : "Could not load XML file '<file>'";
+        EXPECT_EQ(platform().events,
+                  Texts{withFile(std::string("4 dolqXmlConfigurator|") + trace, file.path())});
+    }
 }
-
-const std::string kOneElement = std::string("<r>\r\n") + kElement + "</r>";
-const std::string kDeclaration = "<?xml version=\"1.0\"?>";
-
-INSTANTIATE_TEST_SUITE_P(
-    , OddFileTest,
-    testing::Values(
-        OddFile{"DeclarationCutOffBehindTheRoot", kOneElement + "<?xml"},
-        OddFile{"OnlyADeclarationCutOff", "<?xml version=\"1.0\""},
-        OddFile{"Latin1AtTheEnd", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><na\xEF>" +
-                                      std::string(kElement) + "</na\xEF>"},
-        OddFile{"CutOffMarkBehindTheRoot", kDeclaration + kOneElement + "\xEF\xBB"},
-        OddFile{"CutOffLeadByteBehindTheRoot", kDeclaration + kOneElement + "\xEF"},
-        OddFile{"AmpersandInTheEncoding", "<?xml encoding='R&D'?>" + kOneElement},
-        OddFile{"NulBehindALeadByte",
-                kDeclaration + std::string("<r a='\xC3\0'>", 10) + kElement + "</r>"},
-        OddFile{"NulBehindTheRoot", kOneElement + std::string("\0<r>", 4)},
-        OddFile{"NoLineEndButCarriageReturns", "<r>\r\r\n" + std::string(kElement) + "\r</r>\r"}),
-    [](const auto& row) { return std::string(row.param.name); });
 
 class DiscoveryTest : public LibraryTest {
 protected:
@@ -250,8 +181,8 @@ protected:
 };
 
 TEST_F(DiscoveryTest, ReadsTheFilesOfTheLoadModuleInOrderAndGoesOnWithoutTheMissing) {
-    char folder[] = "/tmp/dolq-unit-XXXXXX";
-    ASSERT_NE(mkdtemp(folder), nullptr);
+    const TemporaryFolder temporary;
+    const std::string folder = temporary.path();
     platform().loadModules["central"] = {
         {"CXC1", "R1B", {{"alarm_mapping", m_first.path()}}},
         {"CXC1", "R1A", {{"alarm_mapping", m_first.path()}, {"alarm_mapping", kMissing}}}};
@@ -263,7 +194,6 @@ TEST_F(DiscoveryTest, ReadsTheFilesOfTheLoadModuleInOrderAndGoesOnWithoutTheMiss
                                            {"alarm_mapping", folder},
                                            {"alarm_mapping", m_last.path()}}}};
     const auto client = v2::getFmiFactory()->createFaultManagement();
-    rmdir(folder);
 
     Texts events(platform().events.begin(), platform().events.begin() + 19);
     const auto found = [&](const std::string& path) {
@@ -326,20 +256,6 @@ TEST_F(DiscoveryTest, WithoutAnIdentityOnlyAModuleWithoutOneMatches) {
     const auto client = adapter({});
     client->ceaseAlarm(kObject, 7, "");
     EXPECT_EQ(platform().sent.size(), 1U);
-}
-
-TEST_F(DiscoveryTest, AV1EntryWithoutAClassLeavesTheDeprecationNoticeToo) {
-    const TemporaryFile file(R"(<m><mapping faultid="7" minor_type_id="1"/></m>)");
-    platform().loadModules["local"] = {{"CXC1", "R1A", {{"alarm_mapping", file.path()}}}};
-    v1::getFmiFactory();
-    EXPECT_EQ(
-        platform().traces(0),
-        (Texts{
-            "dolqXmlConfigurator|Alarm mapping entry is missing managed object class for fault '7'.",
-            "dolqNotificationMapImpl|This method is deprecated and replaced by setMapping(faultId, minorType, ManagedObjectClass)."}));
-    EXPECT_EQ(
-        std::count(platform().events.begin(), platform().events.end(), "Velk_get_lms central"),
-        1); // one factory, one run
 }
 
 } // namespace
