@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "saNtf.h"
+#include "support/TestSupport.h"
 
 namespace {
 bool g_setUserId = false; // as in a program that runs with another user's rights
@@ -91,8 +92,8 @@ TEST_P(NtfFaultsDeathTest, AreAsScheduled) {
 
 /// Who starts a program with another user's rights chooses neither its faults nor its log.
 TEST_F(NtfFaultsDeathTest, AreNotMadeForAProgramWithAnotherUsersRights) {
-    ::setenv("RUXA_NTF_FAULTS", "initialize:BUSY", 1);
-    ::setenv("RUXA_NTF_LOG", "/dev/null", 1);
+    const ScopedEnvironment faults("RUXA_NTF_FAULTS", "initialize:BUSY");
+    const ScopedEnvironment log("RUXA_NTF_LOG", "/dev/null");
     const auto initialize = [] {
         g_setUserId = true;
         SaNtfHandleT handle = 0;

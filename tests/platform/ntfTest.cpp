@@ -146,25 +146,18 @@ TEST_F(Ntf, InitialisesAllMemory) {
     ASSERT_EQ(saNtfAlarmNotificationAllocate(m_handle, &alarm, 2, 65535, 65535, 3, 4, 5, -1),
               SA_AIS_OK);
     const SaNtfNotificationHeaderT& header = alarm.notificationHeader;
-    const auto isZero = [](const auto* field, std::size_t count) {
+    const auto isZero = [](const auto* field, std::size_t count = 1) {
         const auto* bytes = reinterpret_cast<const char*>(field);
         const std::size_t size = count * sizeof *field;
         return std::string(bytes, size) == std::string(size, '\0');
     };
-    EXPECT_TRUE(isZero(header.eventType, 1));
-    EXPECT_TRUE(isZero(header.notificationObject, 1));
-    EXPECT_TRUE(isZero(header.notifyingObject, 1));
-    EXPECT_TRUE(isZero(header.notificationClassId, 1));
-    EXPECT_TRUE(isZero(header.notificationId, 1));
-    EXPECT_TRUE(isZero(header.correlatedNotifications, header.numCorrelatedNotifications));
-    EXPECT_TRUE(isZero(header.additionalText, header.lengthAdditionalText));
-    EXPECT_TRUE(isZero(header.additionalInfo, header.numAdditionalInfo));
-    EXPECT_TRUE(isZero(alarm.probableCause, 1));
-    EXPECT_TRUE(isZero(alarm.specificProblems, alarm.numSpecificProblems));
-    EXPECT_TRUE(isZero(alarm.perceivedSeverity, 1));
-    EXPECT_TRUE(isZero(alarm.thresholdInformation, 1));
-    EXPECT_TRUE(isZero(alarm.monitoredAttributes, alarm.numMonitoredAttributes));
-    EXPECT_TRUE(isZero(alarm.proposedRepairActions, alarm.numProposedRepairActions));
+    EXPECT_TRUE(isZero(header.eventType) && isZero(header.notificationObject) &&
+                isZero(header.notifyingObject) && isZero(header.notificationClassId) &&
+                isZero(header.notificationId) && isZero(alarm.probableCause) &&
+                isZero(alarm.perceivedSeverity) && isZero(alarm.thresholdInformation));
+    EXPECT_TRUE(isZero(header.correlatedNotifications, 2) && isZero(header.additionalText, 65535) &&
+                isZero(header.additionalInfo, 65535) && isZero(alarm.specificProblems, 3) &&
+                isZero(alarm.monitoredAttributes, 4) && isZero(alarm.proposedRepairActions, 5));
     EXPECT_EQ(*alarm.trend, SA_NTF_TREND_NO_CHANGE);
     EXPECT_EQ(*header.eventTime, SA_TIME_UNKNOWN);
     const std::vector<SaUint16T> counts = {
