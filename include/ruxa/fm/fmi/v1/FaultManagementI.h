@@ -10,11 +10,11 @@ namespace ruxa::fm::fmi::v1 {
 /// How bad a fault is (perceived severity, ITU-T X.733). A code outside these is sent as
 /// indeterminate. There is no code for "cleared": that is what `ceaseAlarm` is for.
 enum PerceivedSeverity : std::uint32_t {
-    PerceivedSeverityWarning = 0,      ///< a fault may come, the service does not suffer yet
-    PerceivedSeverityMinor = 1,        ///< the service does not suffer; to be repaired all the same
-    PerceivedSeverityMajor = 2,        ///< the service suffers: repair is urgent
-    PerceivedSeverityCritical = 3,     ///< the service is lost: repair at once
-    PerceivedSeverityIndeterminate = 4 ///< not known how bad
+    PerceivedSeverityWarning = 0,      ///< a potential fault, which does not affect the service yet
+    PerceivedSeverityMinor = 1,        ///< the service is not affected; correct it to prevent worse
+    PerceivedSeverityMajor = 2,        ///< the service is affected: correct it urgently
+    PerceivedSeverityCritical = 3,     ///< the service is lost: correct it immediately
+    PerceivedSeverityIndeterminate = 4 ///< the severity cannot be determined
 };
 
 /// The program group of an alarm; it travels as the alarm's proposed repair action. A code outside
@@ -27,7 +27,7 @@ enum ProgramGroup : std::uint32_t {
     ProgramGroupNone = 4  ///< no program group: the alarm has no proposed repair action
 };
 
-/// Raises and ceases alarms through the SA Forum Notification Service, one alarm notification a
+/// Raises and ceases alarms through the SA Forum Notification Service, one notification per
 /// call. A factory makes it; who owns it depends on the factory's generation.
 ///
 /// A call does its whole work on the caller's thread and keeps nothing of what it was given. It
