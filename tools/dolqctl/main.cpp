@@ -11,11 +11,12 @@
 namespace {
 
 constexpr char kFooter[] = R"(Exit codes:
-  0  fine
-  1  findings: mistakes in a mapping file, an alarm that would not be raised, ...
-  2  wrong usage, or something the command needs is missing
+  0  done, and nothing wrong was found
+  1  done, and something is wrong: a mistake in a file, an alarm not sent, ...
+  2  not done: wrong usage, or something that the command needs is missing
 
-'dolqctl COMMAND --help' shows a command's options and an example. See also dolqctl(1).)";
+'dolqctl help COMMAND' shows a command's options and an example.
+See also dolqctl(1).)";
 
 /// The version of this program, and which files it loads for alarms, a line each.
 std::string versionText() {

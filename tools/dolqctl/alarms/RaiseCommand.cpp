@@ -126,8 +126,8 @@ Example:
       --severity major --text 'Temperature too high' --event-id 4711)";
 
 constexpr char kCeaseFooter[] =
-    R"(The traces go where those of 'dolqctl raise' go. Exit code 1: the service did not
-accept it. Whether such an alarm is active is not looked at.
+    R"(The traces go where those of 'dolqctl raise' go. Exit code 1: the service did
+not accept it. Whether such an alarm is active is not looked at.
 
 Example:
   dolqctl cease --object managedElement=1,Board=3 --fault 4101)";

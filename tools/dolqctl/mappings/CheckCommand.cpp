@@ -20,15 +20,15 @@ namespace {
 constexpr char kFooter[] =
     R"(Each finding is one line: FILE:LINE:COLUMN: SEVERITY: MESSAGE [RULE]. An error
 is a mapping that is lost or not what is written, a warning something that works
-but was hardly meant. Of one rule and file, ten findings are shown. Mapping files
-are read one on top of the other, as those of one load module are. Manifests of
-load modules are known by their root element.
+but was hardly meant. Of one rule and file, ten findings are shown. Mapping
+files are read one on top of the other, as those of one load module are.
+Manifests of load modules are known by their root element.
 
 Exit codes: 0 no error; 1 errors, with --strict warnings, or load modules that
 could not be asked for their files; 2 wrong usage, or no file to check.
 
 Example, in the source or in the folder of the installed documents:
-  dolqctl check --strict --allow override examples/loadmodules/alarm-client/*.xml)";
+  dolqctl check --allow override examples/loadmodules/alarm-client/*.xml)";
 
 constexpr std::size_t kMostOfOneRule = 10;
 constexpr char kStandardInput[] = "-";

@@ -14,12 +14,14 @@ namespace dolqctl {
 namespace {
 
 constexpr char kFooter[] =
-    R"(Opens a session with the notification service as 'doctor' does, but sends nothing.
+    R"(Opens a session with the notification service as 'doctor' does; sends nothing.
 
-Exit codes: 0 a raise would go out; 1 it would not, or only on a condition; 2 wrong usage.
+Exit codes: 0 a raise would go out; 1 it would not, or only on a condition;
+2 wrong usage.
 
 Example:
-  dolqctl explain --product CXC1370001 --revision R1A --fault 4102 --object Shelf=1,Port=3)";
+  dolqctl explain --product CXC1370001 --revision R1A \
+      --fault 4102 --object Shelf=1,Port=3)";
 
 struct Arguments {
     Identity identity;

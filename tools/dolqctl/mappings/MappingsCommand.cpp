@@ -15,7 +15,8 @@ namespace dolqctl {
 namespace {
 
 constexpr char kFooter[] =
-    R"(Exit codes: 0 fine; 1 nothing to show, or something could not be read; 2 wrong usage.
+    R"(Exit codes: 0 all mappings were read; 1 nothing to show, or something could not
+be read; 2 wrong usage.
 
 Example:
   dolqctl mappings --product CXC1370001 --revision R1A --alarm 2/17)";
