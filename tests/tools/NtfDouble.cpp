@@ -49,3 +49,8 @@ SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT, SaUint16T, void**, SaN
 SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT) { return SA_AIS_ERR_UNAVAILABLE; }
 SaAisErrorT saNtfNotificationFree(SaNtfNotificationHandleT) { return SA_AIS_OK; }
 SaAisErrorT saNtfFinalize(SaNtfHandleT) { return SA_AIS_OK; }
+
+namespace ruxa::zum2::v1 {
+void* getAPI(); // of a correlation service that does not run, for which this is taken as well
+void* getAPI() { return nullptr; }
+} // namespace ruxa::zum2::v1

@@ -175,9 +175,10 @@ std::string Discovery::whyNoMappingFile() const {
     if (const std::set<std::string> near = nearest(*this); !near.empty()) {
         return what + ", but " + joined(near);
     }
-    return what + (!problems.empty() ? ": " + problems.front()
-                                     : ", nor another one of that product among " +
-                                           counted(loadModules.size(), "load module"));
+    return what + (!problems.empty()  ? ": " + problems.front()
+                   : !missing.empty() ? std::string()
+                                      : ", nor another one of that product among " +
+                                            counted(loadModules.size(), "load module"));
 }
 
 std::string Discovery::commonFolder() const {

@@ -123,7 +123,7 @@ void addService(Explanation& explanation) {
         if (each.status == Status::Failed) {
             explanation.obstacles.push_back(text);
         } else if (each.status == Status::Warning) {
-            explanation.conditions.push_back("that is not certain: " + text);
+            explanation.conditions.push_back("doctor warns: " + text);
         }
     }
     Diagnosis correlation;
