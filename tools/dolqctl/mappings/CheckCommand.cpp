@@ -88,7 +88,7 @@ Files filesOf(const Arguments& arguments) {
 
 /// The path of an unnamed file that holds the standard input: the reader takes regular files only.
 std::string keptStandardInput() {
-    const std::string path = "/proc/self/fd/" + std::to_string(memfd_create("", MFD_CLOEXEC));
+    std::string path = "/proc/self/fd/" + std::to_string(memfd_create("", MFD_CLOEXEC));
     std::ofstream copy(path, std::ios::binary);
     if (std::cin.peek() != std::char_traits<char>::eof()) {
         copy << std::cin.rdbuf();

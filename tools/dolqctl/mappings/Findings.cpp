@@ -151,7 +151,7 @@ const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* nam
     return attribute;
 }
 
-std::string quoted(std::string_view text) {
+std::string inShortQuotes(std::string_view text) {
     std::size_t length = 80;
     if (text.size() <= length) {
         return inQuotes(text);
@@ -163,7 +163,7 @@ std::string quoted(std::string_view text) {
 }
 
 std::string written(const TiXmlAttribute& attribute) {
-    return printable(attribute.Name()) + '=' + quoted(attribute.Value());
+    return printable(attribute.Name()) + '=' + inShortQuotes(attribute.Value());
 }
 
 bool isMisspelt(const std::string& name, const std::string& meant) {
@@ -205,7 +205,7 @@ void addUnknownAttributes(const TiXmlElement& element, const std::vector<const c
         const bool isMistake = meant != known.end();
         findings.add(isMistake ? Severity::Error : Severity::Warning, "unknown-attribute",
                      *attribute,
-                     "the attribute " + quoted(name) + " is ignored" +
+                     "the attribute " + inShortQuotes(name) + " is ignored" +
                          (isMistake ? ": did you mean '" + std::string(*meant) + "'?" : ""));
     }
 }
@@ -217,7 +217,7 @@ void addUnreadText(const TiXmlElement& element, Findings& findings) {
             const bool isElement = text->ValueStr().find('=') != std::string::npos;
             findings.add(isElement ? Severity::Error : Severity::Warning, "unread-text", *text,
                          std::string(text->CDATA() ? "a CDATA section" : "text") +
-                             " is not read: " + quoted(text->ValueStr()) +
+                             " is not read: " + inShortQuotes(text->ValueStr()) +
                              (isElement && !text->CDATA() ? "; is a '<' missing?" : ""));
         }
     }
@@ -393,12 +393,12 @@ std::size_t XmlText::attribute(std::size_t at, std::vector<std::string_view>& na
         return fail(at, "an attribute or '>' is missing before " + word(at));
     }
     if (std::find(names.begin(), names.end(), name) != names.end()) {
-        return fail(at, "the attribute " + quoted(name) + " is there twice");
+        return fail(at, "the attribute " + inShortQuotes(name) + " is there twice");
     }
     names.push_back(name);
     const std::size_t equals = m_text.find_first_not_of(kWhiteSpace, at + name.size());
     if (equals == m_text.npos || m_text[equals] != '=') {
-        return fail(at, "the attribute " + quoted(name) + " has no value");
+        return fail(at, "the attribute " + inShortQuotes(name) + " has no value");
     }
     std::size_t begin = std::min(m_text.find_first_not_of(kWhiteSpace, equals + 1), m_text.size());
     const bool isQuoted = m_text[begin] == '"' || m_text[begin] == '\'';
@@ -434,7 +434,7 @@ bool XmlText::checkReferences(std::size_t begin, std::size_t end, bool isRead) {
             add(begin + at, "unknown-entity",
                 "the '&' is left out: write \"&amp;\" for it" +
                     (isEntity ? ", or the character that " +
-                                    quoted(rest.substr(0, name.size() + 2)) + " means"
+                                    inShortQuotes(rest.substr(0, name.size() + 2)) + " means"
                               : ""));
             continue;
         }
@@ -444,7 +444,7 @@ bool XmlText::checkReferences(std::size_t begin, std::size_t end, bool isRead) {
         const std::string reference(rest.substr(0, std::min(semicolon, std::size_t{11}) + 1));
         if (semicolon == rest.npos ||
             rest.find_first_not_of({kDigits, isHexadecimal ? 22U : 10U}, digits) != semicolon) {
-            fail(begin + at, quoted(reference) + " is no character");
+            fail(begin + at, inShortQuotes(reference) + " is no character");
             return false;
         }
         const unsigned long code =
@@ -454,13 +454,14 @@ bool XmlText::checkReferences(std::size_t begin, std::size_t end, bool isRead) {
         }
         if (code == 0 || code > 0x10FFFF) {
             add(begin + at, "character-reference",
-                quoted(reference) + " is no character" +
+                inShortQuotes(reference) + " is no character" +
                     (code == 0 ? ": the value ends here" : ""));
         } else if (code >= 0x80 && !m_isUtf8) {
             add(begin + at, "character-reference",
-                quoted(reference) + " becomes a single byte in a file that does not say that it is "
-                                    "UTF-8: begin it with <?xml version=\"1.0\" "
-                                    "encoding=\"UTF-8\"?>");
+                inShortQuotes(reference) +
+                    " becomes a single byte in a file that does not say that it is "
+                    "UTF-8: begin it with <?xml version=\"1.0\" "
+                    "encoding=\"UTF-8\"?>");
         }
     }
     return true;

@@ -21,16 +21,14 @@ const char* severityText(Severity severity);
 
 /// The names of all rules that a finding may have, in alphabetical order.
 inline constexpr std::string_view kRules[] = {
-    "behind-root",     "beyond-32-bits",      "blank-in-class",
-    "blank-in-number", "character-reference", "class-case",
-    "class-character", "class-never-matches", "duplicate",
-    "empty-class",     "final-comma",         "invisible-in-class",
-    "look-alike",      "missing-attribute",   "missing-class",
-    "misspelt-root",   "misspelt-tag",        "nested-mapping",
-    "no-class",        "no-major-id",         "no-mapping",
-    "not-an-integer",  "not-loaded",          "not-utf-8",
-    "override",        "text-after-number",   "unknown-attribute",
-    "unknown-element", "unknown-entity",      "unread-text"};
+    "behind-root",         "beyond-32-bits",    "blank-in-class",    "blank-in-number",
+    "character-reference", "class-case",        "class-character",   "class-never-matches",
+    "duplicate",           "empty-class",       "final-comma",       "invisible-in-class",
+    "look-alike",          "missing-attribute", "missing-class",     "missing-file",
+    "misspelt-root",       "misspelt-tag",      "nested-mapping",    "no-class",
+    "no-major-id",         "no-mapping",        "not-an-integer",    "not-loaded",
+    "not-utf-8",           "override",          "text-after-number", "unknown-attribute",
+    "unknown-element",     "unknown-entity",    "unread-text"};
 
 struct Finding {
     FilePosition position;
@@ -127,7 +125,7 @@ void addUnknownAttributes(const TiXmlElement& element, const std::vector<const c
 const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name);
 
 /// Foreign text in quotes; only the beginning of a long one.
-std::string quoted(std::string_view text);
+std::string inShortQuotes(std::string_view text);
 
 /// `name="value"`.
 std::string written(const TiXmlAttribute& attribute);

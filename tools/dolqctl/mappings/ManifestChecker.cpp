@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
+#include <system_error>
 
 #include <tinyxml.h>
 
@@ -25,7 +27,9 @@ const struct {
 
 class Checker final : public platform::loadmodules::ManifestObserverI {
 public:
-    Checker(const XmlText& text, Findings& findings) : m_text(text), m_findings(findings) {}
+    Checker(const XmlText& text, Findings& findings)
+        : m_folder(std::filesystem::path(findings.file()).parent_path()), m_text(text),
+          m_findings(findings) {}
 
     bool wantsPlaces() const override { return true; }
 
@@ -37,8 +41,8 @@ public:
 
     void onOtherElement(const TiXmlElement& element, const char* expected) override {
         const std::string name = element.Value();
-        std::string message =
-            "the whole manifest is refused: " + quoted(name) + " in place of '" + expected + "'";
+        std::string message = "the whole manifest is refused: " + inShortQuotes(name) +
+                              " in place of '" + expected + "'";
         if (expected == std::string(kRoot) &&
             element.FirstChildElement(dolq::xmlconf::kMapping) != nullptr) {
             message += "; it looks like a mapping file";
@@ -81,8 +85,13 @@ private:
         plain.erase(std::remove_if(plain.begin(), plain.end(),
                                    [](unsigned char c) { return std::isspace(c) != 0; }),
                     plain.end());
-        if (name == "tag" && value != kTag &&
-            (isMisspelt(plain, kTag) || isMisspelt(plain, std::string(kTag) + ".xml"))) {
+        std::error_code error;
+        if (name == "path" && !value.empty() && !std::filesystem::exists(m_folder / value, error)) {
+            m_findings.add(Severity::Warning, "missing-file", attribute,
+                           written(attribute) + " is not there: a relative path counts from the "
+                                                "folder of the manifest");
+        } else if (name == "tag" && value != kTag &&
+                   (isMisspelt(plain, kTag) || isMisspelt(plain, std::string(kTag) + ".xml"))) {
             m_findings.add(Severity::Error, "misspelt-tag", attribute,
                            written(attribute) + " is not '" + kTag + "': the file is not read");
         } else if ((name == "productNumber" || name == "revision") && plain != value) {
@@ -90,10 +99,11 @@ private:
                 Severity::Warning, "blank-in-number", attribute,
                 written(attribute) +
                     " holds a blank, or a character that looks like another one or like nothing: is " +
-                    quoted(plain) + " meant?");
+                    inShortQuotes(plain) + " meant?");
         }
     }
 
+    const std::filesystem::path m_folder;
     const XmlText& m_text;
     Findings& m_findings;
 };

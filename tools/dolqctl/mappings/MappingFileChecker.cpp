@@ -70,7 +70,7 @@ bool hasInnerBlank(const std::string& list) {
 
 std::string described(std::uint32_t faultId, const std::string& moClass) {
     return "fault " + std::to_string(faultId) +
-           (moClass.empty() ? " without a class" : " on " + quoted(moClass));
+           (moClass.empty() ? " without a class" : " on " + inShortQuotes(moClass));
 }
 
 /// "131073 (2/1)".
@@ -121,8 +121,8 @@ void MappingFileChecker::onNoRoot() { m_text->addNotLoaded({}); }
 void MappingFileChecker::onRoot(const TiXmlElement& root) {
     if (root.ValueStr() != kRoot && isMisspelt(root.ValueStr(), kRoot)) {
         warning(root, "misspelt-root",
-                "the root element " + quoted(root.Value()) + " is read, but its name is '" + kRoot +
-                    "'");
+                "the root element " + inShortQuotes(root.Value()) + " is read, but its name is '" +
+                    kRoot + "'");
     }
     addUnreadText(root, m_findings);
     for (const TiXmlElement* element = root.FirstChildElement(); element != nullptr;
@@ -136,7 +136,7 @@ void MappingFileChecker::onRoot(const TiXmlElement& root) {
     }
     if (root.FirstChildElement(kMapping) == nullptr) {
         error(root, "no-mapping",
-              "the file maps nothing: its root element " + quoted(root.Value()) +
+              "the file maps nothing: its root element " + inShortQuotes(root.Value()) +
                   " holds no 'mapping'" +
                   (root.ValueStr() == kMapping ? ", it is one: put it into a root element" : ""));
     }
@@ -205,7 +205,7 @@ void MappingFileChecker::checkClassList(const TiXmlAttribute& list) {
     }
     if (hasInnerBlank(list.Value())) {
         warning(list, "blank-in-class",
-                written(list) + " is read without its blanks, as " + quoted(classes) +
+                written(list) + " is read without its blanks, as " + inShortQuotes(classes) +
                     ": is a comma missing?");
     }
     if (classes.back() == ',') {
@@ -218,7 +218,7 @@ void MappingFileChecker::checkUnread(const TiXmlElement& element) {
         element.Attribute(kFaultId) != nullptr || element.Attribute(kMinorType) != nullptr;
     const bool isMapping = hasIds || isMisspelt(element.ValueStr(), kMapping);
     m_findings.add(isMapping ? Severity::Error : Severity::Warning, "unknown-element", element,
-                   "the element " + quoted(element.Value()) + " is not read" +
+                   "the element " + inShortQuotes(element.Value()) + " is not read" +
                        (isMapping ? std::string(": did you mean '") + kMapping + "'?" : ""));
 }
 
@@ -228,7 +228,7 @@ void MappingFileChecker::checkNested(const TiXmlElement& element) {
          child = child->NextSiblingElement()) {
         if (child->ValueStr() == kMapping) {
             error(*child, "nested-mapping",
-                  "a 'mapping' inside " + quoted(element.Value()) +
+                  "a 'mapping' inside " + inShortQuotes(element.Value()) +
                       " is not read: only children of the root element are");
         } else if (element.ValueStr() == kMapping) {
             checkUnread(*child);
@@ -254,7 +254,7 @@ void MappingFileChecker::checkClass(const TiXmlAttribute& list, const std::strin
                 "an empty piece of the class list is an entry without a class");
         return;
     }
-    const std::string theClass = "the class " + quoted(moClass);
+    const std::string theClass = "the class " + inShortQuotes(moClass);
     std::string first;
     const std::string plain = inPlainLetters(moClass, &first);
     for (const auto& [characters, severity, rule, reason] : kOddCharacters) {
@@ -270,7 +270,7 @@ void MappingFileChecker::checkClass(const TiXmlAttribute& list, const std::strin
               theClass + " holds " + first +
                   (isInvisible ? ", which cannot be seen but is part of it"
                                : ", which looks like another character") +
-                  ": write " + quoted(plain));
+                  ": write " + inShortQuotes(plain));
     }
     std::string lowerCase = moClass;
     std::transform(lowerCase.begin(), lowerCase.end(), lowerCase.begin(),
@@ -279,7 +279,7 @@ void MappingFileChecker::checkClass(const TiXmlAttribute& list, const std::strin
         m_spellings.try_emplace(std::move(lowerCase), moClass, placeOf(list)).first->second;
     if (spelling != moClass) {
         warning(list, "class-case",
-                theClass + " is written " + quoted(spelling) + " at " +
+                theClass + " is written " + inShortQuotes(spelling) + " at " +
                     positionText(positionOf(place)) + ": letter case makes them two classes");
     }
 }
