@@ -26,6 +26,7 @@ public:
     std::uint32_t majorId; ///< 0 to 65535
     std::uint32_t minorId; ///< 0 to 65535
     std::string programGroup;
+    std::uint32_t faultId = 0; ///< not sent: told of an alarm that is lost; 0 when it is not known
 };
 
 // Out of the class and with other names, or each would hide the field that it fills.
@@ -35,18 +36,5 @@ inline NotificationData::NotificationData(const std::string& object, std::uint32
                                           const std::string& group)
     : notificationObject(object), perceivedSeverity(severity), additionalText(text),
       additionalInfo(std::move(info)), majorId(major), minorId(minor), programGroup(group) {}
-
-/// With the client's fault id, which is not sent, but told of an alarm that is lost.
-class FaultNotificationData final : public NotificationData {
-public:
-    using NotificationData::NotificationData;
-    std::uint32_t faultId = 0;
-};
-
-/// The fault id, or 0 when the adapter did not give it.
-inline std::uint32_t faultIdOf(const NotificationData& data) {
-    const auto* const fault = dynamic_cast<const FaultNotificationData*>(&data);
-    return fault != nullptr ? fault->faultId : 0;
-}
 
 } // namespace dolq

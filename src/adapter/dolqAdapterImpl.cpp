@@ -64,8 +64,8 @@ void AdapterImpl::ceaseAlarm(const std::string& notificationObject, std::uint32_
         probeDrop("no mapping", 0, notificationObject, faultId);
         return;
     }
-    FaultNotificationData data(notificationObject, SA_NTF_SEVERITY_CLEARED, "", {},
-                               majorIdOf(minorType), minorIdOf(minorType), kNoProgramGroup);
+    NotificationData data(notificationObject, SA_NTF_SEVERITY_CLEARED, "", {}, majorIdOf(minorType),
+                          minorIdOf(minorType), kNoProgramGroup);
     data.faultId = faultId;
     m_session->sendNotification(data);
 }
@@ -434,8 +434,8 @@ void AdapterImpl::sendNotification(const std::string& notificationObject,
         "SendNotification: notificationObject:%s, newSeverity:%u, additionalText:%s, newAdditionalInfoStr:%s, majorId:%u, minorId:%u, mappedPgGrp:%s",
         notificationObject.c_str(), newSeverity, additionalText.c_str(),
         listText(additionalInfo).c_str(), majorId, minorId, programGroupName.c_str());
-    FaultNotificationData data(notificationObject, newSeverity, additionalText,
-                               std::move(additionalInfo), majorId, minorId, programGroupName);
+    NotificationData data(notificationObject, newSeverity, additionalText,
+                          std::move(additionalInfo), majorId, minorId, programGroupName);
     data.faultId = faultId;
     m_session->sendNotification(data);
 }

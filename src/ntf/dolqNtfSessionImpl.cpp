@@ -118,7 +118,7 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
         additionalInfo.c_str(), data.majorId, data.minorId, data.programGroup.c_str());
     if (m_ntfHandle == 0) {
         DOLQ_TRACE(m_traceObject, kFlow, "m_ntfHandle: !m_ntfHandle:%llu", m_ntfHandle);
-        probeDrop("no session", 0, data.notificationObject, faultIdOf(data));
+        probeDrop("no session", 0, data.notificationObject, data.faultId);
         return;
     }
     traceCuts(data);
@@ -130,7 +130,7 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
         sentCount(data.additionalInfo), hasProgramGroup(data) ? 1 : 0);
     if (result != SA_AIS_OK) {
         DOLQ_TRACE(m_traceObject, kFailure, "Allocate Alarm:  errorCode:%x", result);
-        probeDrop("allocate refused", result, data.notificationObject, faultIdOf(data));
+        probeDrop("allocate refused", result, data.notificationObject, data.faultId);
         return;
     }
     AllocatedAlarm alarm(*this, notification.notificationHandle);
@@ -138,14 +138,14 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
     if (result != SA_AIS_OK) {
         static_cast<void>(alarm.free());
         DOLQ_TRACE(m_traceObject, kFailure, "Populate Alarm:  errorCode:%x", result);
-        probeDrop("value refused", result, data.notificationObject, faultIdOf(data));
+        probeDrop("value refused", result, data.notificationObject, data.faultId);
         return;
     }
     result = sendAlarm(notification.notificationHandle);
     if (result != SA_AIS_OK) {
         static_cast<void>(alarm.free());
         DOLQ_TRACE(m_traceObject, kFailure, "Send Alarm:  errorCode:%x", result);
-        probeDrop("send refused", result, data.notificationObject, faultIdOf(data));
+        probeDrop("send refused", result, data.notificationObject, data.faultId);
         return;
     }
     result = alarm.free();
@@ -236,6 +236,7 @@ SaAisErrorT NtfSessionImpl::allocateAlarm(SaNtfHandleT handle,
         return SA_AIS_ERR_BAD_HANDLE;
     }
     return retryWhileBusy([&] {
+        const common::CancellationHeld held; // what is allocated has no owner yet
         return m_ntf->alarmNotificationAllocate(handle, notification, 0, lengthAdditionalText,
                                                 numAdditionalInfo, 0, 0, numProposedRepairActions,
                                                 SA_NTF_ALLOC_SYSTEM_LIMIT);

@@ -41,13 +41,15 @@ private:
 
 /// Memory that one file is too big for is not the others' loss: such a file does not load.
 bool load(common::XmlDocument& document, const std::string& fileName) {
+    std::string text;
     try {
-        std::string text;
-        return common::readRegularFile(fileName, text.max_size(), text) == 0 &&
-               document.load(std::move(text));
+        if (common::readRegularFile(fileName, text.max_size(), text) != 0) {
+            return false;
+        }
     } catch (const std::bad_alloc&) {
         return false;
     }
+    return document.load(std::move(text));
 }
 
 // Where the reader stores what it finds: the one thing in which the generations differ.
