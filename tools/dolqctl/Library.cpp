@@ -74,8 +74,8 @@ std::string Library::buildId() const {
     std::string text;
     if (type != std::string::npos) {
         const auto length = static_cast<unsigned char>(bytes[type - sizeof(ElfW(Word))]);
-        for (const unsigned char byte : bytes.substr(type + kTypeAndName.size(), length)) {
-            text += {"0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 0xf]};
+        for (const char byte : bytes.substr(type + kTypeAndName.size(), length)) {
+            text += {"0123456789abcdef"[byte >> 4 & 0xf], "0123456789abcdef"[byte & 0xf]};
         }
     }
     return text;
