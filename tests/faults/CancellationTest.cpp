@@ -15,7 +15,15 @@ struct Cancellation {
     std::size_t sent;
 };
 
-class CancellationTest : public LibraryTest, public testing::WithParamInterface<Cancellation> {};
+class CancellationTest : public LibraryTest, public testing::WithParamInterface<Cancellation> {
+protected:
+    void SetUp() override {
+#ifdef __SANITIZE_ADDRESS__
+        GTEST_SKIP() << "the runtime loses track of a cancelled thread's stack";
+#endif
+        LibraryTest::SetUp();
+    }
+};
 
 void* raiseOneAlarm(void* factory) {
     std::unique_ptr<FaultManagementI> client(
