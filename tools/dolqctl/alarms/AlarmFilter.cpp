@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
-#include <chrono>
 #include <cstring>
 #include <ctime>
+#include <iterator>
 #include <optional>
 #include <sstream>
 #include <utility>
@@ -17,20 +17,8 @@ namespace dolqctl {
 
 namespace {
 
-constexpr std::uint32_t kFirstSeverity = 1; // "cleared" is no severity of an alarm
-constexpr std::uint32_t kLastSeverity = 5;
 constexpr std::int64_t kNsPerSecond = 1'000'000'000;
 constexpr std::int64_t kMostSeconds = std::numeric_limits<std::int64_t>::max() / kNsPerSecond;
-
-std::uint32_t severityOf(const std::string& name) {
-    for (std::uint32_t severity = kFirstSeverity; severity <= kLastSeverity; ++severity) {
-        if (name == common::kSeverityNames[severity]) {
-            return severity;
-        }
-    }
-    throw CommandError("unknown severity " + inQuotes(name) + ": choose from " +
-                       joined(common::kClientSeverityNames));
-}
 
 /// The object itself, or one whose distinguished name begins with it.
 bool contains(const std::string& object, const std::string& other) {
@@ -53,7 +41,7 @@ std::optional<std::int64_t> parseAgo(const std::string& text) {
     return std::nullopt;
 }
 
-/// RFC 3339, in nanoseconds since 1970.
+/// RFC 3339, in seconds since 1970.
 std::optional<std::int64_t> parseTime(const std::string& text) {
     std::tm time{};
     std::tm zone{};
@@ -69,51 +57,54 @@ std::optional<std::int64_t> parseTime(const std::string& text) {
     if (day.tm_mday != time.tm_mday) {
         return std::nullopt; // there is no such day
     }
-    const std::int64_t seconds = timegm(&time) - zone.tm_gmtoff;
+    return timegm(&time) - zone.tm_gmtoff;
+}
+
+std::int64_t nanosecondsOf(const std::string& since) {
+    std::optional<std::int64_t> seconds = parseTime(since);
+    if (const std::optional<std::int64_t> ago = parseAgo(since)) {
+        seconds = std::time(nullptr) - *ago;
+    }
+    if (!seconds) {
+        throw CommandError(
+            "no time: " + inQuotes(since) +
+            "; give one like 2024-02-29T12:34:56Z, or how long ago, like 90s, 10m, 6h or 2d");
+    }
     // No alarm is beyond what the nanoseconds reach.
-    return std::clamp(seconds, -kMostSeconds, kMostSeconds) * kNsPerSecond;
+    return std::clamp(*seconds, -kMostSeconds, kMostSeconds) * kNsPerSecond;
 }
 
 } // namespace
 
-bool AlarmFilter::matches(const Alarm& alarm) const {
-    const std::uint32_t severity = alarm.raised.perceivedSeverity;
-    const bool hasSeverity = severities == kAnySeverity ||
-                             (severity <= kLastSeverity && ((severities >> severity) & 1U) != 0);
-    return hasSeverity && (object.empty() || contains(object, alarm.raised.notificationObject)) &&
-           alarm.changeTimeNs() >= sinceNs;
-}
-
-std::uint32_t parseSeverities(const std::string& text) {
-    std::uint32_t severities = 0;
-    std::istringstream names(text);
+AlarmFilter::AlarmFilter(const std::string& severities, std::string object,
+                         const std::string& since)
+    : m_object(std::move(object)) {
+    std::istringstream names(severities);
     for (std::string name; std::getline(names, name, ',');) {
         const bool andWorse = !name.empty() && name.back() == '+';
         if (andWorse) {
             name.pop_back();
         }
-        const std::uint32_t first = severityOf(name);
-        for (std::uint32_t severity = first; severity <= (andWorse ? kLastSeverity : first);
-             ++severity) {
-            severities |= 1U << severity;
+        const auto* const end = std::end(common::kSeverityNames);
+        // "cleared", the first one, is no severity of an alarm.
+        const auto* const found = std::find(std::begin(common::kSeverityNames) + 1, end, name);
+        if (found == end) {
+            throw CommandError("unknown severity " + inQuotes(name) + ": choose from " +
+                               joined(common::kClientSeverityNames));
+        }
+        for (const auto* each = found; each != (andWorse ? end : found + 1); ++each) {
+            m_severities.insert(static_cast<std::uint32_t>(each - common::kSeverityNames));
         }
     }
-    return severities;
+    if (!since.empty()) {
+        m_sinceNs = nanosecondsOf(since);
+    }
 }
 
-std::int64_t parseSince(const std::string& text) {
-    using namespace std::chrono;
-    const std::int64_t nowNs =
-        duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
-    if (const std::optional<std::int64_t> ago = parseAgo(text)) {
-        return *ago > nowNs / kNsPerSecond ? 0 : nowNs - *ago * kNsPerSecond;
-    }
-    if (const std::optional<std::int64_t> time = parseTime(text)) {
-        return *time;
-    }
-    throw CommandError(
-        "no time: " + inQuotes(text) +
-        "; give one like 2024-02-29T12:34:56Z, or how long ago, like 90s, 10m, 6h or 2d");
+bool AlarmFilter::matches(const Alarm& alarm) const {
+    return (m_severities.empty() || m_severities.count(alarm.raised.perceivedSeverity) != 0) &&
+           (m_object.empty() || contains(m_object, alarm.raised.notificationObject)) &&
+           alarm.changeTimeNs() >= m_sinceNs;
 }
 
 } // namespace dolqctl

@@ -2,27 +2,29 @@
 
 #include <cstdint>
 #include <limits>
+#include <set>
 #include <string>
 
 #include "alarms/AlarmList.h"
 
 namespace dolqctl {
 
-/// Which alarms are shown. As it is made, all of them.
-struct AlarmFilter {
-    static constexpr std::uint32_t kAnySeverity = ~0U; ///< unknown ones, too
-    std::uint32_t severities = kAnySeverity;           ///< or a bit for each SaNtfSeverityT
-    std::string object; ///< it and the objects it contains; empty: any
-    std::int64_t sinceNs = std::numeric_limits<std::int64_t>::min(); ///< raised or ceased then
+/// Which alarms are shown.
+class AlarmFilter {
+public:
+    /// `severities`: "major,critical" are these, "minor+" minor and what is worse. `since`: RFC
+    /// 3339 ("2024-02-29T12:34:56Z", "2024-02-29T12:34:56.5+01:00") or how long ago, a number and
+    /// s, m, h or d ("10m"). Empty: any. Throws `CommandError`.
+    AlarmFilter(const std::string& severities, std::string object, const std::string& since);
 
+    /// Whether it has one of the severities, concerns the object or one that this contains, and was
+    /// raised or ceased since.
     bool matches(const Alarm& alarm) const;
+
+private:
+    std::set<std::uint32_t> m_severities; // SaNtfSeverityT; empty: any
+    std::string m_object;
+    std::int64_t m_sinceNs = std::numeric_limits<std::int64_t>::min(); // since 1970
 };
-
-/// "major,critical": these. "minor+": minor and what is worse. Throws `CommandError`.
-std::uint32_t parseSeverities(const std::string& text);
-
-/// RFC 3339 ("2024-02-29T12:34:56Z", "2024-02-29T12:34:56.5+01:00") or how long ago, a number and
-/// s, m, h or d ("10m"), in nanoseconds since 1970. Throws `CommandError`.
-std::int64_t parseSince(const std::string& text);
 
 } // namespace dolqctl

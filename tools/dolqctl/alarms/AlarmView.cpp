@@ -31,10 +31,9 @@ std::string severityText(std::uint32_t severity) {
 
 Style styleOf(const Alarm& alarm) {
     constexpr std::uint32_t kMajor = 4; // SA_NTF_SEVERITY_MAJOR
-    if (alarm.endTimeNs) {
-        return Style::Faint;
-    }
-    return alarm.raised.perceivedSeverity >= kMajor ? Style::Bad : Style::Warning;
+    return alarm.endTimeNs                            ? Style::Faint
+           : alarm.raised.perceivedSeverity >= kMajor ? Style::Bad
+                                                      : Style::Warning;
 }
 
 /// The additional information: the leading "CI=..." entry, if there is one, and the others.
@@ -111,14 +110,15 @@ std::string formatted(std::int64_t timeNs, const char* format) {
 std::string dateText(std::int64_t timeNs) { return formatted(timeNs, "%F %T"); }
 
 std::vector<Table::Column> columns(bool withState) {
-    std::vector<Table::Column> columns = {{"SEVERITY", Align::Left, 8},
-                                          {withState ? "TIME" : "LAST RAISED", Align::Left, 12},
-                                          {"TIMES", Align::Right},
-                                          {"ALARM"},
-                                          {"OBJECT", Align::Left, 0, true}};
+    std::vector<Table::Column> columns;
     if (withState) {
-        columns.insert(columns.begin(), {"STATE", Align::Left, 6});
+        columns.push_back({"STATE", Align::Left, 6});
     }
+    columns.insert(columns.end(), {{"SEVERITY", Align::Left, 8},
+                                   {withState ? "TIME" : "LAST RAISED", Align::Left, 12},
+                                   {"TIMES", Align::Right},
+                                   {"ALARM"},
+                                   {"OBJECT", Align::Left, 0, true}});
     return columns;
 }
 
@@ -157,32 +157,31 @@ void AlarmView::addBelow(const Alarm& alarm) {
     below("text: ", alarm.raised.additionalText);
     const Info info(alarm);
     for (const std::string& entry : info.entries) {
-        below("info: ", printable(entry));
+        m_table.addBelow("info: " + entry);
     }
     below("program group: ", programGroupOf(alarm));
     below("correlation: ", correlationText(info.correlation));
 }
 
 nlohmann::ordered_json toJson(const Alarm& alarm, const char* state) {
-    Json json;
-    json["state"] = state;
-    json["object"] = alarm.raised.notificationObject;
-    json["classId"] = {{"vendorId", alarm.raised.vendorId},
-                       {"majorId", alarm.raised.majorId},
-                       {"minorId", alarm.raised.minorId}};
-    json["severity"] = severityText(alarm.raised.perceivedSeverity);
-    json["firstTime"] = platform::ntf::formatTime(alarm.firstTimeNs);
-    json["lastTime"] = platform::ntf::formatTime(alarm.raised.eventTimeNs);
-    json["endTime"] =
-        alarm.endTimeNs ? Json(platform::ntf::formatTime(*alarm.endTimeNs)) : Json(nullptr);
-    json["timesRaised"] = alarm.timesRaised;
-    json["text"] = alarm.raised.additionalText;
+    const platform::ntf::AlarmRecord& raised = alarm.raised;
+    const auto time = [](std::int64_t timeNs) { return Json(platform::ntf::formatTime(timeNs)); };
     const Info info(alarm);
-    json["info"] = info.entries;
-    json["correlation"] = info.correlation;
     const std::string group = programGroupOf(alarm);
-    json["programGroup"] = group.empty() ? Json(nullptr) : Json(group);
-    return json;
+    return {
+        {"state", state},
+        {"object", raised.notificationObject},
+        {"classId",
+         {{"vendorId", raised.vendorId}, {"majorId", raised.majorId}, {"minorId", raised.minorId}}},
+        {"severity", severityText(raised.perceivedSeverity)},
+        {"firstTime", time(alarm.firstTimeNs)},
+        {"lastTime", time(raised.eventTimeNs)},
+        {"endTime", alarm.endTimeNs ? time(*alarm.endTimeNs) : Json(nullptr)},
+        {"timesRaised", alarm.timesRaised},
+        {"text", raised.additionalText},
+        {"info", info.entries},
+        {"correlation", info.correlation},
+        {"programGroup", group.empty() ? Json(nullptr) : Json(group)}};
 }
 
 std::string timeText(std::int64_t timeNs) {

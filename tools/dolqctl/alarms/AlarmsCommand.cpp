@@ -2,7 +2,6 @@
 #include <csignal>
 #include <ctime>
 #include <functional>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <tuple>
@@ -42,14 +41,12 @@ Example:
 constexpr char kOtherLogs[] =
     "Other users, and programs with another RUXA_NTF_LOG, log elsewhere: see --log.";
 
-enum Sort { kBySeverity, kByTime };
-
 struct Arguments {
     std::string log;
     std::string severity;
     std::string object;
     std::string since;
-    std::optional<std::uint32_t> sort;
+    std::optional<std::uint32_t> sort; // 0: by severity, 1: by time
     std::optional<std::uint32_t> limit;
     bool history = false;
     bool follow = false;
@@ -65,18 +62,6 @@ void endOnSignals() {
     action.sa_handler = [](int) { hasEnded = 1; };
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
-}
-
-AlarmFilter filterOf(const Arguments& arguments) {
-    AlarmFilter filter;
-    filter.object = arguments.object;
-    if (!arguments.severity.empty()) {
-        filter.severities = parseSeverities(arguments.severity);
-    }
-    if (!arguments.since.empty()) {
-        filter.sinceNs = parseSince(arguments.since);
-    }
-    return filter;
 }
 
 void open(AlarmLog& log, const Arguments& arguments) {
@@ -142,19 +127,6 @@ std::vector<const Alarm*> inOrder(const AlarmList& list, const std::vector<Alarm
 
 const char* stateText(const Alarm& alarm) { return alarm.endTimeNs ? "ceased" : "active"; }
 
-Json document(const AlarmLog& log, const AlarmList& list, const std::vector<const Alarm*>& shown) {
-    Json json;
-    json["log"] = log.path().string();
-    Json& alarms = json["alarms"] = Json::array();
-    for (const Alarm* const alarm : shown) {
-        alarms.push_back(toJson(*alarm, stateText(*alarm)));
-    }
-    json["notifications"] = log.counts().notifications;
-    json["ceasesWithoutAlarm"] = list.ceasesWithoutAlarm();
-    json["skippedLines"] = log.counts().skipped;
-    return json;
-}
-
 void printSummary(const Arguments& arguments, const AlarmLog& log,
                   const std::vector<const Alarm*>& alarms, std::size_t shown, Output& output) {
     const bool isFiltered = !(arguments.severity + arguments.object + arguments.since).empty();
@@ -163,7 +135,7 @@ void printSummary(const Arguments& arguments, const AlarmLog& log,
     output.line(alarms.empty()
                     ? "No " + what + 's' + matching
                     : counted(alarms.size(), what) + matching + ": " + severitiesText(alarms) +
-                          (shown < alarms.size() ? "; shown are " + std::to_string(shown) : ""));
+                          (shown < alarms.size() ? "; " + std::to_string(shown) + " shown" : ""));
     const AlarmLog::Counts& counts = log.counts();
     const std::string path = pathText(log.path().string());
     output.line(counts.notifications == 0
@@ -176,7 +148,7 @@ void printSummary(const Arguments& arguments, const AlarmLog& log,
 }
 
 int run(const Arguments& arguments, Output& output) {
-    const AlarmFilter filter = filterOf(arguments);
+    const AlarmFilter filter(arguments.severity, arguments.object, arguments.since);
     AlarmLog log(arguments.log.empty() ? platform::ntf::notificationLogPath()
                                        : std::filesystem::path(arguments.log),
                  arguments.follow);
@@ -206,15 +178,19 @@ int run(const Arguments& arguments, Output& output) {
     if (hasEnded != 0) {
         return kFine;
     }
-    const bool bySeverity =
-        arguments.sort.value_or(arguments.history ? kByTime : kBySeverity) == kBySeverity;
+    const bool bySeverity = arguments.sort.value_or(arguments.history ? 1 : 0) == 0;
     const std::vector<const Alarm*> alarms = inOrder(list, ceased, filter, bySeverity);
-    const std::vector<const Alarm*> shown(
-        alarms.begin(),
-        alarms.begin() +
-            std::min<std::ptrdiff_t>(alarms.size(), arguments.limit.value_or(alarms.size())));
+    std::vector<const Alarm*> shown = alarms;
+    shown.resize(std::min<std::size_t>(shown.size(), arguments.limit.value_or(shown.size())));
     if (arguments.json && !arguments.follow) {
-        output.print(document(log, list, shown));
+        Json document = {{"log", log.path().string()}, {"alarms", Json::array()}};
+        for (const Alarm* const alarm : shown) {
+            document["alarms"].push_back(toJson(*alarm, stateText(*alarm)));
+        }
+        document["notifications"] = log.counts().notifications;
+        document["ceasesWithoutAlarm"] = list.ceasesWithoutAlarm();
+        document["skippedLines"] = log.counts().skipped;
+        output.print(document);
         return kFine;
     }
     for (const Alarm* const alarm : shown) {

@@ -8,6 +8,7 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <ruxa/fm/dolq/v2/FmiFactory.h>
@@ -51,8 +52,8 @@ template <typename... Arguments> SaAisErrorT passOn(const char* name, Arguments.
         dolqctl::Library(dolqctl::kNtfLibrary).function<SaAisErrorT(Arguments...)>(name);
     const SaAisErrorT answer = call(arguments...);
     if (answer == SA_AIS_ERR_TRY_AGAIN && latestCall.answer != answer) {
-        dolqctl::tell("the service is busy: " + std::string(name) + " answers " +
-                      common::aisText(answer) + "; the library goes on asking, Ctrl-C gives up");
+        dolqctl::tell("busy: " + std::string(name) + " answers " + common::aisText(answer) +
+                      ".\nThe library goes on asking; Ctrl-C gives up.");
     }
     latestCall = {name, answer};
     return answer;
@@ -131,6 +132,8 @@ not accept it. Whether such an alarm is active is not looked at.
 
 Example:
   dolqctl cease --object managedElement=1,Board=3 --fault 4101)";
+
+constexpr std::uint32_t kNoProgramGroup = std::size(common::kProgramGroupNames) - 1;
 
 /// What raising and ceasing have in common.
 struct AlarmArguments {
@@ -212,30 +215,25 @@ int send(const AlarmArguments& arguments, Output& output,
     return isSent ? kFine : kFindings;
 }
 
-/// Calls the operation: with `group...` the form that has a program group, without it the other.
-template <typename Event, typename... Group>
-void raise(FaultManagementI& alarms, const RaiseArguments& arguments,
-           const std::vector<Event>& events, Group... group) {
-    if (events.size() > 1) {
-        alarms.raiseSecondaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
-                                   arguments.info, *arguments.severity, arguments.systemUuid,
-                                   arguments.computeName, events, group...);
-    } else {
-        alarms.raisePrimaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
-                                 arguments.info, *arguments.severity,
-                                 events.empty() ? Event() : events.front(), arguments.systemUuid,
-                                 arguments.computeName, group...);
-    }
-}
-
-template <typename... Group>
-int raise(const RaiseArguments& arguments, Output& output, Group... group) {
+int raise(const RaiseArguments& arguments, Output& output) {
     return send(arguments, output, [&](FaultManagementI& alarms) {
-        if (arguments.eventUuids.empty()) {
-            raise(alarms, arguments, arguments.eventIds, group...);
-        } else {
-            raise(alarms, arguments, arguments.eventUuids, group...);
-        }
+        const auto raiseFor = [&](const auto& events) {
+            using Event = typename std::decay_t<decltype(events)>::value_type;
+            if (events.size() > 1) {
+                alarms.raiseSecondaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
+                                           arguments.info, *arguments.severity,
+                                           arguments.systemUuid, arguments.computeName, events,
+                                           arguments.programGroup.value_or(kNoProgramGroup));
+            } else {
+                alarms.raisePrimaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
+                                         arguments.info, *arguments.severity,
+                                         events.empty() ? Event() : events.front(),
+                                         arguments.systemUuid, arguments.computeName,
+                                         arguments.programGroup.value_or(kNoProgramGroup));
+            }
+        };
+        arguments.eventUuids.empty() ? raiseFor(arguments.eventIds)
+                                     : raiseFor(arguments.eventUuids);
     });
 }
 
@@ -243,11 +241,9 @@ int raise(const RaiseArguments& arguments, Output& output, Group... group) {
 
 void addRaiseCommand(CommandLine& commandLine) {
     const auto arguments = std::make_shared<RaiseArguments>();
-    Options options = commandLine.add(
-        "raise", "Raise an alarm through the library", kRaiseFooter, [arguments](Output& output) {
-            return arguments->programGroup ? raise(*arguments, output, *arguments->programGroup)
-                                           : raise(*arguments, output);
-        });
+    Options options =
+        commandLine.add("raise", "Raise an alarm through the library", kRaiseFooter,
+                        [arguments](Output& output) { return raise(*arguments, output); });
     addAlarmOptions(options, *arguments);
     options
         .choice("--severity",
