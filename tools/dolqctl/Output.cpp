@@ -3,6 +3,7 @@
 #include <clocale>
 #include <iostream>
 #include <limits>
+#include <sstream>
 
 #include <nlohmann/json.hpp>
 #include <sys/ioctl.h>
@@ -53,6 +54,20 @@ std::string Output::styled(Style style, std::string_view text) const {
 }
 
 void Output::line(std::string_view text) { m_stream << text << '\n'; }
+
+void Output::wrapped(const std::string& text, const std::string& indent) {
+    std::istringstream words(text);
+    std::string current;
+    for (std::string word; std::getline(words, word, ' ');) { // blanks inside quotes stay
+        if (!current.empty() &&
+            indent.size() + displayWidth(current) + 1 + displayWidth(word) > width()) {
+            m_stream << current << '\n' << indent;
+            current.clear();
+        }
+        current += (current.empty() ? "" : " ") + word;
+    }
+    line(current);
+}
 
 void Output::print(const nlohmann::ordered_json& json) { line(dump(json, 2)); }
 

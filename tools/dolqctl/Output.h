@@ -26,6 +26,8 @@ public:
     std::string styled(Style style, std::string_view text) const;
 
     void line(std::string_view text = {});
+    /// In lines that a terminal has room for, the others indented; whole for scripts.
+    void wrapped(const std::string& text, const std::string& indent = {});
     void print(Table& table) { table.write(*this); }
     /// Indented. Bytes that are not UTF-8 become U+FFFD.
     void print(const nlohmann::ordered_json& json);

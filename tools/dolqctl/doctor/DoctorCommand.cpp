@@ -1,7 +1,6 @@
 #include <cstring>
 #include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
 
 #include <nlohmann/json.hpp>
@@ -40,31 +39,16 @@ struct Look {
 constexpr Look kLooks[] = {
     {"ok", Style::Good}, {"warning", Style::Warning}, {"failed", Style::Bad}};
 
-/// In lines that a terminal has room for, the others indented; whole for scripts.
-void printWrapped(const std::string& text, const std::string& indent, Output& output) {
-    std::istringstream words(text);
-    std::string line;
-    for (std::string word; words >> word;) {
-        if (!line.empty() &&
-            indent.size() + displayWidth(line) + 1 + displayWidth(word) > output.width()) {
-            output.stream() << line << '\n' << indent;
-            line.clear();
-        }
-        line += (line.empty() ? "" : " ") + word;
-    }
-    output.line(line);
-}
-
 void printText(const Diagnosis& diagnosis, Output& output) {
     const std::string indent(9, ' ');
     for (const Observation& observation : diagnosis.observations()) {
         const Look& look = kLooks[static_cast<std::size_t>(observation.status)];
         output.stream() << output.styled(look.style, look.name)
                         << indent.substr(std::strlen(look.name));
-        printWrapped(observation.check + ": " + printable(observation.finding), indent, output);
+        output.wrapped(observation.check + ": " + printable(observation.finding), indent);
         if (!observation.advice.empty()) {
             output.stream() << indent;
-            printWrapped("-> " + printable(observation.advice), indent, output);
+            output.wrapped("-> " + printable(observation.advice), indent);
         }
     }
     output.line();
@@ -72,7 +56,7 @@ void printText(const Diagnosis& diagnosis, Output& output) {
                     ? output.styled(Style::Good, "Found nothing that keeps alarms from being sent.")
                     : output.styled(Style::Bad, counted(diagnosis.failures(), "check") +
                                                     " failed: alarms are lost, or programs hang."));
-    printWrapped(kNotTried, "", output);
+    output.wrapped(kNotTried);
 }
 
 void printJson(const Diagnosis& diagnosis, Output& output) {

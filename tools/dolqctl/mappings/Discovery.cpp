@@ -193,7 +193,7 @@ std::string Discovery::commonFolder() const {
 std::string Discovery::heading() const {
     const std::string folder = commonFolder();
     return "Load module " + quoted(identity) +
-           (folder.empty() ? "" : ", mapping files in " + printable(folder));
+           (folder.empty() ? "" : "\nMapping files in " + printable(folder));
 }
 
 } // namespace dolqctl

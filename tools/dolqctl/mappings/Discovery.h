@@ -45,7 +45,7 @@ struct Discovery {
     std::string whyNoMappingFile() const;
     /// What all mapping files begin with, up to a '/'.
     std::string commonFolder() const;
-    /// "Load module 'CXC1370001' 'R1A', mapping files in FOLDER".
+    /// The load module, and on a line of its own the common folder.
     std::string heading() const;
 };
 

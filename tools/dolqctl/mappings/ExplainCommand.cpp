@@ -61,17 +61,18 @@ void printText(const Explanation& explanation, const Discovery& discovery, Outpu
     const Style style = !isSent                          ? Style::Bad
                         : explanation.conditions.empty() ? Style::Good
                                                          : Style::Warning;
-    output.line(output.styled(style, explanation.answer()));
+    output.wrapped(output.styled(style, explanation.answer()));
     for (std::size_t i = 1; i < explanation.obstacles.size(); ++i) {
-        output.line("- " + explanation.obstacles[i]);
+        output.wrapped("- " + explanation.obstacles[i], "  ");
     }
     output.line(isSent ? "A cease would go out." : "A cease would not be sent, either.");
     if (isSent) {
-        output.line("Not known: whether the service takes the alarm ('dolqctl raise' tries), and\n"
-                    "what the program maps or changes in its surroundings itself.");
+        output.wrapped(
+            "Not known: whether the service takes the alarm ('dolqctl raise' tries), and what "
+            "the program maps or changes in its surroundings itself.");
     }
     output.line();
-    output.line("Class " + explanation.classText());
+    output.wrapped("Class " + explanation.classText());
     output.line(discovery.heading());
     Table table({{"MAPPING"}, {"CLASS"}, {"ALARM"}, {"MINOR TYPE", Align::Right}, {"FILE:LINE"}});
     const auto add = [&](const std::string& what, const Mapping& mapping) {

@@ -132,7 +132,7 @@ void addService(Explanation& explanation) {
         if (each.status != Status::Ok) {
             explanation.conditions.push_back((each.status == Status::Failed
                                                   ? "only without event ids: "
-                                                  : "not with event ids: ") +
+                                                  : "not as a secondary alarm: ") +
                                              printable(each.check + ": " + each.finding));
         }
     }
