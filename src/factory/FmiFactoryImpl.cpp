@@ -19,19 +19,6 @@ ruxa::fm::fmi::v1::FaultManagementI* FmiFactoryImpl::createFaultManagement() {
 
 ruxa::fm::dolq::v1::ConfigurationI* FmiFactoryImpl::getConfiguration() { return m_map.get(); }
 
-// Of the reader, which has users of its own that are without a factory.
-namespace xmlconf {
-
-void MappingXmlConfigurator::configure() {
-    configureFrom([this](const std::string& path) {
-        readMappingFile(path, ruxa::fm::dolq::v1::getFmiFactory()->getConfiguration());
-    });
-}
-
-void runMappingConfiguratorV1() { MappingXmlConfigurator().configure(); }
-
-} // namespace xmlconf
-
 } // namespace dolq
 
 namespace ruxa::fm::dolq::v1 {
