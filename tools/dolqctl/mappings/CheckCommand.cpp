@@ -20,7 +20,7 @@ namespace {
 constexpr char kFooter[] =
     R"(Each finding is one line: FILE:LINE:COLUMN: SEVERITY: MESSAGE [RULE]. An error
 is a mapping that is lost or not what is written, a warning something that works
-but was hardly meant. Of one rule and file, ten findings are shown. Mapping
+but was hardly meant. Of one rule, severity and file, ten are shown. Mapping
 files are read one on top of the other, as those of one load module are.
 Manifests of load modules are known by their root element.
 
@@ -29,6 +29,16 @@ could not be asked for their files; 2 wrong usage, or no file to check.
 
 Example, in the source or in the folder of the installed documents:
   dolqctl check --allow override examples/loadmodules/alarm-client/*.xml)";
+
+constexpr std::string_view kRules[] = {
+    "behind-root",         "beyond-32-bits",    "blank-in-class",    "blank-in-number",
+    "character-reference", "class-case",        "class-character",   "class-never-matches",
+    "duplicate",           "empty-class",       "final-comma",       "invisible-in-class",
+    "look-alike",          "missing-attribute", "missing-class",     "missing-file",
+    "misspelt-root",       "misspelt-tag",      "nested-mapping",    "no-class",
+    "no-major-id",         "no-mapping",        "not-an-integer",    "not-loaded",
+    "not-utf-8",           "override",          "text-after-number", "unknown-attribute",
+    "unknown-element",     "unknown-entity",    "unread-text"};
 
 constexpr std::size_t kMostOfOneRule = 10;
 constexpr char kStandardInput[] = "-";
@@ -99,15 +109,6 @@ std::string keptStandardInput() {
     return path;
 }
 
-/// "3,999,990".
-std::string inThousands(std::size_t number) {
-    std::string text = std::to_string(number);
-    for (std::size_t at = text.size(); at > 3;) {
-        text.insert(at -= 3, ",");
-    }
-    return text;
-}
-
 void print(const Finding& finding, Output& output) {
     const Style style = finding.severity == Severity::Error ? Style::Bad : Style::Warning;
     const auto line = [&](const std::string& message) {
@@ -117,7 +118,7 @@ void print(const Finding& finding, Output& output) {
     };
     line(finding.message);
     if (finding.more > 0) {
-        line("... and " + inThousands(finding.more) + " more");
+        line("... and " + std::to_string(finding.more) + " more");
     }
 }
 
@@ -135,18 +136,6 @@ nlohmann::ordered_json jsonOf(const Finding& finding) {
     return json;
 }
 
-void printJson(const std::vector<std::string>& files, const MappingFileChecker& checker,
-               Output& output) {
-    nlohmann::ordered_json json{{"files", files},
-                                {"errors", checker.count(Severity::Error)},
-                                {"warnings", checker.count(Severity::Warning)},
-                                {"findings", nlohmann::ordered_json::array()}};
-    for (const Finding& finding : checker.findings()) {
-        json["findings"].push_back(jsonOf(finding));
-    }
-    output.print(json);
-}
-
 int run(const Arguments& arguments, Output& output) {
     for (const std::string& rule : arguments.allowed) {
         if (std::find(std::begin(kRules), std::end(kRules), rule) == std::end(kRules)) {
@@ -155,16 +144,31 @@ int run(const Arguments& arguments, Output& output) {
         }
     }
     const Files files = filesOf(arguments);
-    MappingFileChecker checker(Findings(kMostOfOneRule, arguments.allowed));
+    MappingFileChecker checker(kMostOfOneRule);
+    std::vector<Finding> findings;
+    std::size_t errors = 0;
+    std::size_t warnings = 0;
     for (const std::string& path : files.paths) {
-        checker.check(path == kStandardInput ? keptStandardInput() : path, path);
+        const std::string readable = path == kStandardInput ? keptStandardInput() : path;
+        for (const Finding& finding : checker.check(readable, path)) {
+            const auto& allowed = arguments.allowed;
+            if (std::find(allowed.begin(), allowed.end(), finding.rule) == allowed.end()) {
+                (finding.severity == Severity::Error ? errors : warnings) += 1 + finding.more;
+                findings.push_back(finding);
+            }
+        }
     }
-    const std::size_t errors = checker.count(Severity::Error);
-    const std::size_t warnings = checker.count(Severity::Warning);
     if (arguments.json) {
-        printJson(files.paths, checker, output);
+        nlohmann::ordered_json json{{"files", files.paths},
+                                    {"errors", errors},
+                                    {"warnings", warnings},
+                                    {"findings", nlohmann::ordered_json::array()}};
+        for (const Finding& finding : findings) {
+            json["findings"].push_back(jsonOf(finding));
+        }
+        output.print(json);
     } else {
-        for (const Finding& finding : checker.findings()) {
+        for (const Finding& finding : findings) {
             print(finding, output);
         }
         output.line(counted(errors, "error") + ", " + counted(warnings, "warning") + " in " +

@@ -26,27 +26,27 @@ constexpr char kDigits[] = "0123456789abcdefABCDEF";
 
 /// What looks like something else, and what that is.
 struct LookAlike {
-    std::string_view bytes;
+    wchar_t character;
     const char* plain;
 };
 
 // clang-format off
 constexpr LookAlike kLookAlikes[] = {
     // White space, and nothing at all.
-    {"\u00A0", ""}, {"\u00AD", ""}, {"\u2002", ""}, {"\u2003", ""}, {"\u2007", ""}, {"\u2009", ""},
-    {"\u200B", ""}, {"\u200C", ""}, {"\u200D", ""}, {"\u200E", ""}, {"\u200F", ""}, {"\u202F", ""},
-    {"\u2060", ""}, {"\u3000", ""}, {"\uFEFF", ""}, {"\xA0", ""}, // the last one in a file that is not UTF-8
+    {L'\u00A0', ""}, {L'\u00AD', ""}, {L'\u2002', ""}, {L'\u2003', ""}, {L'\u2007', ""}, {L'\u2009', ""},
+    {L'\u200B', ""}, {L'\u200C', ""}, {L'\u200D', ""}, {L'\u200E', ""}, {L'\u200F', ""}, {L'\u202F', ""},
+    {L'\u2060', ""}, {L'\u3000', ""}, {L'\uFEFF', ""},
     // Punctuation that word processors put in.
-    {"\u2010", "-"}, {"\u2011", "-"}, {"\u2013", "-"}, {"\u2014", "-"}, {"\u2018", "'"}, {"\u2019", "'"},
-    {"\u201C", "\""}, {"\u201D", "\""}, {"\u201E", "\""}, {"\uFF0C", ","}, {"\uFF1D", "="},
+    {L'\u2010', "-"}, {L'\u2011', "-"}, {L'\u2013', "-"}, {L'\u2014', "-"}, {L'\u2018', "'"}, {L'\u2019', "'"},
+    {L'\u201C', "\""}, {L'\u201D', "\""}, {L'\u201E', "\""}, {L'\uFF0C', ","}, {L'\uFF1D', "="},
     // Cyrillic and Greek letters.
-    {"\u0410", "A"}, {"\u0412", "B"}, {"\u0415", "E"}, {"\u041A", "K"}, {"\u041C", "M"}, {"\u041D", "H"},
-    {"\u041E", "O"}, {"\u0420", "P"}, {"\u0421", "C"}, {"\u0422", "T"}, {"\u0425", "X"}, {"\u0405", "S"},
-    {"\u0406", "I"}, {"\u0408", "J"}, {"\u0430", "a"}, {"\u0435", "e"}, {"\u043E", "o"}, {"\u0440", "p"},
-    {"\u0441", "c"}, {"\u0443", "y"}, {"\u0445", "x"}, {"\u0455", "s"}, {"\u0456", "i"}, {"\u0458", "j"},
-    {"\u0501", "d"}, {"\u0391", "A"}, {"\u0392", "B"}, {"\u0395", "E"}, {"\u0396", "Z"}, {"\u0397", "H"},
-    {"\u0399", "I"}, {"\u039A", "K"}, {"\u039C", "M"}, {"\u039D", "N"}, {"\u039F", "O"}, {"\u03A1", "P"},
-    {"\u03A4", "T"}, {"\u03A5", "Y"}, {"\u03A7", "X"}, {"\u03BF", "o"}, {"\u03BD", "v"}};
+    {L'\u0410', "A"}, {L'\u0412', "B"}, {L'\u0415', "E"}, {L'\u041A', "K"}, {L'\u041C', "M"}, {L'\u041D', "H"},
+    {L'\u041E', "O"}, {L'\u0420', "P"}, {L'\u0421', "C"}, {L'\u0422', "T"}, {L'\u0425', "X"}, {L'\u0405', "S"},
+    {L'\u0406', "I"}, {L'\u0408', "J"}, {L'\u0430', "a"}, {L'\u0435', "e"}, {L'\u043E', "o"}, {L'\u0440', "p"},
+    {L'\u0441', "c"}, {L'\u0443', "y"}, {L'\u0445', "x"}, {L'\u0455', "s"}, {L'\u0456', "i"}, {L'\u0458', "j"},
+    {L'\u0501', "d"}, {L'\u0391', "A"}, {L'\u0392', "B"}, {L'\u0395', "E"}, {L'\u0396', "Z"}, {L'\u0397', "H"},
+    {L'\u0399', "I"}, {L'\u039A', "K"}, {L'\u039C', "M"}, {L'\u039D', "N"}, {L'\u039F', "O"}, {L'\u03A1', "P"},
+    {L'\u03A4', "T"}, {L'\u03A5', "Y"}, {L'\u03A7', "X"}, {L'\u03BF', "o"}, {L'\u03BD', "v"}};
 // clang-format on
 
 /// What TinyXML passes over. It ends all but comments and CDATA sections at the first '>'.
@@ -68,47 +68,6 @@ bool startsWith(std::string_view text, std::string_view begin) {
 bool isNameStart(char c) {
     return std::isalpha(static_cast<unsigned char>(c)) != 0 ||
            static_cast<unsigned char>(c) > 127 || c == '_';
-}
-
-/// In bytes; 1 for one that is not UTF-8.
-std::size_t lengthOfFirst(std::string_view text) {
-    std::mbstate_t state{};
-    const std::size_t length = static_cast<unsigned char>(text[0]) < 0x80
-                                   ? 1
-                                   : std::mbrlen(text.data(), text.size(), &state);
-    return length <= text.size() ? length : 1;
-}
-
-/// "U+00A0" for the first character of `text`.
-std::string codePointName(std::string_view text) {
-    wchar_t character = static_cast<unsigned char>(text[0]);
-    std::mbstate_t state{};
-    std::mbrtowc(&character, text.data(), text.size(), &state);
-    char name[sizeof("U+10FFFF")];
-    std::snprintf(name, sizeof(name), "U+%04X", static_cast<unsigned>(character) & 0x1FFFFFU);
-    return name;
-}
-
-bool isAny(const LookAlike&) { return true; }
-bool isInvisible(const LookAlike& each) { return *each.plain == '\0'; }
-
-/// `firstName`, unless null, becomes the name of the first character that is replaced.
-std::string replaced(std::string_view text, bool (*isMeant)(const LookAlike&),
-                     std::string* firstName = nullptr) {
-    std::string plain;
-    while (!text.empty()) {
-        const std::string_view character = text.substr(0, lengthOfFirst(text));
-        const bool isAscii = static_cast<unsigned char>(text[0]) < 0x80;
-        const auto* const found = std::find_if(
-            isAscii ? std::end(kLookAlikes) : std::begin(kLookAlikes), std::end(kLookAlikes),
-            [&](const LookAlike& each) { return each.bytes == character && isMeant(each); });
-        plain += found == std::end(kLookAlikes) ? character : found->plain;
-        if (found != std::end(kLookAlikes) && firstName != nullptr && firstName->empty()) {
-            *firstName = codePointName(character);
-        }
-        text.remove_prefix(character.size());
-    }
-    return plain;
 }
 
 /// How many characters have to be changed, added or removed to make `to` of `from`.
@@ -172,19 +131,35 @@ bool isMisspelt(const std::string& name, const std::string& meant) {
            distance(blurred(name), blurred(meant)) <= kMostMistakes;
 }
 
-std::string inPlainLetters(std::string_view text, std::string* firstName) {
-    std::string plain = replaced(text, isAny, firstName);
-    // What holds other Greek or Cyrillic letters is a word of such a language.
-    const bool isForeign = std::any_of(plain.begin(), plain.end(), [](char c) {
-        return static_cast<unsigned char>(c) >= 0xCD && static_cast<unsigned char>(c) <= 0xD4;
-    });
-    if (isForeign && firstName != nullptr) {
-        firstName->clear();
+PlainText plainText(std::string_view text) {
+    PlainText plain;
+    bool isForeign = false;
+    for (std::size_t length = 0, at = 0; at < text.size(); at += length) {
+        wchar_t character = static_cast<unsigned char>(text[at]); // as it is where not UTF-8
+        std::mbstate_t state{};
+        length = std::mbrtowc(&character, &text[at], text.size() - at, &state);
+        length = length == 0 || length > text.size() ? 1 : length;
+        const std::string_view bytes = text.substr(at, length);
+        const bool isAscii = character < 0x80;
+        const auto* const found = std::find_if(
+            isAscii ? std::end(kLookAlikes) : std::begin(kLookAlikes), std::end(kLookAlikes),
+            [&](const LookAlike& each) { return each.character == character; });
+        if (found == std::end(kLookAlikes)) {
+            plain.letters += bytes;
+            plain.visible += bytes;
+            isForeign = isForeign || (character >= 0x0370 && character < 0x0530); // Greek, Cyrillic
+            continue;
+        }
+        plain.letters += found->plain;
+        plain.visible += *found->plain != '\0' ? bytes : "";
+        if (plain.first.empty()) {
+            char name[sizeof("U+10FFFF")];
+            std::snprintf(name, sizeof(name), "U+%04X", static_cast<unsigned>(character));
+            plain.first = name;
+        }
     }
-    return isForeign ? std::string(text) : plain;
+    return isForeign ? PlainText{std::string(text), plain.visible, {}} : plain;
 }
-
-void removeInvisible(std::string& text) { text = replaced(text, isInvisible); }
 
 void addUnknownAttributes(const TiXmlElement& element, const std::vector<const char*>& known,
                           Findings& findings) {
@@ -223,52 +198,38 @@ void addUnreadText(const TiXmlElement& element, Findings& findings) {
     }
 }
 
-void Findings::beginFile(const std::string& file) {
-    m_file = file;
-    m_beginOfFile = m_all.size();
-    m_ofRule = {};
-    m_hasError = false;
+bool Findings::hasError() const {
+    return std::any_of(m_all.begin(), m_all.end(),
+                       [](const Finding& finding) { return finding.severity == Severity::Error; });
 }
 
-void Findings::endFile() {
-    const auto begin = m_all.begin() + static_cast<std::ptrdiff_t>(m_beginOfFile);
-    std::stable_sort(begin, m_all.end(), [](const Finding& one, const Finding& other) {
-        return std::pair(one.position.line, one.position.column) <
-               std::pair(other.position.line, other.position.column);
-    });
-    for (std::size_t rule = 0; rule < m_ofRule.size(); ++rule) {
-        if (m_ofRule[rule] > m_most) {
-            std::find_if(m_all.rbegin(), m_all.rend(), [&](const Finding& finding) {
-                return finding.rule == kRules[rule];
-            })->more = m_ofRule[rule] - m_most;
-        }
+void Findings::add(Finding finding) {
+    if (++m_counts[{finding.rule, finding.severity}] <= m_most) {
+        m_all.push_back(std::move(finding));
     }
-}
-
-Finding* Findings::add(Severity severity, const char* rule) {
-    m_hasError = m_hasError || severity == Severity::Error;
-    if (std::find(m_allowed.begin(), m_allowed.end(), rule) != m_allowed.end()) {
-        return nullptr;
-    }
-    ++m_counts[severity == Severity::Error];
-    const auto index = static_cast<std::size_t>(
-        std::find(std::begin(kRules), std::end(kRules), rule) - std::begin(kRules));
-    return ++m_ofRule.at(index) <= m_most
-               ? &m_all.emplace_back(Finding{{m_file}, severity, rule, {}})
-               : nullptr;
 }
 
 void Findings::add(Severity severity, const char* rule, const TiXmlBase& part,
                    std::string message) {
-    if (Finding* const finding = add(severity, rule)) {
-        finding->position = positionOf(m_file, part);
-        finding->message = std::move(message);
-    }
+    add({positionOf(m_file, part), severity, rule, std::move(message)});
 }
 
-XmlText::XmlText(const std::string& path, Findings& findings) : m_path(path), m_findings(findings) {
-    m_isRead = common::readRegularFile(path, m_text.max_size(), m_text) == 0;
-    if (!m_isRead) {
+std::vector<Finding> Findings::take() {
+    std::stable_sort(m_all.begin(), m_all.end(), [](const Finding& one, const Finding& other) {
+        return std::pair(one.position.line, one.position.column) <
+               std::pair(other.position.line, other.position.column);
+    });
+    for (auto last = m_all.rbegin(); last != m_all.rend(); ++last) {
+        std::size_t& count = m_counts[{last->rule, last->severity}];
+        last->more = count > m_most ? count - m_most : 0;
+        count = 0;
+    }
+    return std::exchange(m_all, {});
+}
+
+XmlText::XmlText(const std::string& path, Findings& findings) : m_findings(findings) {
+    m_readError = common::readRegularFile(path, m_text.max_size(), m_text);
+    if (!isRead()) {
         return;
     }
     checkEncoding();
@@ -492,10 +453,7 @@ std::size_t XmlText::fail(std::size_t at, std::string reason) {
 }
 
 void XmlText::add(std::size_t at, const char* rule, const std::string& message) {
-    if (Finding* const finding = m_findings.add(Severity::Error, rule)) {
-        finding->position = positionOf(at);
-        finding->message = message;
-    }
+    m_findings.add({positionOf(at), Severity::Error, rule, message});
 }
 
 std::string_view XmlText::nameAt(std::size_t at) const {
@@ -532,43 +490,33 @@ FilePosition XmlText::positionOf(std::size_t at) {
     return m_last;
 }
 
-namespace {
-
-/// For a file of which the reader said that `document` was not loaded.
-Mistake whyNotLoaded(const std::string& path, const TiXmlDocument& document) {
-    if (document.Error()) {
-        std::string reason = document.ErrorDesc();
-        if (!reason.empty() && reason.back() == '.') {
-            reason.pop_back();
+void XmlText::addNotLoaded(const TiXmlDocument& document) const {
+    Finding finding{m_failedAt, Severity::Error, "not-loaded", m_failure};
+    if (m_failure.empty()) {
+        finding.position = {m_findings.file()};
+        if (document.Error()) {
+            finding.position = {m_findings.file(), document.ErrorRow(), document.ErrorCol()};
         }
-        return {{path, document.ErrorRow(), document.ErrorCol()}, std::move(reason)};
+        finding.message = whyNotLoaded(document);
     }
-    std::string text;
-    switch (const int error = common::readRegularFile(path, text.max_size(), text)) {
-    case 0:
-        return {{path},
-                "not given to the parser: more than " + std::to_string(common::XmlLimits().depth) +
-                    " levels of elements, or more than " +
-                    std::to_string(common::XmlLimits().attributes) + " attributes in one"};
-    case EISDIR:
-    case EINVAL:
-        return {{path}, "not a regular file"};
-    default:
-        return {{path}, std::strerror(error)};
-    }
+    finding.message.insert(0, "the file is not read: ");
+    m_findings.add(std::move(finding));
 }
 
-} // namespace
-
-void XmlText::addNotLoaded(const TiXmlDocument& document) const {
-    const Mistake parser = whyNotLoaded(m_path, document);
-    if (Finding* const finding = m_findings.add(Severity::Error, "not-loaded")) {
-        const bool isKnown = !m_failure.empty();
-        finding->position = isKnown ? m_failedAt
-                                    : FilePosition{finding->position.file, parser.position.line,
-                                                   parser.position.column};
-        finding->message = "the file is not read: " + (isKnown ? m_failure : parser.text);
+/// For a text in which nothing was found.
+std::string XmlText::whyNotLoaded(const TiXmlDocument& document) const {
+    if (document.Error()) {
+        return document.ErrorDesc();
     }
+    if (m_readError == EISDIR || m_readError == EINVAL) {
+        return "not a regular file";
+    }
+    if (m_readError != 0) {
+        return std::strerror(m_readError);
+    }
+    return "not given to the parser: more than " + std::to_string(common::XmlLimits().depth) +
+           " levels of elements, or more than " + std::to_string(common::XmlLimits().attributes) +
+           " attributes in one";
 }
 
 } // namespace dolqctl

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "mappings/Inventory.h"
@@ -19,57 +20,35 @@ enum class Severity { Warning, Error };
 /// "warning" or "error".
 const char* severityText(Severity severity);
 
-/// The names of all rules that a finding may have, in alphabetical order.
-inline constexpr std::string_view kRules[] = {
-    "behind-root",         "beyond-32-bits",    "blank-in-class",    "blank-in-number",
-    "character-reference", "class-case",        "class-character",   "class-never-matches",
-    "duplicate",           "empty-class",       "final-comma",       "invisible-in-class",
-    "look-alike",          "missing-attribute", "missing-class",     "missing-file",
-    "misspelt-root",       "misspelt-tag",      "nested-mapping",    "no-class",
-    "no-major-id",         "no-mapping",        "not-an-integer",    "not-loaded",
-    "not-utf-8",           "override",          "text-after-number", "unknown-attribute",
-    "unknown-element",     "unknown-entity",    "unread-text"};
-
 struct Finding {
     FilePosition position;
     Severity severity;
-    const char* rule; ///< one of `kRules`
+    const char* rule;
     std::string message;
     std::optional<FilePosition> other = {}; ///< the mapping that this one replaces or repeats
-    std::size_t more = 0;                   ///< of its rule and file, counted but not kept
+    std::size_t more = 0;                   ///< of its rule and severity, counted but not kept
 };
 
-/// What is wrong in files, in the order of the files and of the positions in them.
+/// What is wrong in one file.
 class Findings {
 public:
-    /// Keeps the first `most` of one rule and file, and none of the rules in `allowed`.
-    explicit Findings(std::size_t most = std::string::npos, std::vector<std::string> allowed = {})
-        : m_most(most), m_allowed(std::move(allowed)) {}
+    /// Keeps the first `most` of one rule and severity.
+    explicit Findings(std::string file = {}, std::size_t most = std::string::npos)
+        : m_file(std::move(file)), m_most(most) {}
 
-    const std::vector<Finding>& all() const { return m_all; }
-    /// Those included that are not kept.
-    std::size_t count(Severity severity) const { return m_counts[severity == Severity::Error]; }
-
-    /// What is added from here on stands in `file`.
-    void beginFile(const std::string& file);
-    void endFile();
     const std::string& file() const { return m_file; }
-    /// Also one that is allowed.
-    bool hasErrorInFile() const { return m_hasError; }
-
-    /// The new finding, to be completed; null when it is not kept.
-    Finding* add(Severity severity, const char* rule);
+    bool hasError() const;
+    void add(Finding finding);
     void add(Severity severity, const char* rule, const TiXmlBase& part, std::string message);
 
+    /// By position; nothing is left here.
+    std::vector<Finding> take();
+
 private:
-    const std::size_t m_most;
-    const std::vector<std::string> m_allowed;
     std::string m_file;
+    std::size_t m_most;
     std::vector<Finding> m_all;
-    std::array<std::size_t, 2> m_counts{};
-    std::array<std::size_t, std::size(kRules)> m_ofRule{}; ///< in this file
-    std::size_t m_beginOfFile = 0;
-    bool m_hasError = false;
+    std::map<std::pair<std::string_view, Severity>, std::size_t> m_counts;
 };
 
 /// Follows the raw text of a file as TinyXML does, for what TinyXML swallows, and for where and why
@@ -80,7 +59,7 @@ public:
     XmlText(const std::string& path, Findings& findings);
 
     const std::string& rootName() const { return m_rootName; }
-    bool isRead() const { return m_isRead; }
+    bool isRead() const { return m_readError == 0; }
     bool hasFailed() const { return !m_failure.empty(); }
 
     /// Adds why nothing of the file is read; `document` is what the reader made of it.
@@ -99,9 +78,10 @@ private:
     std::string_view nameAt(std::size_t at) const;
     std::string word(std::size_t at) const;
     FilePosition positionOf(std::size_t at);
+    std::string whyNotLoaded(const TiXmlDocument& document) const;
 
-    const std::string& m_path;
     Findings& m_findings;
+    int m_readError = 0;
     std::string m_text;
     std::string m_rootName;
     std::size_t m_begin = 0;                   ///< behind a byte order mark
@@ -112,7 +92,6 @@ private:
     FilePosition m_last; ///< of `m_lastAt`
     FilePosition m_failedAt;
     std::string m_failure;
-    bool m_isRead = false;
 };
 
 /// Adds texts between the children of `element`, which nothing reads.
@@ -134,13 +113,14 @@ std::string written(const TiXmlAttribute& attribute);
 /// case and punctuation not counted.
 bool isMisspelt(const std::string& name, const std::string& meant);
 
-/// `text` in ASCII as far as it looks like that: letters of other alphabets replaced by those they
-/// look like, characters that look like a blank or like nothing left out. `firstName`, unless null,
-/// becomes the first of them: "U+00A0".
-std::string inPlainLetters(std::string_view text, std::string* firstName = nullptr);
+/// A text, and what it looks like.
+struct PlainText {
+    std::string letters; ///< with letters of other alphabets replaced by those they look like
+    std::string visible; ///< without what looks like a blank or like nothing, as `letters` is, too
+    std::string first;   ///< the name of the first such character, "U+00A0"; empty without one
+};
 
-/// Takes out of `text` the characters that look like a blank or like nothing, and yet stay in a
-/// class of a mapping file.
-void removeInvisible(std::string& text);
+/// Words of languages that have such letters stay as they are.
+PlainText plainText(std::string_view text);
 
 } // namespace dolqctl

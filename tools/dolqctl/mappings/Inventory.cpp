@@ -64,10 +64,9 @@ std::string alarmText(std::uint32_t minorType) {
            std::to_string(dolq::minorIdOf(minorType));
 }
 
-std::string folded(std::string text) {
-    removeInvisible(text);
+std::string folded(const std::string& text) {
     std::string letters;
-    for (const char c : text) {
+    for (const char c : plainText(text).visible) {
         if (std::isspace(static_cast<unsigned char>(c)) == 0) {
             letters += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         }
@@ -83,9 +82,7 @@ Inventory readMappingFiles(const std::vector<std::string>& paths) {
         const std::size_t skippedBefore = inventory.skipped.size();
         const std::size_t mistakesBefore = inventory.mistakes.size();
         const bool isLoaded = configurator.readMappingFile(path, recorder);
-        MappingFileChecker checker;
-        checker.check(path);
-        for (const Finding& finding : checker.findings()) {
+        for (const Finding& finding : MappingFileChecker().check(path, path)) {
             // Of two mappings for one fault and class, none is missing.
             if (finding.severity == Severity::Error && finding.rule != std::string("duplicate")) {
                 inventory.mistakes.push_back({finding.position, finding.message});

@@ -40,7 +40,7 @@ struct Mapping {
 std::string alarmText(std::uint32_t minorType);
 
 /// In lower case, without white space and what only looks like it.
-std::string folded(std::string text);
+std::string folded(const std::string& text);
 
 /// By fault id, then class byte for byte: all mappings that were read for them, one replacing the
 /// other. The last one is what a program has.

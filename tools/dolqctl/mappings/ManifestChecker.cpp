@@ -34,7 +34,7 @@ public:
     bool wantsPlaces() const override { return true; }
 
     void onNotLoaded(const TiXmlDocument& document) override {
-        if (m_text.hasFailed() || !m_findings.hasErrorInFile()) { // else: goes on behind the root
+        if (m_text.hasFailed() || !m_findings.hasError()) { // else: goes on behind the root
             m_text.addNotLoaded(document);
         }
     }
@@ -81,7 +81,7 @@ private:
     void checkValue(const TiXmlAttribute& attribute) {
         const std::string name = attribute.Name();
         const std::string value = attribute.Value();
-        std::string plain = inPlainLetters(value);
+        std::string plain = plainText(value).letters;
         plain.erase(std::remove_if(plain.begin(), plain.end(),
                                    [](unsigned char c) { return std::isspace(c) != 0; }),
                     plain.end());
@@ -120,7 +120,7 @@ void checkManifest(const std::string& path, const XmlText& text, Findings& findi
     Checker checker(text, findings);
     std::vector<platform::loadmodules::LoadModule> modules;
     const int result = platform::loadmodules::readManifest(path, modules, checker);
-    if (result != 0 && !findings.hasErrorInFile()) {
+    if (result != 0 && !findings.hasError()) {
         findings.add(Severity::Error, "not-loaded", TiXmlElement(""),
                      "the whole manifest is refused: error " + std::to_string(result) +
                          " of the embedded load-module handler");
@@ -128,12 +128,10 @@ void checkManifest(const std::string& path, const XmlText& text, Findings& findi
 }
 
 std::vector<Finding> findManifestMistakes(const std::string& path) {
-    Findings findings;
-    findings.beginFile(path);
+    Findings findings(path);
     const XmlText text(path, findings);
     checkManifest(path, text, findings);
-    findings.endFile();
-    return findings.all();
+    return findings.take();
 }
 
 } // namespace dolqctl

@@ -68,11 +68,6 @@ bool hasInnerBlank(const std::string& list) {
     return false;
 }
 
-std::string described(std::uint32_t faultId, const std::string& moClass) {
-    return "fault " + std::to_string(faultId) +
-           (moClass.empty() ? " without a class" : " on " + inShortQuotes(moClass));
-}
-
 /// "131073 (2/1)".
 std::string minorTypeText(std::uint32_t minorType) {
     return std::to_string(minorType) + " (" + alarmText(minorType) + ')';
@@ -80,7 +75,7 @@ std::string minorTypeText(std::uint32_t minorType) {
 
 /// What to write in place of a number that is not read as it is meant: "; write "7"", or nothing.
 std::string meantNumber(const std::string& value, bool isMinorType) {
-    std::string plain = inPlainLetters(value);
+    std::string plain = plainText(value).letters;
     plain.erase(std::remove_if(plain.begin(), plain.end(),
                                [](char c) { return c == ' ' || c == '"' || c == '\''; }),
                 plain.end());
@@ -103,9 +98,8 @@ std::string meantNumber(const std::string& value, bool isMinorType) {
 
 } // namespace
 
-void MappingFileChecker::check(const std::string& path, const std::string& name) {
-    m_files.push_back(name);
-    m_findings.beginFile(name);
+std::vector<Finding> MappingFileChecker::check(const std::string& path, const std::string& name) {
+    m_findings = Findings(name, m_most);
     const XmlText text(path, m_findings);
     m_text = &text;
     if (isManifest(text)) {
@@ -113,16 +107,16 @@ void MappingFileChecker::check(const std::string& path, const std::string& name)
     } else {
         dolq::xmlconf::MappingXmlConfigurator().readMappingFile(path, *this);
     }
-    m_findings.endFile();
+    return m_findings.take();
 }
 
 void MappingFileChecker::onNoRoot() { m_text->addNotLoaded({}); }
 
 void MappingFileChecker::onRoot(const TiXmlElement& root) {
     if (root.ValueStr() != kRoot && isMisspelt(root.ValueStr(), kRoot)) {
-        warning(root, "misspelt-root",
-                "the root element " + inShortQuotes(root.Value()) + " is read, but its name is '" +
-                    kRoot + "'");
+        m_findings.add(Severity::Warning, "misspelt-root", root,
+                       "the root element " + inShortQuotes(root.Value()) +
+                           " is read, but its name is '" + kRoot + "'");
     }
     addUnreadText(root, m_findings);
     for (const TiXmlElement* element = root.FirstChildElement(); element != nullptr;
@@ -135,10 +129,11 @@ void MappingFileChecker::onRoot(const TiXmlElement& root) {
         checkNested(*element);
     }
     if (root.FirstChildElement(kMapping) == nullptr) {
-        error(root, "no-mapping",
-              "the file maps nothing: its root element " + inShortQuotes(root.Value()) +
-                  " holds no 'mapping'" +
-                  (root.ValueStr() == kMapping ? ", it is one: put it into a root element" : ""));
+        m_findings.add(
+            Severity::Error, "no-mapping", root,
+            "the file maps nothing: its root element " + inShortQuotes(root.Value()) +
+                " holds no 'mapping'" +
+                (root.ValueStr() == kMapping ? ", it is one: put it into a root element" : ""));
     }
 }
 
@@ -148,9 +143,9 @@ void MappingFileChecker::checkMapping(const TiXmlElement& element) {
     if (const TiXmlAttribute* const list = findAttribute(element, kMoClass)) {
         checkClassList(*list);
     } else {
-        warning(element, "missing-class",
-                std::string("no '") + kMoClass +
-                    "': only an object without a class gets this alarm");
+        m_findings.add(Severity::Warning, "missing-class", element,
+                       std::string("no '") + kMoClass +
+                           "': only an object without a class gets this alarm");
     }
     addUnknownAttributes(element, {kFaultId, kMinorType, kMoClass}, m_findings);
 }
@@ -159,15 +154,15 @@ void MappingFileChecker::checkNumber(const TiXmlElement& element, const char* na
     int number = 0;
     const int outcome = element.QueryIntAttribute(name, &number); // as the reader asks
     if (outcome == TIXML_NO_ATTRIBUTE) {
-        error(element, "missing-attribute",
-              std::string("no '") + name + "': the element is skipped");
+        m_findings.add(Severity::Error, "missing-attribute", element,
+                       std::string("no '") + name + "': the element is skipped");
         return;
     }
     const TiXmlAttribute& attribute = *findAttribute(element, name);
     if (outcome != TIXML_SUCCESS) {
-        error(attribute, "not-an-integer",
-              written(attribute) + " is no integer: the element is skipped" +
-                  meantNumber(attribute.Value(), name == kMinorType));
+        m_findings.add(Severity::Error, "not-an-integer", attribute,
+                       written(attribute) + " is no integer: the element is skipped" +
+                           meantNumber(attribute.Value(), name == kMinorType));
         return;
     }
     errno = 0;
@@ -177,39 +172,42 @@ void MappingFileChecker::checkNumber(const TiXmlElement& element, const char* na
     using Signed = std::numeric_limits<std::int32_t>;
     if (errno == ERANGE || meant < Signed::min() ||
         meant > std::numeric_limits<std::uint32_t>::max()) {
-        error(attribute, "beyond-32-bits",
-              written(attribute) + " does not fit 32 bits: it is read as " + stored);
+        m_findings.add(Severity::Error, "beyond-32-bits", attribute,
+                       written(attribute) + " does not fit 32 bits: it is read as " + stored);
     } else if (meant > Signed::max()) {
-        warning(attribute, "beyond-32-bits",
-                written(attribute) + " does not fit 32 bits with a sign: what is read, here " +
-                    stored + ", is up to the C library; write " +
-                    std::to_string(static_cast<std::int32_t>(meant)));
+        m_findings.add(Severity::Warning, "beyond-32-bits", attribute,
+                       written(attribute) +
+                           " does not fit 32 bits with a sign: what is read, here " + stored +
+                           ", is up to the C library; write " +
+                           std::to_string(static_cast<std::int32_t>(meant)));
     }
     if (rest[std::strspn(rest, " \t\n\v\f\r")] != '\0') {
-        error(attribute, "text-after-number",
-              written(attribute) + " is read as " + stored + ": what follows is ignored" +
-                  meantNumber(attribute.Value(), name == kMinorType));
+        m_findings.add(Severity::Error, "text-after-number", attribute,
+                       written(attribute) + " is read as " + stored + ": what follows is ignored" +
+                           meantNumber(attribute.Value(), name == kMinorType));
     } else if (name == kMinorType && dolq::majorIdOf(static_cast<std::uint32_t>(number)) == 0) {
-        warning(attribute, "no-major-id",
-                written(attribute) + " is the alarm 0/" + stored +
-                    ": a minor type is the major id times 65536 plus the minor id; for 2/" +
-                    stored + " write \"" + std::to_string(131072 + number) + '"');
+        m_findings.add(Severity::Warning, "no-major-id", attribute,
+                       written(attribute) + " is the alarm 0/" + stored +
+                           ": a minor type is the major id times 65536 plus the minor id; for 2/" +
+                           stored + " write \"" + std::to_string(131072 + number) + '"');
     }
 }
 
 void MappingFileChecker::checkClassList(const TiXmlAttribute& list) {
     const std::string classes = withoutBlanks(list.Value());
     if (classes.empty()) {
-        error(list, "no-class", written(list) + " holds no class: the element maps nothing");
+        m_findings.add(Severity::Error, "no-class", list,
+                       written(list) + " holds no class: the element maps nothing");
         return;
     }
     if (hasInnerBlank(list.Value())) {
-        warning(list, "blank-in-class",
-                written(list) + " is read without its blanks, as " + inShortQuotes(classes) +
-                    ": is a comma missing?");
+        m_findings.add(Severity::Warning, "blank-in-class", list,
+                       written(list) + " is read without its blanks, as " + inShortQuotes(classes) +
+                           ": is a comma missing?");
     }
     if (classes.back() == ',') {
-        warning(list, "final-comma", written(list) + " has no class behind its last comma");
+        m_findings.add(Severity::Warning, "final-comma", list,
+                       written(list) + " has no class behind its last comma");
     }
 }
 
@@ -227,9 +225,9 @@ void MappingFileChecker::checkNested(const TiXmlElement& element) {
     for (const TiXmlElement* child = element.FirstChildElement(); child != nullptr;
          child = child->NextSiblingElement()) {
         if (child->ValueStr() == kMapping) {
-            error(*child, "nested-mapping",
-                  "a 'mapping' inside " + inShortQuotes(element.Value()) +
-                      " is not read: only children of the root element are");
+            m_findings.add(Severity::Error, "nested-mapping", *child,
+                           "a 'mapping' inside " + inShortQuotes(element.Value()) +
+                               " is not read: only children of the root element are");
         } else if (element.ValueStr() == kMapping) {
             checkUnread(*child);
         }
@@ -250,80 +248,59 @@ void MappingFileChecker::onMapping(const TiXmlElement& element, std::uint32_t fa
 
 void MappingFileChecker::checkClass(const TiXmlAttribute& list, const std::string& moClass) {
     if (moClass.empty()) {
-        warning(list, "empty-class",
-                "an empty piece of the class list is an entry without a class");
+        m_findings.add(Severity::Warning, "empty-class", list,
+                       "an empty piece of the class list is an entry without a class");
         return;
     }
     const std::string theClass = "the class " + inShortQuotes(moClass);
-    std::string first;
-    const std::string plain = inPlainLetters(moClass, &first);
+    const auto [plain, visible, first] = plainText(moClass);
     for (const auto& [characters, severity, rule, reason] : kOddCharacters) {
         if (plain.find_first_of(characters) != plain.npos) {
             m_findings.add(severity, rule, list, theClass + reason);
         }
     }
     if (!first.empty()) {
-        std::string visible = moClass;
-        removeInvisible(visible);
         const bool isInvisible = visible == plain;
-        error(list, isInvisible ? "invisible-in-class" : "look-alike",
-              theClass + " holds " + first +
-                  (isInvisible ? ", which cannot be seen but is part of it"
-                               : ", which looks like another character") +
-                  ": write " + inShortQuotes(plain));
+        m_findings.add(Severity::Error, isInvisible ? "invisible-in-class" : "look-alike", list,
+                       theClass + " holds " + first +
+                           (isInvisible ? ", which cannot be seen but is part of it"
+                                        : ", which looks like another character") +
+                           ": write " + inShortQuotes(plain));
     }
     std::string lowerCase = moClass;
     std::transform(lowerCase.begin(), lowerCase.end(), lowerCase.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    const auto& [spelling, place] =
-        m_spellings.try_emplace(std::move(lowerCase), moClass, placeOf(list)).first->second;
+    const FilePosition position = positionOf(m_findings.file(), list);
+    const auto& [spelling, earlier] =
+        m_spellings.try_emplace(std::move(lowerCase), moClass, position).first->second;
     if (spelling != moClass) {
-        warning(list, "class-case",
-                theClass + " is written " + inShortQuotes(spelling) + " at " +
-                    positionText(positionOf(place)) + ": letter case makes them two classes");
+        m_findings.add(Severity::Warning, "class-case", list,
+                       theClass + " is written " + inShortQuotes(spelling) + " at " +
+                           positionText(earlier) + ": letter case makes them two classes");
     }
 }
 
 void MappingFileChecker::remember(const TiXmlElement& element, std::uint32_t faultId,
                                   std::uint32_t minorType, const std::string& moClass) {
-    const Earlier mapping{minorType, placeOf(element)};
+    const Earlier mapping{minorType, positionOf(m_findings.file(), element)};
     const auto [entry, isNew] = m_mappings.try_emplace({faultId, moClass}, mapping);
-    const Earlier earlier = std::exchange(entry->second, mapping);
-    const bool sameFile = earlier.place.file == mapping.place.file;
-    const bool sameElement = sameFile && earlier.place.line == mapping.place.line &&
-                             earlier.place.column == mapping.place.column;
+    const auto [earlierType, earlier] = std::exchange(entry->second, mapping);
+    const bool sameFile = earlier.file == mapping.position.file;
+    const bool sameElement = sameFile && earlier.line == mapping.position.line &&
+                             earlier.column == mapping.position.column;
     if (isNew || (moClass.empty() && sameElement)) {
         return; // empty pieces of one list are told already
     }
-    const bool sameAlarm = earlier.minorType == minorType;
-    Finding* const finding =
-        m_findings.add(sameFile && !sameAlarm ? Severity::Error : Severity::Warning,
-                       sameFile ? "duplicate" : "override");
-    if (finding != nullptr) {
-        finding->position = positionOf(mapping.place);
-        finding->other = positionOf(earlier.place);
-        finding->message = described(faultId, moClass) +
-                           (sameAlarm ? " is mapped to " + minorTypeText(minorType) + " already at "
-                                      : " gets " + minorTypeText(minorType) + " in place of " +
-                                            minorTypeText(earlier.minorType) + " at ") +
-                           positionText(*finding->other);
-    }
-}
-
-MappingFileChecker::Place MappingFileChecker::placeOf(const TiXmlBase& part) const {
-    return {m_files.size() - 1, part.Row(), part.Column()};
-}
-
-FilePosition MappingFileChecker::positionOf(const Place& place) const {
-    return {m_files[place.file], place.line, place.column};
-}
-
-void MappingFileChecker::error(const TiXmlBase& part, const char* rule, std::string message) {
-    m_findings.add(Severity::Error, rule, part, std::move(message));
-}
-
-void MappingFileChecker::warning(const TiXmlBase& part, const char* rule, std::string message) {
-    m_findings.add(Severity::Warning, rule, part, std::move(message));
+    const bool sameAlarm = earlierType == minorType;
+    m_findings.add({mapping.position, sameFile && !sameAlarm ? Severity::Error : Severity::Warning,
+                    sameFile ? "duplicate" : "override",
+                    "fault " + std::to_string(faultId) +
+                        (moClass.empty() ? " without a class" : " on " + inShortQuotes(moClass)) +
+                        (sameAlarm ? " is mapped to " + minorTypeText(minorType) + " already at "
+                                   : " gets " + minorTypeText(minorType) + " in place of " +
+                                         minorTypeText(earlierType) + " at ") +
+                        positionText(earlier),
+                    earlier});
 }
 
 } // namespace dolqctl

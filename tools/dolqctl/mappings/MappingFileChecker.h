@@ -16,14 +16,12 @@ namespace dolqctl {
 /// warning something that works but was hardly meant.
 class MappingFileChecker final : public dolq::xmlconf::MappingFileObserverI {
 public:
-    explicit MappingFileChecker(Findings findings = Findings()) : m_findings(std::move(findings)) {}
+    /// Of one file, rule and severity, `most` are kept.
+    explicit MappingFileChecker(std::size_t most = std::string::npos) : m_most(most) {}
 
     /// Reads `path` on top of the files before it, and calls it `name`. A manifest is recognized
     /// and checked as one.
-    void check(const std::string& path, const std::string& name);
-    void check(const std::string& path) { check(path, path); }
-    const std::vector<Finding>& findings() const { return m_findings.all(); }
-    std::size_t count(Severity severity) const { return m_findings.count(severity); }
+    std::vector<Finding> check(const std::string& path, const std::string& name);
 
     void onNotLoaded(const TiXmlDocument& document) override { m_text->addNotLoaded(document); }
     void onNoRoot() override;
@@ -34,14 +32,9 @@ public:
                    const std::string& moClass) override;
 
 private:
-    struct Place {
-        std::size_t file;
-        int line;
-        int column;
-    };
     struct Earlier {
         std::uint32_t minorType;
-        Place place;
+        FilePosition position;
     };
 
     void checkMapping(const TiXmlElement& element);
@@ -52,17 +45,12 @@ private:
     void checkNested(const TiXmlElement& element);
     void remember(const TiXmlElement& element, std::uint32_t faultId, std::uint32_t minorType,
                   const std::string& moClass);
-    Place placeOf(const TiXmlBase& part) const;
-    FilePosition positionOf(const Place& place) const;
-
-    void error(const TiXmlBase& part, const char* rule, std::string message);
-    void warning(const TiXmlBase& part, const char* rule, std::string message);
-
+    const std::size_t m_most;
     Findings m_findings;
     const XmlText* m_text = nullptr;
-    std::vector<std::string> m_files;
     std::map<std::pair<std::uint32_t, std::string>, Earlier> m_mappings;
-    std::map<std::string, std::pair<std::string, Place>> m_spellings; ///< by class in lower case
+    std::map<std::string, std::pair<std::string, FilePosition>>
+        m_spellings; ///< by class in lower case
 };
 
 } // namespace dolqctl
