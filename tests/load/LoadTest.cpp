@@ -206,8 +206,8 @@ TEST_F(LoadTest, AForkedChildRaisesAlarmsOfItsOwnWhileThreadsRaiseTheirs) {
         thread.join();
     }
     const auto records = received();
+    EXPECT_FALSE(records.empty());
     EXPECT_EQ(std::count(records.begin(), records.end(), std::nullopt), 0);
-    EXPECT_FALSE(alarms().empty());
 }
 
 TEST_F(LoadTest, AThreadIsCancelledWhileItRaisesAlarms) {
