@@ -8,6 +8,7 @@
 #include <cstring>
 #include <cwchar>
 #include <numeric>
+#include <set>
 #include <utility>
 
 #include <tinyxml.h>
@@ -22,7 +23,6 @@ namespace {
 
 constexpr char kWhiteSpace[] = " \t\n\v\f\r";
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr char kDigits[] = "0123456789abcdefABCDEF";
 
 /// What looks like something else, and what that is.
 struct LookAlike {
@@ -51,23 +51,16 @@ constexpr LookAlike kLookAlikes[] = {
 
 /// What TinyXML passes over. It ends all but comments and CDATA sections at the first '>'.
 constexpr struct {
-    std::string_view begin;
-    std::string_view end;
+    const char* begin;
+    const char* end;
     const char* name;
 } kPassedOver[] = {{"<!--", "-->", "comment"},
                    {"<![CDATA[", "]]>", "CDATA section"},
                    {"<?", ">", "declaration"},
                    {"<!", ">", "document type"}};
 
-constexpr std::string_view kEntities[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"};
-
 bool startsWith(std::string_view text, std::string_view begin) {
     return text.substr(0, begin.size()) == begin;
-}
-
-bool isNameStart(char c) {
-    return std::isalpha(static_cast<unsigned char>(c)) != 0 ||
-           static_cast<unsigned char>(c) > 127 || c == '_';
 }
 
 /// How many characters have to be changed, added or removed to make `to` of `from`.
@@ -227,296 +220,296 @@ std::vector<Finding> Findings::take() {
     return std::exchange(m_all, {});
 }
 
-XmlText::XmlText(const std::string& path, Findings& findings) : m_findings(findings) {
-    m_readError = common::readRegularFile(path, m_text.max_size(), m_text);
-    if (!isRead()) {
-        return;
-    }
-    checkEncoding();
-    std::size_t at = m_begin;
-    bool isBehindRoot = false;
-    while ((at = m_text.find_first_not_of(kWhiteSpace, at)) != m_text.npos) {
-        const bool isMarkup = m_text[at] == '<';
-        const bool isPassedOver = isMarkup && (m_text[at + 1] == '!' || m_text[at + 1] == '?');
-        if (m_open.empty() && !m_rootName.empty() && !isPassedOver) {
-            if (!std::exchange(isBehindRoot, true)) {
-                add(at, "behind-root",
-                    "nothing behind the first root element is read: " + word(at));
+namespace {
+
+/// Follows a text with TinyXML's own pieces. Each function gets the place where something begins,
+/// and returns where it ends: null where the parser stops.
+class Scanner final : private TiXmlDocument { // which has access to the pieces
+public:
+    Scanner(const std::string& content, XmlText& text, Findings& findings)
+        : m_content(content), m_text(text), m_findings(findings) {}
+
+    void scan() {
+        const char* at = findBegin();
+        bool isBehindRoot = false;
+        while (at != nullptr && (at = skip(at)) != end()) {
+            const bool isMarkup = *at == '<';
+            const bool isPassedOver = isMarkup && (at[1] == '!' || at[1] == '?');
+            if (m_open.empty() && !m_text.rootName.empty() && !isPassedOver) {
+                if (!std::exchange(isBehindRoot, true)) {
+                    add(at, "behind-root",
+                        "nothing behind the first root element is read: " + word(at));
+                }
+                if (!isMarkup) {
+                    return;
+                }
             }
-            if (!isMarkup) {
-                return;
+            if (isMarkup) {
+                at = markup(at);
+            } else if (m_open.empty()) {
+                at = fail(at, "no root element, but " + word(at));
+            } else {
+                const char* const to = std::strchr(at, '<');
+                at = checkReferences(at, to != nullptr ? to : end(), false) ? to : nullptr;
             }
         }
-        if (isMarkup) {
-            at = markup(at);
-        } else if (m_open.empty()) {
-            at = fail(at, "no root element, but " + word(at));
-        } else {
-            const std::size_t end = m_text.find('<', at);
-            at = checkReferences(at, std::min(end, m_text.size()), false) ? end : m_text.npos;
+        if (m_text.rootName.empty()) {
+            fail(m_content.c_str(), "it has no element");
+        } else if (!m_open.empty()) {
+            fail(m_open.back(), "the element " + word(m_open.back()) + " is not closed");
         }
     }
-    if (m_rootName.empty()) {
-        fail(0, "it has no element");
-    } else if (!m_open.empty()) {
-        fail(m_open.back(), "the element " + word(m_open.back()) + " is not closed");
-    }
-}
 
-void XmlText::checkEncoding() {
-    m_isUtf8 = startsWith(m_text, kByteOrderMark);
-    m_begin = m_isUtf8 ? kByteOrderMark.size() : 0;
-    const std::size_t nul = m_text.find('\0');
-    if (m_text.empty()) {
-        fail(0, "it is empty");
-    } else if (nul < 2 || startsWith(m_text, "\xFF\xFE") || startsWith(m_text, "\xFE\xFF")) {
-        fail(0, "it looks like UTF-16: save it as UTF-8");
-        m_begin = m_text.size();
-        return;
-    } else if (nul != m_text.npos) {
-        fail(nul, "a NUL byte ends the text here");
-    }
-    std::mbstate_t state{};
-    for (std::size_t at = 0; at < m_text.size();) {
-        const bool isAscii = static_cast<unsigned char>(m_text[at]) < 0x80;
-        const std::size_t length =
-            isAscii ? 1 : std::mbrlen(&m_text[at], m_text.size() - at, &state);
-        if (length > m_text.size()) {
-            add(at, "not-utf-8",
-                "the byte " + inQuotes(m_text.substr(at, 1)) +
-                    " is no UTF-8, and nothing converts it: save the file as UTF-8");
-            return;
-        }
-        at += length;
-    }
-}
+private:
+    const char* end() const { return m_content.c_str() + m_content.size(); }
+    static const char* skip(const char* at) { return at + std::strspn(at, kWhiteSpace); }
 
-std::size_t XmlText::markup(std::size_t at) {
-    m_suspect = m_text.npos;
-    for (const auto& [begin, end, name] : kPassedOver) {
-        if (m_text.compare(at, begin.size(), begin) != 0) {
-            continue;
+    /// And checks the encoding.
+    const char* findBegin() {
+        const char* const text = m_content.c_str();
+        const std::size_t nul = m_content.find('\0');
+        if (m_content.empty()) {
+            return fail(text, "it is empty");
         }
-        const std::size_t to = m_text.find(end, at + begin.size());
-        if (to == m_text.npos) { // which does not matter behind the root
-            return m_open.empty() && !m_rootName.empty()
-                       ? to
-                       : fail(at, std::string("the ") + name + " is not closed");
+        if (nul < 2 || startsWith(m_content, "\xFF\xFE") || startsWith(m_content, "\xFE\xFF")) {
+            return fail(text, "it looks like UTF-16: save it as UTF-8");
         }
-        if (startsWith(begin, "<?") && m_rootName.empty()) {
-            const std::string declaration = blurred(m_text.substr(at, to - at));
-            m_isUtf8 = m_isUtf8 || declaration.find("encoding") == declaration.npos ||
-                       declaration.find("utf8") != declaration.npos;
+        if (startsWith(m_content, kByteOrderMark)) {
+            m_encoding = TIXML_ENCODING_UTF8;
+            m_begin = m_lastAt = text + kByteOrderMark.size();
         }
-        return to + end.size();
+        if (nul != m_content.npos) {
+            fail(text + nul, "a NUL byte ends the text here");
+        }
+        std::mbstate_t state{};
+        for (const char* at = m_begin; at != end();) {
+            const bool isAscii = static_cast<unsigned char>(*at) < 0x80;
+            const auto left = static_cast<std::size_t>(end() - at);
+            const std::size_t length = isAscii ? 1 : std::mbrlen(at, left, &state);
+            if (length > left) {
+                add(at, "not-utf-8",
+                    "the byte " + inQuotes({at, 1}) +
+                        " is no UTF-8, and nothing converts it: save the file as UTF-8");
+                break;
+            }
+            at += length;
+        }
+        return m_begin;
     }
-    if (isNameStart(m_text[at + 1])) {
-        return startTag(at);
-    }
-    if (m_text[at + 1] == '/' && !m_open.empty()) {
-        return endTag(at);
-    }
-    const std::size_t to = m_text.find('>', at);
-    if (m_rootName.empty() || !m_open.empty()) {
-        add(at, "unread-text",
-            "this '<' begins no element: nothing up to the next '>' is read; write \"&lt;\" for the "
-            "character");
-    }
-    return to != m_text.npos ? to + 1 : to;
-}
 
-std::size_t XmlText::startTag(std::size_t at) {
-    const std::string_view name = nameAt(at + 1);
-    if (m_rootName.empty()) {
-        m_rootName = name;
+    const char* markup(const char* at) {
+        m_suspect = nullptr;
+        for (const auto& [begin, end, name] : kPassedOver) {
+            if (StringEqual(at, begin, false, m_encoding)) {
+                const char* const to = std::strstr(at + std::strlen(begin), end);
+                const bool isBehindRoot = m_open.empty() && !m_text.rootName.empty();
+                if (to == nullptr && !isBehindRoot) { // where it does not matter
+                    return fail(at, std::string("the ") + name + " is not closed");
+                }
+                if (begin[1] == '?' && m_text.rootName.empty()) {
+                    const std::string declaration = blurred({at, to});
+                    const bool isOther = declaration.find("encoding") != declaration.npos &&
+                                         declaration.find("utf8") == declaration.npos;
+                    m_encoding = isOther ? m_encoding : TIXML_ENCODING_UTF8;
+                }
+                return to != nullptr ? to + std::strlen(end) : nullptr;
+            }
+        }
+        std::string name;
+        if (const char* const behind = ReadName(at + 1, &name, m_encoding)) {
+            m_text.rootName = m_text.rootName.empty() ? name : m_text.rootName;
+            return attributes(at, behind);
+        }
+        if (at[1] == '/' && !m_open.empty()) {
+            return endTag(at);
+        }
+        if (m_text.rootName.empty() || !m_open.empty()) {
+            add(at, "unread-text",
+                "this '<' begins no element: nothing up to the next '>' is read; write \"&lt;\" "
+                "for the character");
+        }
+        const char* const to = std::strchr(at, '>');
+        return to != nullptr ? to + 1 : nullptr;
     }
-    std::vector<std::string_view> names;
-    std::size_t next = at + 1 + name.size();
-    while ((next = m_text.find_first_not_of(kWhiteSpace, next)) != m_text.npos) {
-        if (m_text[next] == '>') {
-            m_open.push_back(at);
-            return next + 1;
-        }
-        if (m_text[next] == '/') {
-            return m_text[next + 1] == '>' ? next + 2 : fail(next, "a '/' without '>' behind it");
-        }
-        next = attribute(next, names);
-        if (next == m_text.npos) {
-            break;
-        }
-    }
-    return fail(at, "the tag " + word(at) + " is not complete");
-}
 
-std::size_t XmlText::attribute(std::size_t at, std::vector<std::string_view>& names) {
-    const std::string_view name = nameAt(at);
-    if (!isNameStart(m_text[at])) {
-        return fail(at, "an attribute or '>' is missing before " + word(at));
-    }
-    if (std::find(names.begin(), names.end(), name) != names.end()) {
-        return fail(at, "the attribute " + inShortQuotes(name) + " is there twice");
-    }
-    names.push_back(name);
-    const std::size_t equals = m_text.find_first_not_of(kWhiteSpace, at + name.size());
-    if (equals == m_text.npos || m_text[equals] != '=') {
-        return fail(at, "the attribute " + inShortQuotes(name) + " has no value");
-    }
-    std::size_t begin = std::min(m_text.find_first_not_of(kWhiteSpace, equals + 1), m_text.size());
-    const bool isQuoted = m_text[begin] == '"' || m_text[begin] == '\'';
-    const std::size_t end = isQuoted ? m_text.find(m_text[begin], begin + 1)
-                                     : m_text.find_first_of(" \t\n\v\f\r/>\"'", begin);
-    if (isQuoted && (end == m_text.npos || m_text.find('<', begin) < end)) {
-        m_suspect = std::min(m_suspect, begin);
-    }
-    if (end == m_text.npos || !checkReferences(begin, end, true)) {
-        return m_text.npos;
-    }
-    if (!isQuoted && (m_text[end] == '"' || m_text[end] == '\'')) {
-        return fail(end, "a quotation mark that nothing opened");
-    }
-    return isQuoted ? end + 1 : end;
-}
-
-/// False where the parser stops; `isRead`: somebody uses the value.
-bool XmlText::checkReferences(std::size_t begin, std::size_t end, bool isRead) {
-    const std::string_view value = std::string_view(m_text).substr(begin, end - begin);
-    for (std::size_t at = value.find('&'); at != value.npos; at = value.find('&', at + 1)) {
-        const std::string_view rest = value.substr(at);
-        if (std::any_of(std::begin(kEntities), std::end(kEntities),
-                        [&](std::string_view entity) { return startsWith(rest, entity); })) {
-            continue;
+    /// From `at` on, of the tag that begins at `tag`.
+    const char* attributes(const char* tag, const char* at) {
+        std::set<std::string> names;
+        while (at != nullptr && *(at = skip(at)) != '\0') {
+            if (*at == '>') {
+                m_open.push_back(tag);
+                return at + 1;
+            }
+            if (*at == '/') {
+                return at[1] == '>' ? at + 2 : fail(at, "a '/' without '>' behind it");
+            }
+            at = attribute(at, names);
         }
-        if (!startsWith(rest, "&#")) {
-            if (!isRead) {
+        return fail(tag, "the tag " + word(tag) + " is not complete");
+    }
+
+    const char* attribute(const char* at, std::set<std::string>& names) {
+        std::string name;
+        const char* const behind = ReadName(at, &name, m_encoding);
+        if (behind == nullptr) {
+            return fail(at, "an attribute or '>' is missing before " + word(at));
+        }
+        if (!names.insert(name).second) {
+            return fail(at, "the attribute " + inShortQuotes(name) + " is there twice");
+        }
+        const char* const equals = skip(behind);
+        if (*equals != '=') {
+            return fail(at, "the attribute " + inShortQuotes(name) + " has no value");
+        }
+        const char* const begin = skip(equals + 1);
+        const bool isQuoted = *begin == '"' || *begin == '\'';
+        const char* const to =
+            isQuoted ? std::strchr(begin + 1, *begin) : std::strpbrk(begin, " \t\n\v\f\r/>\"'");
+        if (isQuoted && m_suspect == nullptr &&
+            (to == nullptr || std::find(begin, to, '<') != to)) {
+            m_suspect = begin;
+        }
+        if (to == nullptr || !checkReferences(begin, to, true)) {
+            return nullptr;
+        }
+        if (!isQuoted && (*to == '"' || *to == '\'')) {
+            return fail(to, "a quotation mark that nothing opened");
+        }
+        return isQuoted ? to + 1 : to;
+    }
+
+    /// False where the parser stops; `isRead`: somebody uses the value.
+    bool checkReferences(const char* at, const char* to, bool isRead) {
+        for (; (at = std::find(at, to, '&')) != to; ++at) {
+            char bytes[8];
+            int length = 0;
+            const char* const behind = GetEntity(at, bytes, &length, m_encoding);
+            if (behind == nullptr) {
+                fail(at, word(at) + " is no character");
+                return false;
+            }
+            const bool isNumber = at[1] == '#';
+            if (!isRead || (!isNumber && length > 0)) {
                 continue;
             }
-            const std::string_view name = nameAt(begin + at + 1);
-            const bool isEntity = !name.empty() && rest[1 + name.size()] == ';';
-            add(begin + at, "unknown-entity",
-                "the '&' is left out: write \"&amp;\" for it" +
-                    (isEntity ? ", or the character that " +
-                                    inShortQuotes(rest.substr(0, name.size() + 2)) + " means"
-                              : ""));
-            continue;
+            if (!isNumber) {
+                add(at, "unknown-entity",
+                    "the '&' is left out: write \"&amp;\" for it, or the character that is meant");
+                continue;
+            }
+            const bool isHexadecimal = at[2] == 'x';
+            const unsigned long code =
+                std::strtoul(at + (isHexadecimal ? 3 : 2), nullptr, isHexadecimal ? 16 : 10);
+            const std::string reference = inShortQuotes({at, std::size_t(behind - at)});
+            if (code == 0 || code > 0x10FFFF) {
+                add(at, "character-reference",
+                    reference + " is no character" + (code == 0 ? ": the value ends here" : ""));
+            } else if (code >= 0x80 && m_encoding != TIXML_ENCODING_UTF8) {
+                add(at, "character-reference",
+                    reference + " becomes a single byte in a file that does not say that it is "
+                                "UTF-8: begin it with <?xml version=\"1.0\" encoding=\"UTF-8\"?>");
+            }
         }
-        const bool isHexadecimal = startsWith(rest, "&#x");
-        const std::size_t digits = isHexadecimal ? 3 : 2;
-        const std::size_t semicolon = rest.find(';');
-        const std::string reference(rest.substr(0, std::min(semicolon, std::size_t{11}) + 1));
-        if (semicolon == rest.npos ||
-            rest.find_first_not_of({kDigits, isHexadecimal ? 22U : 10U}, digits) != semicolon) {
-            fail(begin + at, inShortQuotes(reference) + " is no character");
-            return false;
+        return true;
+    }
+
+    const char* endTag(const char* at) {
+        std::string name;
+        ReadName(m_open.back() + 1, &name, m_encoding);
+        const bool isSame = std::strncmp(at + 2, name.c_str(), name.size()) == 0;
+        const char* const behind = isSame ? skip(at + 2 + name.size()) : at;
+        if (*behind != '>') {
+            const std::string line = std::to_string(positionOf(m_open.back()).line);
+            return fail(at,
+                        word(at) + " does not close " + word(m_open.back()) + " of line " + line);
         }
-        const unsigned long code =
-            std::strtoul(reference.c_str() + digits, nullptr, isHexadecimal ? 16 : 10);
-        if (!isRead) {
-            continue;
+        m_open.pop_back();
+        return behind + 1;
+    }
+
+    /// The first failure counts, as with TinyXML.
+    const char* fail(const char* at, std::string reason) {
+        if (m_text.failure.empty()) {
+            const bool isSuspect = m_suspect != nullptr && m_suspect < at;
+            m_text.failedAt = positionOf(isSuspect ? m_suspect : at);
+            m_text.failure = isSuspect
+                                 ? "the value that begins here has no quotation mark at its end"
+                                 : std::move(reason);
         }
-        if (code == 0 || code > 0x10FFFF) {
-            add(begin + at, "character-reference",
-                inShortQuotes(reference) + " is no character" +
-                    (code == 0 ? ": the value ends here" : ""));
-        } else if (code >= 0x80 && !m_isUtf8) {
-            add(begin + at, "character-reference",
-                inShortQuotes(reference) +
-                    " becomes a single byte in a file that does not say that it is "
-                    "UTF-8: begin it with <?xml version=\"1.0\" "
-                    "encoding=\"UTF-8\"?>");
+        m_open.clear();
+        return nullptr;
+    }
+
+    void add(const char* at, const char* rule, const std::string& message) {
+        m_findings.add({positionOf(at), Severity::Error, rule, message});
+    }
+
+    /// The beginning of what stands at `at`, in quotes.
+    std::string word(const char* at) const {
+        constexpr std::size_t kLongest = 20;
+        const std::string_view rest(at, std::min<std::size_t>(kLongest, end() - at));
+        const std::size_t to = std::min(rest.find_first_of(" \t\n\v\f\r/>", 2), rest.size());
+        return inQuotes(rest.substr(0, to + (*(at + to) == '>' ? 1 : 0)));
+    }
+
+    /// Goes on from the last one, for many of them.
+    FilePosition positionOf(const char* at) {
+        if (at < m_lastAt) {
+            m_lastAt = m_begin;
+            m_last = {m_findings.file(), 1, 1};
         }
-    }
-    return true;
-}
-
-std::size_t XmlText::endTag(std::size_t at) {
-    const std::string_view name = nameAt(m_open.back() + 1);
-    const std::size_t behind = m_text.find_first_not_of(kWhiteSpace, at + 2 + name.size());
-    if (m_text.compare(at + 2, name.size(), name) != 0 || behind == m_text.npos ||
-        m_text[behind] != '>') {
-        const std::string line = std::to_string(positionOf(m_open.back()).line);
-        return fail(at, word(at) + " does not close " + word(m_open.back()) + " of line " + line);
-    }
-    m_open.pop_back();
-    return behind + 1;
-}
-
-/// The first failure counts, as with TinyXML.
-std::size_t XmlText::fail(std::size_t at, std::string reason) {
-    if (m_failure.empty()) {
-        const bool isSuspect = m_suspect < at;
-        m_failedAt = positionOf(isSuspect ? m_suspect : at);
-        m_failure = isSuspect ? "the value that begins here has no quotation mark at its end"
-                              : std::move(reason);
-    }
-    m_open.clear();
-    return m_text.npos;
-}
-
-void XmlText::add(std::size_t at, const char* rule, const std::string& message) {
-    m_findings.add({positionOf(at), Severity::Error, rule, message});
-}
-
-std::string_view XmlText::nameAt(std::size_t at) const {
-    std::size_t end = at;
-    while (isNameStart(m_text[end]) || std::isdigit(static_cast<unsigned char>(m_text[end])) != 0 ||
-           m_text[end] == '-' || m_text[end] == '.' || m_text[end] == ':') {
-        ++end;
-    }
-    return std::string_view(m_text).substr(at, end - at);
-}
-
-/// The beginning of what stands at `at`, in quotes.
-std::string XmlText::word(std::size_t at) const {
-    constexpr std::size_t kLongest = 20;
-    const std::size_t end = std::min(m_text.find_first_of(" \t\n\v\f\r/>", at + 2), m_text.size());
-    return inQuotes(m_text.substr(at, std::min(end - at + (m_text[end] == '>' ? 1 : 0), kLongest)));
-}
-
-/// Goes on from the last one, for many of them.
-FilePosition XmlText::positionOf(std::size_t at) {
-    if (at < m_lastAt || m_last.line == 0) {
-        m_lastAt = m_begin;
-        m_last = {m_findings.file(), 1, 1};
-    }
-    for (; m_lastAt < at; ++m_lastAt) {
-        const char c = m_text[m_lastAt];
-        if (c == '\n' || (c == '\r' && m_text[m_lastAt + 1] != '\n')) {
-            ++m_last.line;
-            m_last.column = 1;
-        } else if ((static_cast<unsigned char>(c) & 0xC0U) != 0x80) {
-            ++m_last.column;
+        for (; m_lastAt < at; ++m_lastAt) {
+            if (*m_lastAt == '\n' || (*m_lastAt == '\r' && m_lastAt[1] != '\n')) {
+                ++m_last.line;
+                m_last.column = 1;
+            } else if ((static_cast<unsigned char>(*m_lastAt) & 0xC0U) != 0x80) {
+                ++m_last.column;
+            }
         }
+        return m_last;
     }
-    return m_last;
+
+    const std::string& m_content;
+    XmlText& m_text;
+    Findings& m_findings;
+    const char* m_begin = m_content.c_str(); ///< behind a byte order mark
+    TiXmlEncoding m_encoding = TIXML_ENCODING_UNKNOWN;
+    std::vector<const char*> m_open; ///< where the elements that are not closed yet begin
+    const char* m_suspect = nullptr; ///< a value in this tag that goes on too far
+    const char* m_lastAt = m_begin;
+    FilePosition m_last{m_findings.file(), 1, 1}; ///< of `m_lastAt`
+};
+
+} // namespace
+
+XmlText checkText(const std::string& path, Findings& findings) {
+    XmlText text;
+    std::string content;
+    text.readError = common::readRegularFile(path, content.max_size(), content);
+    if (text.readError == 0) {
+        Scanner(content, text, findings).scan();
+    } else if (text.readError == EISDIR || text.readError == EINVAL) {
+        text.failure = "not a regular file";
+    } else {
+        text.failure = std::strerror(text.readError);
+    }
+    text.failedAt.file = findings.file();
+    return text;
 }
 
-void XmlText::addNotLoaded(const TiXmlDocument& document) const {
-    Finding finding{m_failedAt, Severity::Error, "not-loaded", m_failure};
-    if (m_failure.empty()) {
-        finding.position = {m_findings.file()};
-        if (document.Error()) {
-            finding.position = {m_findings.file(), document.ErrorRow(), document.ErrorCol()};
-        }
-        finding.message = whyNotLoaded(document);
+void addNotLoaded(const XmlText& text, const TiXmlDocument& document, Findings& findings) {
+    Finding finding{text.failedAt, Severity::Error, "not-loaded", text.failure};
+    if (document.Error() && text.failure.empty()) {
+        finding.position = {findings.file(), document.ErrorRow(), document.ErrorCol()};
+        finding.message = document.ErrorDesc();
+    } else if (text.failure.empty()) {
+        const common::XmlLimits limits;
+        finding.message = "not given to the parser: more than " + std::to_string(limits.depth) +
+                          " levels of elements, or more than " + std::to_string(limits.attributes) +
+                          " attributes in one";
     }
     finding.message.insert(0, "the file is not read: ");
-    m_findings.add(std::move(finding));
-}
-
-/// For a text in which nothing was found.
-std::string XmlText::whyNotLoaded(const TiXmlDocument& document) const {
-    if (document.Error()) {
-        return document.ErrorDesc();
-    }
-    if (m_readError == EISDIR || m_readError == EINVAL) {
-        return "not a regular file";
-    }
-    if (m_readError != 0) {
-        return std::strerror(m_readError);
-    }
-    return "not given to the parser: more than " + std::to_string(common::XmlLimits().depth) +
-           " levels of elements, or more than " + std::to_string(common::XmlLimits().attributes) +
-           " attributes in one";
+    findings.add(std::move(finding));
 }
 
 } // namespace dolqctl

@@ -51,48 +51,20 @@ private:
     std::map<std::pair<std::string_view, Severity>, std::size_t> m_counts;
 };
 
-/// Follows the raw text of a file as TinyXML does, for what TinyXML swallows, and for where and why
-/// it stops.
-class XmlText {
-public:
-    /// Adds what is wrong in a text that is read all the same.
-    XmlText(const std::string& path, Findings& findings);
-
-    const std::string& rootName() const { return m_rootName; }
-    bool isRead() const { return m_readError == 0; }
-    bool hasFailed() const { return !m_failure.empty(); }
-
-    /// Adds why nothing of the file is read; `document` is what the reader made of it.
-    void addNotLoaded(const TiXmlDocument& document) const;
-
-private:
-    void checkEncoding();
-    std::size_t markup(std::size_t at);
-    std::size_t startTag(std::size_t at);
-    std::size_t attribute(std::size_t at, std::vector<std::string_view>& names);
-    std::size_t endTag(std::size_t at);
-    bool checkReferences(std::size_t begin, std::size_t end, bool isRead);
-
-    std::size_t fail(std::size_t at, std::string reason);
-    void add(std::size_t at, const char* rule, const std::string& message);
-    std::string_view nameAt(std::size_t at) const;
-    std::string word(std::size_t at) const;
-    FilePosition positionOf(std::size_t at);
-    std::string whyNotLoaded(const TiXmlDocument& document) const;
-
-    Findings& m_findings;
-    int m_readError = 0;
-    std::string m_text;
-    std::string m_rootName;
-    std::size_t m_begin = 0;                   ///< behind a byte order mark
-    bool m_isUtf8 = false;                     ///< to the parser
-    std::vector<std::size_t> m_open;           ///< where the elements that are not closed yet begin
-    std::size_t m_suspect = std::string::npos; ///< a value in this tag that goes on too far
-    std::size_t m_lastAt = 0;
-    FilePosition m_last; ///< of `m_lastAt`
-    FilePosition m_failedAt;
-    std::string m_failure;
+/// What the raw text of a file says about it.
+struct XmlText {
+    int readError = 0; ///< an errno value where there is no text
+    std::string rootName;
+    std::string failure; ///< why the parser stops; empty where it was not seen to
+    FilePosition failedAt;
 };
+
+/// Follows the raw text of `path` as TinyXML does, for where and why it stops. Adds what it
+/// swallows.
+XmlText checkText(const std::string& path, Findings& findings);
+
+/// Adds why nothing of the file is read; `document` is what the reader made of it.
+void addNotLoaded(const XmlText& text, const TiXmlDocument& document, Findings& findings);
 
 /// Adds texts between the children of `element`, which nothing reads.
 void addUnreadText(const TiXmlElement& element, Findings& findings);

@@ -34,8 +34,8 @@ public:
     bool wantsPlaces() const override { return true; }
 
     void onNotLoaded(const TiXmlDocument& document) override {
-        if (m_text.hasFailed() || !m_findings.hasError()) { // else: goes on behind the root
-            m_text.addNotLoaded(document);
+        if (!m_text.failure.empty() || !m_findings.hasError()) { // else: goes on behind the root
+            addNotLoaded(m_text, document, m_findings);
         }
     }
 
@@ -110,11 +110,11 @@ private:
 
 } // namespace
 
-bool isManifest(const XmlText& text) { return isMisspelt(text.rootName(), kRoot); }
+bool isManifest(const XmlText& text) { return isMisspelt(text.rootName, kRoot); }
 
 void checkManifest(const std::string& path, const XmlText& text, Findings& findings) {
-    if (!text.isRead()) {
-        text.addNotLoaded({});
+    if (text.readError != 0) {
+        addNotLoaded(text, {}, findings);
         return;
     }
     Checker checker(text, findings);
@@ -129,8 +129,7 @@ void checkManifest(const std::string& path, const XmlText& text, Findings& findi
 
 std::vector<Finding> findManifestMistakes(const std::string& path) {
     Findings findings(path);
-    const XmlText text(path, findings);
-    checkManifest(path, text, findings);
+    checkManifest(path, checkText(path, findings), findings);
     return findings.take();
 }
 

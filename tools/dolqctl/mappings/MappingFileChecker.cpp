@@ -100,17 +100,20 @@ std::string meantNumber(const std::string& value, bool isMinorType) {
 
 std::vector<Finding> MappingFileChecker::check(const std::string& path, const std::string& name) {
     m_findings = Findings(name, m_most);
-    const XmlText text(path, m_findings);
-    m_text = &text;
-    if (isManifest(text)) {
-        checkManifest(path, text, m_findings);
+    m_text = checkText(path, m_findings);
+    if (isManifest(m_text)) {
+        checkManifest(path, m_text, m_findings);
     } else {
         dolq::xmlconf::MappingXmlConfigurator().readMappingFile(path, *this);
     }
     return m_findings.take();
 }
 
-void MappingFileChecker::onNoRoot() { m_text->addNotLoaded({}); }
+void MappingFileChecker::onNotLoaded(const TiXmlDocument& document) {
+    addNotLoaded(m_text, document, m_findings);
+}
+
+void MappingFileChecker::onNoRoot() { addNotLoaded(m_text, {}, m_findings); }
 
 void MappingFileChecker::onRoot(const TiXmlElement& root) {
     if (root.ValueStr() != kRoot && isMisspelt(root.ValueStr(), kRoot)) {

@@ -23,7 +23,7 @@ public:
     /// and checked as one.
     std::vector<Finding> check(const std::string& path, const std::string& name);
 
-    void onNotLoaded(const TiXmlDocument& document) override { m_text->addNotLoaded(document); }
+    void onNotLoaded(const TiXmlDocument& document) override;
     void onNoRoot() override;
     void onRoot(const TiXmlElement& root) override;
     void onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
@@ -47,7 +47,7 @@ private:
                   const std::string& moClass);
     const std::size_t m_most;
     Findings m_findings;
-    const XmlText* m_text = nullptr;
+    XmlText m_text;
     std::map<std::pair<std::uint32_t, std::string>, Earlier> m_mappings;
     std::map<std::string, std::pair<std::string, FilePosition>>
         m_spellings; ///< by class in lower case
