@@ -10,8 +10,8 @@
 
 #include "Commands.h"
 #include "Options.h"
+#include "mappings/Checkers.h"
 #include "mappings/Discovery.h"
-#include "mappings/MappingFileChecker.h"
 
 namespace dolqctl {
 
@@ -57,12 +57,6 @@ struct Files {
     bool isComplete = true;         ///< the load-module handler could be asked for all of them
 };
 
-/// By another spelling or a link, too.
-bool isSameFile(const std::string& path, const std::string& other) {
-    std::error_code ignored; // of a file that is not there
-    return path == other || std::filesystem::equivalent(path, other, ignored);
-}
-
 /// The files that are named, or those of the load module.
 Files filesOf(const Arguments& arguments) {
     silenceTraces();
@@ -83,14 +77,14 @@ Files filesOf(const Arguments& arguments) {
     }
     for (const std::string& path : found) {
         const auto same =
-            std::find_if(files.paths.begin(), files.paths.end(),
-                         [&](const std::string& other) { return isSameFile(path, other); });
+            std::find_if(files.paths.begin(), files.paths.end(), [&](const std::string& other) {
+                std::error_code ignored; // of a file that is not there
+                return path == other || std::filesystem::equivalent(path, other, ignored);
+            });
         if (same == files.paths.end()) {
             files.paths.push_back(path);
         } else {
-            tell(printable(path) +
-                 (path == *same ? " is named twice" : " is the same file as " + printable(*same)) +
-                 ": checked once");
+            tell(printable(path) + " is checked once, as " + printable(*same));
         }
     }
     return files;
@@ -109,17 +103,17 @@ std::string keptStandardInput() {
     return path;
 }
 
+const char* severityText(Severity severity) {
+    return severity == Severity::Error ? "error" : "warning";
+}
+
 void print(const Finding& finding, Output& output) {
     const Style style = finding.severity == Severity::Error ? Style::Bad : Style::Warning;
-    const auto line = [&](const std::string& message) {
-        output.line(output.styled(Style::Bold, positionText(finding.position) + ':') + ' ' +
-                    output.styled(style, severityText(finding.severity) + std::string(":")) + ' ' +
-                    message + " [" + finding.rule + ']');
-    };
-    line(finding.message);
-    if (finding.more > 0) {
-        line("... and " + std::to_string(finding.more) + " more");
-    }
+    const std::string more =
+        finding.more > 0 ? " (and " + std::to_string(finding.more) + " more)" : "";
+    output.line(output.styled(Style::Bold, positionText(finding.position) + ':') + ' ' +
+                output.styled(style, severityText(finding.severity) + std::string(":")) + ' ' +
+                finding.message + more + " [" + finding.rule + ']');
 }
 
 nlohmann::ordered_json jsonOf(const Finding& finding) {

@@ -13,8 +13,8 @@
 #include "Options.h"
 #include "Output.h"
 #include "common/Environment.h"
+#include "mappings/Checkers.h"
 #include "mappings/Inventory.h"
-#include "mappings/ManifestChecker.h"
 #include "xmlconf/dolqXmlConfigurator.h"
 
 namespace dolqctl {

@@ -91,10 +91,6 @@ std::string blurred(const std::string& name) {
 
 } // namespace
 
-const char* severityText(Severity severity) {
-    return severity == Severity::Error ? "error" : "warning";
-}
-
 const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name) {
     const TiXmlAttribute* attribute = element.FirstAttribute();
     while (attribute != nullptr && std::strcmp(attribute->Name(), name) != 0) {

@@ -17,9 +17,6 @@ namespace dolqctl {
 
 enum class Severity { Warning, Error };
 
-/// "warning" or "error".
-const char* severityText(Severity severity);
-
 struct Finding {
     FilePosition position;
     Severity severity;

@@ -9,7 +9,7 @@
 
 #include "Output.h"
 #include "adapter/MinorType.h"
-#include "mappings/MappingFileChecker.h"
+#include "mappings/Checkers.h"
 #include "xmlconf/dolqXmlConfigurator.h"
 
 namespace dolqctl {

@@ -1,5 +1,3 @@
-#include "mappings/ManifestChecker.h"
-
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
@@ -8,6 +6,7 @@
 #include <tinyxml.h>
 
 #include "Output.h"
+#include "mappings/Checkers.h"
 #include "platform/loadmodules/Manifest.h"
 #include "xmlconf/MappingFileFormat.h"
 

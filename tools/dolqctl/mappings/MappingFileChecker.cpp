@@ -1,5 +1,3 @@
-#include "mappings/MappingFileChecker.h"
-
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
@@ -13,7 +11,7 @@
 
 #include "Output.h"
 #include "adapter/MinorType.h"
-#include "mappings/ManifestChecker.h"
+#include "mappings/Checkers.h"
 #include "xmlconf/MappingFileFormat.h"
 #include "xmlconf/dolqXmlConfigurator.h"
 
@@ -50,11 +48,6 @@ constexpr struct {
      " holds a part of a tag: is a quotation mark missing?"},
     {"!#$%&()@[]^{}~:", Severity::Warning, "class-character",
      " holds a character that classes hardly have: is it meant?"}};
-
-std::string withoutBlanks(std::string text) {
-    text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
-    return text;
-}
 
 /// Whether a blank stands between two other characters of one class.
 bool hasInnerBlank(const std::string& list) {
@@ -197,7 +190,8 @@ void MappingFileChecker::checkNumber(const TiXmlElement& element, const char* na
 }
 
 void MappingFileChecker::checkClassList(const TiXmlAttribute& list) {
-    const std::string classes = withoutBlanks(list.Value());
+    std::string classes = list.Value();
+    classes.erase(std::remove(classes.begin(), classes.end(), ' '), classes.end());
     if (classes.empty()) {
         m_findings.add(Severity::Error, "no-class", list,
                        written(list) + " holds no class: the element maps nothing");
