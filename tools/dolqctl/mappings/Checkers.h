@@ -37,12 +37,12 @@ private:
         FilePosition position;
     };
 
+    void checkChildren(const TiXmlElement& element);
     void checkMapping(const TiXmlElement& element);
     void checkNumber(const TiXmlElement& element, const char* name);
     void checkClassList(const TiXmlAttribute& list);
     void checkClass(const TiXmlAttribute& list, const std::string& moClass);
     void checkUnread(const TiXmlElement& element);
-    void checkNested(const TiXmlElement& element);
     void remember(const TiXmlElement& element, std::uint32_t faultId, std::uint32_t minorType,
                   const std::string& moClass);
     const std::size_t m_most;

@@ -278,17 +278,16 @@ private:
             fail(text + nul, "a NUL byte ends the text here");
         }
         std::mbstate_t state{};
-        for (const char* at = m_begin; at != end();) {
-            const bool isAscii = static_cast<unsigned char>(*at) < 0x80;
+        std::size_t length = 0;
+        for (const char* at = m_begin; at != end(); at += length) {
             const auto left = static_cast<std::size_t>(end() - at);
-            const std::size_t length = isAscii ? 1 : std::mbrlen(at, left, &state);
+            length = std::max<std::size_t>(std::mbrlen(at, left, &state), 1); // 0 for a NUL byte
             if (length > left) {
                 add(at, "not-utf-8",
                     "the byte " + inQuotes({at, 1}) +
                         " is no UTF-8, and nothing converts it: save the file as UTF-8");
                 break;
             }
-            at += length;
         }
         return m_begin;
     }

@@ -115,21 +115,32 @@ void MappingFileChecker::onRoot(const TiXmlElement& root) {
                            " is read, but its name is '" + kRoot + "'");
     }
     addUnreadText(root, m_findings);
-    for (const TiXmlElement* element = root.FirstChildElement(); element != nullptr;
-         element = element->NextSiblingElement()) {
-        if (element->ValueStr() == kMapping) {
-            checkMapping(*element);
-        } else {
-            checkUnread(*element);
-        }
-        checkNested(*element);
-    }
+    checkChildren(root);
     if (root.FirstChildElement(kMapping) == nullptr) {
         m_findings.add(
             Severity::Error, "no-mapping", root,
             "the file maps nothing: its root element " + inShortQuotes(root.Value()) +
                 " holds no 'mapping'" +
                 (root.ValueStr() == kMapping ? ", it is one: put it into a root element" : ""));
+    }
+}
+
+/// The depth is bounded: the reader gives no deeper document to the parser.
+void MappingFileChecker::checkChildren(const TiXmlElement& element) {
+    const bool isRoot = element.Parent()->ToDocument() != nullptr;
+    for (const TiXmlElement* child = element.FirstChildElement(); child != nullptr;
+         child = child->NextSiblingElement()) {
+        const bool isMapping = child->ValueStr() == kMapping;
+        if (isMapping && isRoot) {
+            checkMapping(*child);
+        } else if (isMapping) {
+            m_findings.add(Severity::Error, "nested-mapping", *child,
+                           "a 'mapping' inside " + inShortQuotes(element.Value()) +
+                               " is not read: only children of the root element are");
+        } else if (isRoot || element.ValueStr() == kMapping) {
+            checkUnread(*child);
+        }
+        checkChildren(*child);
     }
 }
 
@@ -166,16 +177,14 @@ void MappingFileChecker::checkNumber(const TiXmlElement& element, const char* na
     const long long meant = std::strtoll(attribute.Value(), &rest, 10);
     const std::string stored = std::to_string(static_cast<std::uint32_t>(number));
     using Signed = std::numeric_limits<std::int32_t>;
-    if (errno == ERANGE || meant < Signed::min() ||
-        meant > std::numeric_limits<std::uint32_t>::max()) {
-        m_findings.add(Severity::Error, "beyond-32-bits", attribute,
-                       written(attribute) + " does not fit 32 bits: it is read as " + stored);
-    } else if (meant > Signed::max()) {
-        m_findings.add(Severity::Warning, "beyond-32-bits", attribute,
-                       written(attribute) +
-                           " does not fit 32 bits with a sign: what is read, here " + stored +
-                           ", is up to the C library; write " +
-                           std::to_string(static_cast<std::int32_t>(meant)));
+    const bool isBeyond = errno == ERANGE || meant < Signed::min() ||
+                          meant > std::numeric_limits<std::uint32_t>::max();
+    if (isBeyond || meant > Signed::max()) {
+        m_findings.add(isBeyond ? Severity::Error : Severity::Warning, "beyond-32-bits", attribute,
+                       written(attribute) + " does not fit 32 bits" +
+                           (isBeyond ? ": it is read as " + stored
+                                     : " with a sign: write " +
+                                           std::to_string(static_cast<std::int32_t>(meant))));
     }
     if (rest[std::strspn(rest, " \t\n\v\f\r")] != '\0') {
         m_findings.add(Severity::Error, "text-after-number", attribute,
@@ -215,21 +224,6 @@ void MappingFileChecker::checkUnread(const TiXmlElement& element) {
     m_findings.add(isMapping ? Severity::Error : Severity::Warning, "unknown-element", element,
                    "the element " + inShortQuotes(element.Value()) + " is not read" +
                        (isMapping ? std::string(": did you mean '") + kMapping + "'?" : ""));
-}
-
-/// The depth is bounded: the reader gives no deeper document to the parser.
-void MappingFileChecker::checkNested(const TiXmlElement& element) {
-    for (const TiXmlElement* child = element.FirstChildElement(); child != nullptr;
-         child = child->NextSiblingElement()) {
-        if (child->ValueStr() == kMapping) {
-            m_findings.add(Severity::Error, "nested-mapping", *child,
-                           "a 'mapping' inside " + inShortQuotes(element.Value()) +
-                               " is not read: only children of the root element are");
-        } else if (element.ValueStr() == kMapping) {
-            checkUnread(*child);
-        }
-        checkNested(*child);
-    }
 }
 
 void MappingFileChecker::onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
