@@ -59,10 +59,6 @@ constexpr struct {
                    {"<?", ">", "declaration"},
                    {"<!", ">", "document type"}};
 
-bool startsWith(std::string_view text, std::string_view begin) {
-    return text.substr(0, begin.size()) == begin;
-}
-
 /// How many characters have to be changed, added or removed to make `to` of `from`.
 std::size_t distance(const std::string& from, const std::string& to) {
     std::vector<std::size_t> row(to.size() + 1);
@@ -267,10 +263,11 @@ private:
         if (m_content.empty()) {
             return fail(text, "it is empty");
         }
-        if (nul < 2 || startsWith(m_content, "\xFF\xFE") || startsWith(m_content, "\xFE\xFF")) {
+        if (nul < 2 || m_content.compare(0, 2, "\xFF\xFE") == 0 ||
+            m_content.compare(0, 2, "\xFE\xFF") == 0) {
             return fail(text, "it looks like UTF-16: save it as UTF-8");
         }
-        if (startsWith(m_content, kByteOrderMark)) {
+        if (m_content.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) {
             m_encoding = TIXML_ENCODING_UTF8;
             m_begin = m_lastAt = text + kByteOrderMark.size();
         }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <map>
 #include <system_error>
 
 #include <tinyxml.h>
@@ -16,13 +17,6 @@ namespace {
 
 constexpr char kRoot[] = "loadModules";
 constexpr char kTag[] = "alarm_mapping";
-
-/// What the handler knows: an element and its attributes.
-const struct {
-    const char* name;
-    std::vector<const char*> attributes;
-} kElements[] = {
-    {kRoot, {}}, {"loadModule", {"name", "productNumber", "revision"}}, {"file", {"tag", "path"}}};
 
 class Checker final : public platform::loadmodules::ManifestObserverI {
 public:
@@ -59,18 +53,18 @@ public:
     }
 
     void onElement(const TiXmlElement& element) override {
-        const auto& known =
-            *std::find_if(std::begin(kElements), std::end(kElements), [&](const auto& candidate) {
-                return element.ValueStr() == candidate.name;
-            });
+        static const std::map<std::string, std::vector<const char*>> kAttributes = {
+            {kRoot, {}},
+            {"loadModule", {"name", "productNumber", "revision"}},
+            {"file", {"tag", "path"}}};
         addUnreadText(element, m_findings);
-        addUnknownAttributes(element, known.attributes, m_findings);
-        for (const char* const name : known.attributes) {
+        addUnknownAttributes(element, kAttributes.at(element.ValueStr()), m_findings);
+        for (const char* const name : kAttributes.at(element.ValueStr())) {
             if (const TiXmlAttribute* const attribute = findAttribute(element, name)) {
                 checkValue(*attribute);
             }
         }
-        if (element.FirstChildElement() != nullptr && known.name == std::string("file")) {
+        if (element.FirstChildElement() != nullptr && element.ValueStr() == "file") {
             m_findings.add(Severity::Error, "unknown-element", *element.FirstChildElement(),
                            "nothing inside a 'file' is read");
         }

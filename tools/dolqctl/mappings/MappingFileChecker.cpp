@@ -72,10 +72,11 @@ std::string meantNumber(const std::string& value, bool isMinorType) {
     plain.erase(std::remove_if(plain.begin(), plain.end(),
                                [](char c) { return c == ' ' || c == '"' || c == '\''; }),
                 plain.end());
+    const bool isHexadecimal = plain.find_first_of("xX") == 1;
     char* end = nullptr;
-    const unsigned long hexadecimal = std::strtoul(plain.c_str(), &end, 16);
-    if ((plain.find("0x") == 0 || plain.find("0X") == 0) && *end == '\0') {
-        return "; write \"" + std::to_string(hexadecimal) + '"';
+    const long long number = std::strtoll(plain.c_str(), &end, isHexadecimal ? 16 : 10);
+    if (*end == '\0' && !plain.empty() && (isHexadecimal || plain != value)) {
+        return "; write \"" + std::to_string(number) + '"';
     }
     unsigned int majorId = 0;
     unsigned int minorId = 0;
@@ -85,8 +86,7 @@ std::string meantNumber(const std::string& value, bool isMinorType) {
         return "; for the alarm " + alarmText(static_cast<std::uint32_t>(meant)) + " write \"" +
                std::to_string(meant) + '"';
     }
-    std::strtol(plain.c_str(), &end, 10);
-    return plain != value && !plain.empty() && *end == '\0' ? "; write \"" + plain + '"' : "";
+    return {};
 }
 
 } // namespace
