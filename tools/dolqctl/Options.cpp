@@ -72,7 +72,7 @@ std::string problemOf(const CLI::App& command, const CLI::ParseError& error) {
         return std::string("unknown ") + kind + inQuotes(*unknown) +
                (names.empty() ? "" : ": did you mean " + joined(names, " or ") + '?');
     }
-    const std::string text = error.what();
+    std::string text = error.what();
     if (!isCommand) {
         return "name a command";
     }

@@ -200,6 +200,7 @@ std::string severitiesText(const std::vector<const Alarm*>& alarms) {
         ++counts[alarm->raised.perceivedSeverity];
     }
     std::vector<std::string> texts;
+    texts.reserve(counts.size());
     for (const auto& [severity, count] : counts) {
         texts.push_back(std::to_string(count) + ' ' + severityText(severity));
     }

@@ -28,7 +28,7 @@ using ruxa::trace::v2::TraceBackend;
 
 /// The value of a variable; empty after a failure when there is none.
 std::string needed(Diagnosis& diagnosis, const char* name, const char* without) {
-    const std::string value = common::environment(name);
+    std::string value = common::environment(name);
     if (value.empty()) {
         const bool isSet = common::environment(name, nullptr) != nullptr;
         diagnosis.fail(name, isSet ? "set to nothing" : "not set",

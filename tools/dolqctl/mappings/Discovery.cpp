@@ -99,7 +99,7 @@ std::vector<std::string> manifestProblems() {
 }
 
 std::vector<std::string> problemsOf(const Discovery& discovery) {
-    const std::vector<std::string> mistakes =
+    std::vector<std::string> mistakes =
         Library(kLoadModuleLibrary).contains("VELK_MANIFEST_DIR") // no other handler knows it
             ? manifestProblems()
             : std::vector<std::string>();
