@@ -439,7 +439,8 @@ private:
     /// The beginning of what stands at `at`, in quotes.
     std::string word(const char* at) const {
         constexpr std::size_t kLongest = 20;
-        const std::string_view rest(at, std::min<std::size_t>(kLongest, end() - at));
+        const auto left = static_cast<std::size_t>(end() - at);
+        const std::string_view rest(at, std::min(kLongest, left));
         const std::size_t to = std::min(rest.find_first_of(" \t\n\v\f\r/>", 2), rest.size());
         return inQuotes(rest.substr(0, to + (*(at + to) == '>' ? 1 : 0)));
     }
