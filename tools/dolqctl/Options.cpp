@@ -9,7 +9,6 @@
 #include <CLI/CLI.hpp>
 
 #include "Commands.h"
-#include "mappings/Findings.h"
 
 namespace dolqctl {
 

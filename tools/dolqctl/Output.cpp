@@ -1,9 +1,13 @@
 #include "Output.h"
 
+#include <algorithm>
+#include <cctype>
 #include <clocale>
 #include <iostream>
 #include <limits>
+#include <numeric>
 #include <sstream>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 #include <sys/ioctl.h>
@@ -26,6 +30,21 @@ constexpr const char* kAttributes[] = {"0", "1", "2", "32", "33", "31"};
 
 std::string dump(const nlohmann::ordered_json& json, int indent) {
     return json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+/// How many characters have to be changed, added or removed to make `to` of `from`.
+std::size_t distance(const std::string& from, const std::string& to) {
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t j = 0; j < to.size(); ++j) {
+            const std::size_t changed = diagonal + (from[i] == to[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
 }
 
 } // namespace
@@ -95,6 +114,22 @@ std::string pathText(const std::string& path) {
 
 std::string counted(std::size_t count, const std::string& what) {
     return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
+}
+
+std::string blurred(const std::string& name) {
+    std::string letters;
+    for (const char c : name) {
+        if (std::isalnum(static_cast<unsigned char>(c)) != 0) {
+            letters += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        }
+    }
+    return letters;
+}
+
+bool isMisspelt(const std::string& name, const std::string& meant) {
+    constexpr std::size_t kMostMistakes = 2;
+    return name.size() <= meant.size() + 2 * kMostMistakes &&
+           distance(blurred(name), blurred(meant)) <= kMostMistakes;
 }
 
 } // namespace dolqctl

@@ -62,6 +62,13 @@ std::string pathText(const std::string& path);
 /// "3 files", "1 file".
 std::string counted(std::size_t count, const std::string& what);
 
+/// The letters and digits of `name`, in lower case.
+std::string blurred(const std::string& name);
+
+/// Whether somebody who wrote `name` may have meant `meant`: at most two letters differ, letter
+/// case and punctuation not counted.
+bool isMisspelt(const std::string& name, const std::string& meant);
+
 /// "minor, major": the texts of any list.
 template <typename Texts> std::string joined(const Texts& texts, const char* separator = ", ") {
     std::string all;

@@ -107,10 +107,19 @@ const char* severityText(Severity severity) {
     return severity == Severity::Error ? "error" : "warning";
 }
 
+/// "3,999,990".
+std::string inThousands(std::size_t number) {
+    std::string text = std::to_string(number);
+    for (std::size_t at = text.size(); at > 3;) {
+        text.insert(at -= 3, ",");
+    }
+    return text;
+}
+
 void print(const Finding& finding, Output& output) {
     const Style style = finding.severity == Severity::Error ? Style::Bad : Style::Warning;
     const std::string more =
-        finding.more > 0 ? " (and " + std::to_string(finding.more) + " more)" : "";
+        finding.more > 0 ? " (and " + inThousands(finding.more) + " more)" : "";
     output.line(output.styled(Style::Bold, positionText(finding.position) + ':') + ' ' +
                 output.styled(style, severityText(finding.severity) + std::string(":")) + ' ' +
                 finding.message + more + " [" + finding.rule + ']');

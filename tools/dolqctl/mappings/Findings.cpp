@@ -1,13 +1,11 @@
 #include "mappings/Findings.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
-#include <numeric>
 #include <set>
 #include <utility>
 
@@ -59,32 +57,6 @@ constexpr struct {
                    {"<?", ">", "declaration"},
                    {"<!", ">", "document type"}};
 
-/// How many characters have to be changed, added or removed to make `to` of `from`.
-std::size_t distance(const std::string& from, const std::string& to) {
-    std::vector<std::size_t> row(to.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < from.size(); ++i) {
-        std::size_t diagonal = row[0]++;
-        for (std::size_t j = 0; j < to.size(); ++j) {
-            const std::size_t changed = diagonal + (from[i] == to[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
-        }
-    }
-    return row.back();
-}
-
-/// The letters and digits of `name`, in lower case.
-std::string blurred(const std::string& name) {
-    std::string letters;
-    for (const char c : name) {
-        if (std::isalnum(static_cast<unsigned char>(c)) != 0) {
-            letters += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        }
-    }
-    return letters;
-}
-
 } // namespace
 
 const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name) {
@@ -108,12 +80,6 @@ std::string inShortQuotes(std::string_view text) {
 
 std::string written(const TiXmlAttribute& attribute) {
     return printable(attribute.Name()) + '=' + inShortQuotes(attribute.Value());
-}
-
-bool isMisspelt(const std::string& name, const std::string& meant) {
-    constexpr std::size_t kMostMistakes = 2;
-    return name.size() <= meant.size() + 2 * kMostMistakes &&
-           distance(blurred(name), blurred(meant)) <= kMostMistakes;
 }
 
 PlainText plainText(std::string_view text) {

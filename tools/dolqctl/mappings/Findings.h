@@ -78,10 +78,6 @@ std::string inShortQuotes(std::string_view text);
 /// `name="value"`.
 std::string written(const TiXmlAttribute& attribute);
 
-/// Whether somebody who wrote `name` may have meant `meant`: at most two letters differ, letter
-/// case and punctuation not counted.
-bool isMisspelt(const std::string& name, const std::string& meant);
-
 /// A text, and what it looks like.
 struct PlainText {
     std::string letters; ///< with letters of other alphabets replaced by those they look like
