@@ -77,14 +77,15 @@ void open(AlarmLog& log, const Arguments& arguments) {
     const std::string path = pathText(log.path().string());
     if (!isThere && !arguments.follow) {
         throw CommandError(service.empty()
-                               ? "nothing was sent yet: no log " + path + '\n' + kOtherLogs
+                               ? "there is no log " + path +
+                                     ": none was written, or it was moved\n" + kOtherLogs
                                : elsewhere);
     }
     if (!service.empty()) {
         tell(elsewhere + ".\nThis is the log of the embedded service.");
     }
     if (!isThere) {
-        tell("nothing was sent yet: waiting for the log " + path);
+        tell("there is no log yet: waiting for " + path);
     }
 }
 

@@ -52,10 +52,15 @@ void printText(const Diagnosis& diagnosis, Output& output) {
         }
     }
     output.line();
-    output.line(diagnosis.failures() == 0
-                    ? output.styled(Style::Good, "Found nothing that keeps alarms from being sent.")
-                    : output.styled(Style::Bad, counted(diagnosis.failures(), "check") +
-                                                    " failed: alarms are lost, or programs hang."));
+    if (diagnosis.failures() > 0) {
+        output.line(output.styled(Style::Bad, counted(diagnosis.failures(), "check") +
+                                                  " failed: alarms are lost, or programs hang."));
+    } else if (diagnosis.observations().front().status == Observation::Status::Warning) {
+        output.line(output.styled(Style::Warning,
+                                  "No check failed, but see the warnings: alarms may be lost."));
+    } else {
+        output.line(output.styled(Style::Good, "Found nothing that keeps alarms from being sent."));
+    }
     output.wrapped(kNotTried);
 }
 

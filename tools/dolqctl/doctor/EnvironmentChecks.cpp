@@ -172,16 +172,21 @@ void checkNotificationLog(Diagnosis& diagnosis) {
         (*common::environment("RUXA_NTF_LOG") != '\0' ? "" : " (RUXA_NTF_LOG is not set)");
     const std::string obstacle = obstacleTo(path, true);
     struct stat status {};
+    const bool isThere = ::stat(path.c_str(), &status) == 0;
     struct statvfs disk {};
+    const bool isDisk = ::statvfs(folderOf(path).c_str(), &disk) == 0 && disk.f_blocks != 0;
+    const std::uintmax_t room = disk.f_frsize * (::geteuid() == 0 ? disk.f_bfree : disk.f_bavail);
     if (!obstacle.empty()) {
         diagnosis.fail(kCheck, log + " cannot be written: " + obstacle,
                        "correct RUXA_NTF_LOG or the permissions: the service refuses every alarm");
-    } else if (::stat(path.c_str(), &status) == 0 && isNullDevice(status)) {
+    } else if (isThere && isNullDevice(status)) {
         diagnosis.warn(kCheck, log + " keeps nothing", "set RUXA_NTF_LOG to a file");
-    } else if (::statvfs(folderOf(path).c_str(), &disk) == 0 &&
-               disk.f_frsize * (::geteuid() == 0 ? disk.f_bfree : disk.f_bavail) < kRoom) {
+    } else if (isDisk && (room == 0 || (!isThere && disk.f_files != 0 && disk.f_ffree == 0))) {
         diagnosis.fail(kCheck, log + " has no room: its disk is full",
-                       "make room, or set RUXA_NTF_LOG: the service refuses every alarm");
+                       "make room, or set RUXA_NTF_LOG: the service refuses alarms");
+    } else if (isDisk && room < kRoom) {
+        diagnosis.warn(kCheck, log + " has room for " + std::to_string(room) + " bytes only",
+                       "make room, or set RUXA_NTF_LOG: the service refuses alarms on a full disk");
     } else {
         diagnosis.ok(kCheck, log);
     }

@@ -22,7 +22,9 @@ void checkMappings(Diagnosis& diagnosis, const Discovery& discovery, const Inven
     }
     if (!whyNone.empty()) {
         diagnosis.fail(kLoadModule, whyNone,
-                       "correct ZBN_NO and ZBN_REV, or install the load module with its mappings");
+                       discovery.problems.empty()
+                           ? "correct ZBN_NO and ZBN_REV, or install the load module"
+                           : "correct the manifest, or ZBN_NO and ZBN_REV");
         return;
     }
     const Identity& identity = discovery.identity;
@@ -31,7 +33,7 @@ void checkMappings(Diagnosis& diagnosis, const Discovery& discovery, const Inven
                      " is found; mapping files: " + std::to_string(discovery.mappingFiles.size()));
     const std::size_t mappings = inventory.mappings.size();
     for (const Mistake& mistake : inventory.unreadable) {
-        diagnosis.warn(kMappings, positionText(mistake.position) + ": " + mistake.text,
+        diagnosis.fail(kMappings, positionText(mistake.position) + ": " + mistake.text,
                        "correct the file: none of its mappings is used");
     }
     if (mappings == 0) {

@@ -145,6 +145,10 @@ int run(const Arguments& arguments, Output& output) {
             throw CommandError("there is no rule " + inQuotes(rule) + "; the rules are " +
                                joined(kRules));
         }
+        if (rule == "not-loaded" || rule == "no-mapping") {
+            throw CommandError("the rule " + inQuotes(rule) +
+                               " cannot be allowed: nothing of such a file is used");
+        }
     }
     const Files files = filesOf(arguments);
     MappingFileChecker checker(kMostOfOneRule);
