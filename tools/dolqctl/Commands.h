@@ -1,11 +1,14 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace dolqctl {
 
-class CommandLine;
+class Output;
 
 /// What the shell is told.
 enum ExitCode {
@@ -21,13 +24,86 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// The commands, in the order of the help.
-void addMappingsCommand(CommandLine& commandLine);
-void addCheckCommand(CommandLine& commandLine);
-void addExplainCommand(CommandLine& commandLine);
-void addRaiseCommand(CommandLine& commandLine);
-void addCeaseCommand(CommandLine& commandLine);
-void addAlarmsCommand(CommandLine& commandLine);
-void addDoctorCommand(CommandLine& commandLine);
+/// Runs the command that the arguments name and returns its exit code. Throws CommandError, and
+/// what the command throws.
+int runCommandLine(int argc, char** argv);
+
+// What the commands are given, and the commands: each prints its answer and returns the exit code.
+// An option that is not given is empty.
+
+/// Which load module a program belongs to.
+struct Identity {
+    std::string productNumber;
+    std::string revision;
+};
+
+struct MappingsArguments {
+    Identity identity;
+    std::optional<std::uint32_t> faultId;
+    std::optional<std::string> moClass;
+    std::optional<std::string> alarm; ///< as written, e.g. 2/17
+    bool json = false;
+};
+int runMappings(const MappingsArguments& arguments, Output& output);
+
+struct CheckArguments {
+    std::vector<std::string> files;
+    bool discovered = false; ///< instead of `files`, those of the load module
+    Identity identity;
+    std::vector<std::string> allowed; ///< rules
+    bool strict = false;
+    bool json = false;
+};
+int runCheck(const CheckArguments& arguments, Output& output);
+
+struct ExplainArguments {
+    std::uint32_t faultId = 0;
+    std::string object;
+    Identity identity;
+    bool identityGiven = false; ///< each alarm names the program's system and compute node
+    std::optional<std::string> pid;
+    bool json = false;
+};
+int runExplain(const ExplainArguments& arguments, Output& output);
+
+struct CeaseArguments {
+    std::uint32_t faultId = 0;
+    std::string object;
+    Identity identity;
+    bool verbose = false;
+};
+int runCease(const CeaseArguments& arguments, Output& output);
+
+struct RaiseArguments : CeaseArguments {
+    std::uint32_t severity = 0; ///< a client's code
+    std::string text;
+    std::vector<std::string> info;
+    std::optional<std::uint32_t> programGroup; ///< a client's code
+    std::vector<std::uint32_t> eventIds;
+    std::vector<std::string> eventUuids; ///< instead of `eventIds`
+    std::string systemUuid;
+    std::string computeName;
+};
+int runRaise(const RaiseArguments& arguments, Output& output);
+
+struct AlarmsArguments {
+    std::string log;
+    std::string severity; ///< as written, e.g. major+
+    std::string object;
+    std::string since;                 ///< as written, e.g. 2h
+    std::optional<std::uint32_t> sort; ///< 0: by severity, 1: by time
+    std::optional<std::uint32_t> limit;
+    bool history = false;
+    bool follow = false;
+    bool isLong = false;
+    bool json = false;
+};
+int runAlarms(const AlarmsArguments& arguments, Output& output);
+
+struct DoctorArguments {
+    std::optional<std::string> pid;
+    bool json = false;
+};
+int runDoctor(const DoctorArguments& arguments, Output& output);
 
 } // namespace dolqctl

@@ -28,6 +28,15 @@ bool wantsColours() {
 /// Indexed by `Style`: the number of the terminal's attribute.
 constexpr const char* kAttributes[] = {"0", "1", "2", "32", "33", "31"};
 
+/// How many characters a line of the terminal has room for; no bound for what is no terminal.
+std::size_t widthOf(int file) {
+    winsize size{};
+    if (ioctl(file, TIOCGWINSZ, &size) != 0) {
+        return std::numeric_limits<std::size_t>::max();
+    }
+    return size.ws_col != 0 ? size.ws_col : 80;
+}
+
 std::string dump(const nlohmann::ordered_json& json, int indent) {
     return json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
@@ -56,13 +65,7 @@ Output::Output()
     std::setlocale(LC_CTYPE, "C.UTF-8");
 }
 
-std::size_t Output::width() const {
-    winsize size{};
-    if (!m_isTerminal) {
-        return std::numeric_limits<std::size_t>::max();
-    }
-    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : 80;
-}
+std::size_t Output::width() const { return widthOf(STDOUT_FILENO); }
 
 std::string Output::styled(Style style, std::string_view text) const {
     if (!m_colours || style == Style::Plain) {
@@ -75,17 +78,7 @@ std::string Output::styled(Style style, std::string_view text) const {
 void Output::line(std::string_view text) { m_stream << text << '\n'; }
 
 void Output::wrapped(const std::string& text, const std::string& indent) {
-    std::istringstream words(text);
-    std::string current;
-    for (std::string word; std::getline(words, word, ' ');) { // blanks inside quotes stay
-        if (!current.empty() &&
-            indent.size() + displayWidth(current) + 1 + displayWidth(word) > width()) {
-            m_stream << current << '\n' << indent;
-            current.clear();
-        }
-        current += (current.empty() ? "" : " ") + word;
-    }
-    line(current);
+    line(dolqctl::wrapped(text, width(), indent));
 }
 
 void Output::print(const nlohmann::ordered_json& json) { line(dump(json, 2)); }
@@ -94,9 +87,29 @@ void Output::printLine(const nlohmann::ordered_json& json) { line(dump(json, -1)
 
 bool Output::flush() { return static_cast<bool>(m_stream.flush()); }
 
+std::string wrapped(const std::string& text, std::size_t width, const std::string& indent) {
+    if (const std::size_t end = text.find('\n'); end != text.npos) {
+        return wrapped(text.substr(0, end), width, indent) + '\n' +
+               wrapped(text.substr(end + 1), width, indent);
+    }
+    std::string lines;
+    std::size_t column = indent.size();
+    std::istringstream words(text);
+    for (std::string word; std::getline(words, word, ' ');) { // blanks inside quotes stay
+        const bool fits = column + 1 + displayWidth(word) <= width;
+        if (!lines.empty()) {
+            lines += fits ? " " : '\n' + indent;
+            column = fits ? column + 1 : indent.size();
+        }
+        lines += word;
+        column += displayWidth(word);
+    }
+    return lines;
+}
+
 void tell(const std::string& text) {
     std::cout.flush();
-    std::cerr << "dolqctl: " << text << '\n';
+    std::cerr << wrapped("dolqctl: " + text, widthOf(STDERR_FILENO)) << '\n';
 }
 
 std::string inQuotes(std::string_view text) { return '"' + common::escapedText(text) + '"'; }

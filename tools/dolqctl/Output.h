@@ -46,7 +46,10 @@ private:
     std::ostream& m_stream;
 };
 
-/// "dolqctl: <text>" on standard error, behind what was printed before.
+/// `text` in lines that are at most so wide, all but the first indented. It may have lines itself.
+std::string wrapped(const std::string& text, std::size_t width, const std::string& indent = {});
+
+/// "dolqctl: <text>" on standard error, behind what was printed before, wrapped for a terminal.
 void tell(const std::string& text);
 
 /// `text` made fit for a terminal, in quotes also when it is empty.

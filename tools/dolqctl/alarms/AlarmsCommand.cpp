@@ -2,14 +2,13 @@
 #include <csignal>
 #include <ctime>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <tuple>
 
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
-#include "Options.h"
+#include "Output.h"
 #include "alarms/AlarmFilter.h"
 #include "alarms/AlarmList.h"
 #include "alarms/AlarmLog.h"
@@ -23,36 +22,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr char kFooter[] =
-    R"(The log is the one that the embedded notification service writes: --log, or
-else RUXA_NTF_LOG, or else ruxa/notifications.jsonl in XDG_STATE_HOME or
-~/.local/state. Notifications of one object and one notification class are one
-alarm: the latest raise says what it is, and a cease ends it. Lines that are no
-notifications are counted, reported on standard error and left out.
-
-With --follow the active alarms come first, then every change until SIGINT or
-SIGTERM, which end the command with exit code 0. It goes on when the log is
-rotated or truncated; alarms stay active until they are ceased. --json then
-prints one document a line.
-
-Example:
-  dolqctl alarms --severity major+ --object managedElement=1 --since 2h)";
-
 constexpr char kOtherLogs[] =
     "Other users, and programs with another RUXA_NTF_LOG, log elsewhere: see --log.";
-
-struct Arguments {
-    std::string log;
-    std::string severity;
-    std::string object;
-    std::string since;
-    std::optional<std::uint32_t> sort; // 0: by severity, 1: by time
-    std::optional<std::uint32_t> limit;
-    bool history = false;
-    bool follow = false;
-    bool isLong = false;
-    bool json = false;
-};
 
 volatile std::sig_atomic_t hasEnded = 0;
 
@@ -64,7 +35,7 @@ void endOnSignals() {
     sigaction(SIGTERM, &action, nullptr);
 }
 
-void open(AlarmLog& log, const Arguments& arguments) {
+void open(AlarmLog& log, const AlarmsArguments& arguments) {
     if (log.path().empty()) {
         throw CommandError("neither RUXA_NTF_LOG nor XDG_STATE_HOME nor HOME says where the "
                            "notification log is: set RUXA_NTF_LOG, or give --log");
@@ -128,7 +99,7 @@ std::vector<const Alarm*> inOrder(const AlarmList& list, const std::vector<Alarm
 
 const char* stateText(const Alarm& alarm) { return alarm.endTimeNs ? "ceased" : "active"; }
 
-void printSummary(const Arguments& arguments, const AlarmLog& log,
+void printSummary(const AlarmsArguments& arguments, const AlarmLog& log,
                   const std::vector<const Alarm*>& alarms, std::size_t shown, Output& output) {
     const bool isFiltered = !(arguments.severity + arguments.object + arguments.since).empty();
     const std::string what = arguments.history ? "alarm" : "active alarm";
@@ -148,7 +119,9 @@ void printSummary(const Arguments& arguments, const AlarmLog& log,
     }
 }
 
-int run(const Arguments& arguments, Output& output) {
+} // namespace
+
+int runAlarms(const AlarmsArguments& arguments, Output& output) {
     const AlarmFilter filter(arguments.severity, arguments.object, arguments.since);
     AlarmLog log(arguments.log.empty() ? platform::ntf::notificationLogPath()
                                        : std::filesystem::path(arguments.log),
@@ -217,30 +190,6 @@ int run(const Arguments& arguments, Output& output) {
         }
     }
     return kFine;
-}
-
-} // namespace
-
-void addAlarmsCommand(CommandLine& commandLine) {
-    const auto arguments = std::make_shared<Arguments>();
-    Options options =
-        commandLine.add("alarms", "List the active alarms", kFooter,
-                        [arguments](Output& output) { return run(*arguments, output); });
-    options.value("--log", "FILE", arguments->log, "The notification log to read");
-    options.flag("--history", arguments->history, "Also the alarms that were ceased");
-    options.value("--severity", joined(common::kClientSeverityNames, "|"), arguments->severity,
-                  "Only these, joined by commas; minor+ means minor and worse");
-    options.value("--object", "DN", arguments->object,
-                  "Only this notification object and those it contains, e.g. managedElement=1");
-    options.value("--since", "TIME", arguments->since,
-                  "Only those raised or ceased since then: 2024-02-29T12:34:56Z, or 90s, 10m, "
-                  "6h, 2d ago");
-    options.choice("--sort", {"severity", "time"}, arguments->sort,
-                   "The worst first, or the latest first, as --history does by default");
-    options.id("--limit", arguments->limit, "Only the first so many of the list", "N");
-    options.flag("--long", arguments->isLong, "All that an alarm says, below its line");
-    options.flag("--follow", arguments->follow, "Then wait for changes and print each");
-    options.flag("--json", arguments->json, "Print JSON");
 }
 
 } // namespace dolqctl

@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <functional>
 #include <iterator>
-#include <memory>
 #include <optional>
 #include <regex>
 #include <sstream>
@@ -16,7 +15,7 @@
 
 #include "Commands.h"
 #include "Library.h"
-#include "Options.h"
+#include "Output.h"
 #include "alarms/AlarmLog.h"
 #include "common/AisNames.h"
 #include "common/AlarmNames.h"
@@ -114,55 +113,7 @@ namespace {
 
 using ruxa::fm::fmi::v1::FaultManagementI;
 
-constexpr char kRaiseFooter[] =
-    R"(An event that is given once makes a primary alarm, which may also be without
-any; events that are given more than once make a secondary alarm.
-
-The traces of the call go to where RUXA_TRACE_SINK says, or else to standard
-error; without RUXA_TRACE_GROUPS, those of groups 0 (failures) and 4 (calls).
-Exit code 1: the service did not accept it.
-
-Example:
-  dolqctl raise --object managedElement=1,Board=3 --fault 4101 \
-      --severity major --text 'Temperature too high' --event-id 4711)";
-
-constexpr char kCeaseFooter[] =
-    R"(The traces go where those of 'dolqctl raise' go. Exit code 1: the service did
-not accept it. Whether such an alarm is active is not looked at.
-
-Example:
-  dolqctl cease --object managedElement=1,Board=3 --fault 4101)";
-
 constexpr std::uint32_t kNoProgramGroup = std::size(common::kProgramGroupNames) - 1;
-
-/// What raising and ceasing have in common.
-struct AlarmArguments {
-    std::string object;
-    std::uint32_t faultId = 0;
-    Identity identity;
-    bool verbose = false;
-};
-
-struct RaiseArguments : AlarmArguments {
-    std::string text;
-    std::vector<std::string> info;
-    std::optional<std::uint32_t> severity;
-    std::optional<std::uint32_t> programGroup;
-    std::string systemUuid;
-    std::string computeName;
-    std::vector<std::uint32_t> eventIds;
-    std::vector<std::string> eventUuids;
-};
-
-void addAlarmOptions(Options& options, AlarmArguments& arguments) {
-    options
-        .value("--object", "DN", arguments.object,
-               "Notification object, e.g. managedElement=1,Board=3")
-        .required();
-    options.id("--fault", arguments.faultId, "Fault id").required();
-    addIdentityOptions(options, arguments.identity);
-    options.flag("--verbose", arguments.verbose, "Show the traces of group 8 (details), too");
-}
 
 /// As a word of a command line.
 std::string quoted(const std::string& word) {
@@ -170,7 +121,7 @@ std::string quoted(const std::string& word) {
 }
 
 /// What explains why there is no alarm. In this shell's environment, not that of --product.
-std::string explainCommand(const AlarmArguments& arguments) {
+std::string explainCommand(const CeaseArguments& arguments) {
     const auto& [productNumber, revision] = arguments.identity;
     const bool isGiven = productNumber != common::environment("ZBN_NO") ||
                          revision != common::environment("ZBN_REV");
@@ -181,7 +132,7 @@ std::string explainCommand(const AlarmArguments& arguments) {
 }
 
 /// Calls `operation` on an adapter of the library, and tells what came of it and what to do next.
-int send(const AlarmArguments& arguments, Output& output,
+int send(const CeaseArguments& arguments, Output& output,
          const std::function<void(FaultManagementI&)>& operation) {
     using namespace ruxa::fm::dolq::v2;
     std::string next = explainCommand(arguments);
@@ -215,18 +166,20 @@ int send(const AlarmArguments& arguments, Output& output,
     return isSent ? kFine : kFindings;
 }
 
-int raise(const RaiseArguments& arguments, Output& output) {
+} // namespace
+
+int runRaise(const RaiseArguments& arguments, Output& output) {
     return send(arguments, output, [&](FaultManagementI& alarms) {
         const auto raiseFor = [&](const auto& events) {
             using Event = typename std::decay_t<decltype(events)>::value_type;
             if (events.size() > 1) {
                 alarms.raiseSecondaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
-                                           arguments.info, *arguments.severity,
-                                           arguments.systemUuid, arguments.computeName, events,
+                                           arguments.info, arguments.severity, arguments.systemUuid,
+                                           arguments.computeName, events,
                                            arguments.programGroup.value_or(kNoProgramGroup));
             } else {
                 alarms.raisePrimaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
-                                         arguments.info, *arguments.severity,
+                                         arguments.info, arguments.severity,
                                          events.empty() ? Event() : events.front(),
                                          arguments.systemUuid, arguments.computeName,
                                          arguments.programGroup.value_or(kNoProgramGroup));
@@ -237,46 +190,10 @@ int raise(const RaiseArguments& arguments, Output& output) {
     });
 }
 
-} // namespace
-
-void addRaiseCommand(CommandLine& commandLine) {
-    const auto arguments = std::make_shared<RaiseArguments>();
-    Options options =
-        commandLine.add("raise", "Raise an alarm through the library", kRaiseFooter,
-                        [arguments](Output& output) { return raise(*arguments, output); });
-    addAlarmOptions(options, *arguments);
-    options
-        .choice("--severity",
-                {std::begin(common::kClientSeverityNames), std::end(common::kClientSeverityNames)},
-                arguments->severity, "How severe it is")
-        .required();
-    options.value("--text", "TEXT", arguments->text, "Additional text");
-    options.value("--info", "TEXT", arguments->info,
-                  "An entry of additional information; repeatable");
-    options.choice("--program-group",
-                   {std::begin(common::kProgramGroupNames), std::end(common::kProgramGroupNames)},
-                   arguments->programGroup, "The program group that it concerns");
-    const auto eventIds =
-        options.id("--event-id", arguments->eventIds, "The event that caused it; repeatable");
-    options
-        .value("--uuid", "UUID", arguments->eventUuids,
-               "The correlation UUID of the event that caused it; repeatable")
-        .excludes(eventIds);
-    options.value("--system-uuid", "UUID", arguments->systemUuid,
-                  "The reporting system; by default the environment's SYSTEM_UUID");
-    options.value("--compute-name", "NAME", arguments->computeName,
-                  "The reporting computer; by default the environment's COMPUTE_NAME");
-}
-
-void addCeaseCommand(CommandLine& commandLine) {
-    const auto arguments = std::make_shared<AlarmArguments>();
-    Options options = commandLine.add(
-        "cease", "Cease an alarm through the library", kCeaseFooter, [arguments](Output& output) {
-            return send(*arguments, output, [&](FaultManagementI& alarms) {
-                alarms.ceaseAlarm(arguments->object, arguments->faultId, {});
-            });
-        });
-    addAlarmOptions(options, *arguments);
+int runCease(const CeaseArguments& arguments, Output& output) {
+    return send(arguments, output, [&](FaultManagementI& alarms) {
+        alarms.ceaseAlarm(arguments.object, arguments.faultId, {});
+    });
 }
 
 } // namespace dolqctl

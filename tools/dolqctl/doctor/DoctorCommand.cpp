@@ -1,29 +1,17 @@
 #include <cstring>
-#include <memory>
 #include <optional>
 #include <string>
 
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
-#include "Options.h"
+#include "Output.h"
 #include "ProgramEnvironment.h"
 #include "doctor/Diagnosis.h"
 
 namespace dolqctl {
 
 namespace {
-
-constexpr char kFooter[] =
-    R"(Looks at the surroundings as they are for programs started from this shell, and
-tells the worst first. It opens a session with the notification service and has
-a notification allocated, but sends none: its last lines say what is not tried.
-
-Exit code 0: found nothing that keeps alarms from being sent, warnings or not.
-1: found something.
-
-Example:
-  ZBN_NO=CXC1370001 ZBN_REV=R1A dolqctl doctor)";
 
 constexpr char kNotTried[] =
     "Not tried: whether the service accepts an alarm and delivers it ('dolqctl raise' sends one). A "
@@ -78,12 +66,9 @@ void printJson(const Diagnosis& diagnosis, Output& output) {
     output.print(json);
 }
 
-struct Arguments {
-    std::optional<std::string> pid;
-    bool json = false;
-};
+} // namespace
 
-int run(const Arguments& arguments, Output& output) {
+int runDoctor(const DoctorArguments& arguments, Output& output) {
     if (arguments.pid) {
         takeOnProgram(*arguments.pid);
     }
@@ -96,18 +81,6 @@ int run(const Arguments& arguments, Output& output) {
     checkNtfService(diagnosis);
     (arguments.json ? printJson : printText)(diagnosis, output);
     return diagnosis.failures() == 0 ? kFine : kFindings;
-}
-
-} // namespace
-
-void addDoctorCommand(CommandLine& commandLine) {
-    const auto arguments = std::make_shared<Arguments>();
-    Options options =
-        commandLine.add("doctor", "Check the surroundings that an alarm needs", kFooter,
-                        [arguments](Output& output) { return run(*arguments, output); });
-    options.value("--pid", "PID", arguments->pid,
-                  "Judge the surroundings of a running program instead");
-    options.flag("--json", arguments->json, "Print JSON");
 }
 
 } // namespace dolqctl

@@ -2,33 +2,19 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <memory>
 #include <system_error>
 
 #include <nlohmann/json.hpp>
 #include <sys/mman.h>
 
 #include "Commands.h"
-#include "Options.h"
+#include "Output.h"
 #include "mappings/Checkers.h"
 #include "mappings/Discovery.h"
 
 namespace dolqctl {
 
 namespace {
-
-constexpr char kFooter[] =
-    R"(Each finding is one line: FILE:LINE:COLUMN: SEVERITY: MESSAGE [RULE]. An error
-is a mapping that is lost or not what is written, a warning something that works
-but was hardly meant. Of one rule, severity and file, ten are shown. Mapping
-files are read one on top of the other, as those of one load module are.
-Manifests of load modules are known by their root element.
-
-Exit codes: 0 no error; 1 errors, with --strict warnings, or load modules that
-could not be asked for their files; 2 wrong usage, or no file to check.
-
-Example, in the source or in the folder of the installed documents:
-  dolqctl check --allow override examples/loadmodules/alarm-client/*.xml)";
 
 constexpr std::string_view kRules[] = {
     "behind-root",         "beyond-32-bits",    "blank-in-class",    "blank-in-number",
@@ -43,22 +29,13 @@ constexpr std::string_view kRules[] = {
 constexpr std::size_t kMostOfOneRule = 10;
 constexpr char kStandardInput[] = "-";
 
-struct Arguments {
-    std::vector<std::string> files;
-    bool discovered = false;
-    Identity identity;
-    std::vector<std::string> allowed;
-    bool strict = false;
-    bool json = false;
-};
-
 struct Files {
     std::vector<std::string> paths; ///< in reading order, each file once
     bool isComplete = true;         ///< the load-module handler could be asked for all of them
 };
 
 /// The files that are named, or those of the load module.
-Files filesOf(const Arguments& arguments) {
+Files filesOf(const CheckArguments& arguments) {
     silenceTraces();
     Files files;
     std::vector<std::string> found = arguments.files;
@@ -139,7 +116,9 @@ nlohmann::ordered_json jsonOf(const Finding& finding) {
     return json;
 }
 
-int run(const Arguments& arguments, Output& output) {
+} // namespace
+
+int runCheck(const CheckArguments& arguments, Output& output) {
     for (const std::string& rule : arguments.allowed) {
         if (std::find(std::begin(kRules), std::end(kRules), rule) == std::end(kRules)) {
             throw CommandError("there is no rule " + inQuotes(rule) + "; the rules are " +
@@ -183,26 +162,6 @@ int run(const Arguments& arguments, Output& output) {
     }
     return !files.isComplete || errors > 0 || (arguments.strict && warnings > 0) ? kFindings
                                                                                  : kFine;
-}
-
-} // namespace
-
-void addCheckCommand(CommandLine& commandLine) {
-    const auto arguments = std::make_shared<Arguments>();
-    Options options =
-        commandLine.add("check", "Find the mistakes in alarm mapping files and manifests", kFooter,
-                        [arguments](Output& output) { return run(*arguments, output); });
-    const auto files = options.files(
-        arguments->files, "Mapping files, in reading order, and manifests; - is standard input");
-    options
-        .flag("--discovered", arguments->discovered,
-              "The mapping files of the load module, as the library finds them")
-        .excludes(files);
-    addIdentityOptions(options, arguments->identity);
-    options.value("--allow", "RULE", arguments->allowed,
-                  "Leave out the findings of a rule; repeatable");
-    options.flag("--strict", arguments->strict, "Exit with 1 also for warnings");
-    options.flag("--json", arguments->json, "Print JSON");
 }
 
 } // namespace dolqctl

@@ -10,7 +10,6 @@
 #include <nlohmann/json.hpp>
 
 #include "Library.h"
-#include "Options.h"
 #include "Output.h"
 #include "common/Environment.h"
 #include "mappings/Checkers.h"
@@ -116,14 +115,6 @@ std::vector<std::string> problemsOf(const Discovery& discovery) {
 }
 
 } // namespace
-
-void addIdentityOptions(Options& options, Identity& identity) {
-    options
-        .value("--product", "NUMBER", identity.productNumber, "Product number of the load module")
-        .orFrom("ZBN_NO");
-    options.value("--revision", "NAME", identity.revision, "Revision of the load module")
-        .orFrom("ZBN_REV");
-}
 
 void to_json(nlohmann::ordered_json& json, const Discovery::LoadModule& loadModule) {
     json = {{"category", loadModule.category},

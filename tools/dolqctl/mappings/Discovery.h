@@ -5,20 +5,12 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "Commands.h"
+
 namespace dolqctl {
 
 class Diagnosis;
-class Options;
 struct Inventory;
-
-/// Which load module a program belongs to.
-struct Identity {
-    std::string productNumber;
-    std::string revision;
-};
-
-/// --product and --revision, by default what the environment says.
-void addIdentityOptions(Options& options, Identity& identity);
 
 /// The library's walk over the node's load modules, written down.
 struct Discovery {

@@ -1,10 +1,9 @@
-#include <memory>
 #include <optional>
 
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
-#include "Options.h"
+#include "Output.h"
 #include "ProgramEnvironment.h"
 #include "mappings/Discovery.h"
 #include "mappings/Explanation.h"
@@ -12,25 +11,6 @@
 namespace dolqctl {
 
 namespace {
-
-constexpr char kFooter[] =
-    R"(Opens a session with the notification service as 'doctor' does; sends nothing.
-
-Exit codes: 0 a raise would go out; 1 it would not, or only on a condition;
-2 wrong usage.
-
-Example:
-  dolqctl explain --product CXC1370001 --revision R1A \
-      --fault 4102 --object Shelf=1,Port=3)";
-
-struct Arguments {
-    Identity identity;
-    std::uint32_t faultId = 0;
-    std::string object;
-    std::optional<std::string> pid;
-    bool identityGiven = false;
-    bool json = false;
-};
 
 nlohmann::ordered_json jsonOf(const Explanation& explanation, const Identity& identity) {
     using Json = nlohmann::ordered_json;
@@ -94,7 +74,9 @@ void printText(const Explanation& explanation, const Discovery& discovery, Outpu
     }
 }
 
-int run(const Arguments& arguments, Output& output) {
+} // namespace
+
+int runExplain(const ExplainArguments& arguments, Output& output) {
     if (arguments.pid) {
         takeOnProgram(*arguments.pid);
     }
@@ -108,26 +90,6 @@ int run(const Arguments& arguments, Output& output) {
         printText(explanation, discovery, output);
     }
     return explanation.obstacles.empty() && explanation.conditions.empty() ? kFine : kFindings;
-}
-
-} // namespace
-
-void addExplainCommand(CommandLine& commandLine) {
-    const auto arguments = std::make_shared<Arguments>();
-    Options options = commandLine.add(
-        "explain", "Tell whether a fault on an object would raise an alarm, and why not", kFooter,
-        [arguments](Output& output) { return run(*arguments, output); });
-    options.id("--fault", arguments->faultId, "Fault id").required();
-    options
-        .value("--object", "DN", arguments->object,
-               "Notification object, a distinguished name such as Shelf=1,Port=3")
-        .required();
-    addIdentityOptions(options, arguments->identity);
-    options.flag("--identity-given", arguments->identityGiven,
-                 "The program names its system and compute node with each alarm");
-    options.value("--pid", "PID", arguments->pid,
-                  "Judge the surroundings of a running program instead");
-    options.flag("--json", arguments->json, "Print JSON");
 }
 
 } // namespace dolqctl

@@ -1,11 +1,10 @@
-#include <memory>
 #include <optional>
 #include <regex>
 
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
-#include "Options.h"
+#include "Output.h"
 #include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
 #include "mappings/Inventory.h"
@@ -13,21 +12,6 @@
 namespace dolqctl {
 
 namespace {
-
-constexpr char kFooter[] =
-    R"(Exit codes: 0 all mappings were read; 1 nothing to show, or something could not
-be read; 2 wrong usage.
-
-Example:
-  dolqctl mappings --product CXC1370001 --revision R1A --alarm 2/17)";
-
-struct Arguments {
-    Identity identity;
-    std::optional<std::uint32_t> faultId;
-    std::optional<std::string> moClass;
-    std::optional<std::string> alarm;
-    bool json = false;
-};
 
 /// Of "2/17", or of the number that stands in a mapping file.
 std::uint32_t minorTypeOf(const std::string& alarm) {
@@ -44,7 +28,7 @@ std::uint32_t minorTypeOf(const std::string& alarm) {
                        " is no alarm: give major and minor id, as in 2/17, or the minor type");
 }
 
-Mappings chosen(const Mappings& all, const Arguments& arguments) {
+Mappings chosen(const Mappings& all, const MappingsArguments& arguments) {
     const auto minorType =
         arguments.alarm ? std::optional(minorTypeOf(*arguments.alarm)) : std::nullopt;
     Mappings mappings;
@@ -110,7 +94,9 @@ nlohmann::ordered_json jsonOf(const Discovery& discovery, const Inventory& inven
     return json;
 }
 
-int run(const Arguments& arguments, Output& output) {
+} // namespace
+
+int runMappings(const MappingsArguments& arguments, Output& output) {
     const Discovery discovery = discover(arguments.identity);
     const Inventory inventory = readMappingFiles(discovery.mappingFiles);
     const Mappings mappings = chosen(inventory.mappings, arguments);
@@ -131,22 +117,6 @@ int run(const Arguments& arguments, Output& output) {
     }
     const bool isComplete = discovery.failedCategories.empty() && inventory.unreadable.empty();
     return isComplete && !mappings.empty() ? kFine : kFindings;
-}
-
-} // namespace
-
-void addMappingsCommand(CommandLine& commandLine) {
-    const auto arguments = std::make_shared<Arguments>();
-    Options options = commandLine.add(
-        "mappings", "Show which mappings a load module's programs get, and from which file",
-        kFooter, [arguments](Output& output) { return run(*arguments, output); });
-    addIdentityOptions(options, arguments->identity);
-    options.id("--fault", arguments->faultId, "Only mappings of this fault id");
-    options.value("--class", "NAME", arguments->moClass,
-                  "Only mappings of this managed object class, byte for byte");
-    options.value("--alarm", "MAJOR/MINOR", arguments->alarm,
-                  "Only mappings to this alarm, for instance 2/17, or a minor type");
-    options.flag("--json", arguments->json, "Print JSON");
 }
 
 } // namespace dolqctl

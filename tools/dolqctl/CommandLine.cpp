@@ -1,0 +1,420 @@
+// Everything that can be typed behind "dolqctl". The help texts are the only list of options: the
+// man page and the completion are made of them. The only file that includes the argument parser,
+// whose header takes longer than all else here.
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <iterator>
+#include <memory>
+#include <regex>
+#include <system_error>
+#include <utility>
+
+#include <CLI/CLI.hpp>
+
+#include "Commands.h"
+#include "Library.h"
+#include "Output.h"
+#include "common/AlarmNames.h"
+
+namespace dolqctl {
+
+namespace {
+
+/// Wraps the help texts of options; those of commands fit.
+class HelpFormatter : public CLI::Formatter {
+    std::string make_option_desc(const CLI::Option* option) const override {
+        constexpr std::size_t kLineWidth = 80;
+        return wrapped(option->get_description(), kLineWidth - get_column_width());
+    }
+};
+
+/// The version of this program, and which files it loads for alarms, a line each.
+std::string versionText() {
+    constexpr std::pair<const char*, const char*> kParts[] = {
+        {"library", kDolqLibrary},
+        {"trace backend", kTraceLibrary},
+        {"correlation service", kCorrelationLibrary},
+        {"load-module handler", kLoadModuleLibrary},
+        {"NTF library", kNtfLibrary}};
+    std::string text = "dolqctl " DOLQCTL_VERSION;
+    for (const auto& [part, soname] : kParts) {
+        const Library library(soname);
+        std::error_code error;
+        const auto file = std::filesystem::canonical(library.file(), error);
+        const std::string id = library.buildId();
+        text += std::string("\n") + part + ": " +
+                (!library.isLoaded() ? library.error()
+                                     : (error ? library.file() : file.string()) + ", " +
+                                           (id.empty() ? "without a build id" : "build id " + id));
+    }
+    return text;
+}
+
+/// Empty for a number that is decimal, or hexadecimal with 0x. One with a leading 0 is refused: it
+/// would be octal to some and decimal to others.
+std::string problemOfNumber(const std::string& text) {
+    const bool isHexadecimal = text.rfind("0x", 0) == 0 || text.rfind("0X", 0) == 0;
+    const char* const end = text.data() + text.size();
+    std::uint32_t number = 0;
+    const auto result = std::from_chars(text.data() + (isHexadecimal ? 2 : 0), end, number,
+                                        isHexadecimal ? 16 : 10);
+    if (result.ec == std::errc::invalid_argument || result.ptr != end) {
+        return inQuotes(text) + " is no number: give a decimal one, or hexadecimal with 0x";
+    }
+    if (result.ec != std::errc{}) {
+        return inQuotes(text) + " is too large: 4294967295 is the largest";
+    }
+    return isHexadecimal || text == "0" || text.front() != '0'
+               ? std::string()
+               : inQuotes(text) + " begins with 0: give it without, or hexadecimal with 0x";
+}
+
+/// `type` stands for the value in the help. A vector takes a value each time the option is given.
+template <typename Value>
+CLI::Option* addValue(CLI::App& command, const char* option, const std::string& type, Value& value,
+                      const char* help) {
+    return command.add_option(option, value, help)->type_name(type)->allow_extra_args(false);
+}
+
+/// An option whose value is one of `names`: `place` becomes its place there.
+template <typename Names, typename Place>
+CLI::Option* addChoice(CLI::App& command, const char* option, const Names& names, Place& place,
+                       const char* help) {
+    const auto toPlace = [&names](std::string& text) {
+        const auto found = std::find(std::begin(names), std::end(names), text);
+        if (found == std::end(names)) {
+            return inQuotes(text) + " is none of " + joined(names);
+        }
+        text = std::to_string(found - std::begin(names));
+        return std::string();
+    };
+    return addValue(command, option, joined(names, "|"), place, help)
+        ->transform(CLI::Validator(toPlace, ""));
+}
+
+void addFaultAndObject(CLI::App& command, std::uint32_t& faultId, std::string& object) {
+    addValue(command, "--fault", "ID", faultId, "Fault id")->check(problemOfNumber)->required();
+    addValue(command, "--object", "DN", object,
+             "Notification object, e.g. managedElement=1,Board=3")
+        ->required();
+}
+
+void addIdentity(CLI::App& command, Identity& identity) {
+    addValue(command, "--product", "NUMBER", identity.productNumber,
+             "Product number of the load module")
+        ->envname("ZBN_NO");
+    addValue(command, "--revision", "NAME", identity.revision, "Revision of the load module")
+        ->envname("ZBN_REV");
+}
+
+void addPid(CLI::App& command, std::optional<std::string>& pid) {
+    addValue(command, "--pid", "PID", pid, "Judge the surroundings of a running program instead");
+}
+
+void addJson(CLI::App& command, bool& json) { command.add_flag("--json", json, "Print JSON"); }
+
+// The commands, in the order of the help.
+
+CLI::App& addMappings(CLI::App& program, MappingsArguments& arguments) {
+    CLI::App& command =
+        *program.add_subcommand("mappings", "Show which mappings programs get, and from where");
+    addIdentity(command, arguments.identity);
+    addValue(command, "--fault", "ID", arguments.faultId, "Only mappings of this fault id")
+        ->check(problemOfNumber);
+    addValue(command, "--class", "NAME", arguments.moClass,
+             "Only mappings of this managed object class, byte for byte");
+    addValue(command, "--alarm", "MAJOR/MINOR", arguments.alarm,
+             "Only mappings to this alarm, for instance 2/17, or a minor type");
+    addJson(command, arguments.json);
+    command.footer(
+        R"(Exit codes: 0 all mappings were read; 1 nothing to show, or something could not
+be read; 2 wrong usage.
+
+Example:
+  dolqctl mappings --product CXC1370001 --revision R1A --alarm 2/17)");
+    return command;
+}
+
+CLI::App& addCheck(CLI::App& program, CheckArguments& arguments) {
+    CLI::App& command =
+        *program.add_subcommand("check", "Find mistakes in mapping files and manifests");
+    CLI::Option* const files =
+        command
+            .add_option("FILE", arguments.files,
+                        "Mapping files, in reading order, and manifests; - is standard input")
+            ->type_name("");
+    command
+        .add_flag("--discovered", arguments.discovered,
+                  "The mapping files of the load module, as the library finds them")
+        ->excludes(files);
+    addIdentity(command, arguments.identity);
+    addValue(command, "--allow", "RULE", arguments.allowed,
+             "Leave out the findings of a rule; repeatable");
+    command.add_flag("--strict", arguments.strict, "Exit with 1 also for warnings");
+    addJson(command, arguments.json);
+    command.footer(
+        R"(Each finding is one line: FILE:LINE:COLUMN: SEVERITY: MESSAGE [RULE]. An error
+is a mapping that is lost or not what is written, a warning something that works
+but was hardly meant. Of one rule, severity and file, ten are shown. Mapping
+files are read one on top of the other, as those of one load module are.
+Manifests of load modules are known by their root element.
+
+Exit codes: 0 no error; 1 errors, with --strict warnings, or load modules that
+could not be asked for their files; 2 wrong usage, or no file to check.
+
+Example, in the source or in the folder of the installed documents:
+  dolqctl check --allow override examples/loadmodules/alarm-client/*.xml)");
+    return command;
+}
+
+CLI::App& addExplain(CLI::App& program, ExplainArguments& arguments) {
+    CLI::App& command =
+        *program.add_subcommand("explain", "Tell whether a fault raises an alarm, or why not");
+    addFaultAndObject(command, arguments.faultId, arguments.object);
+    addIdentity(command, arguments.identity);
+    command.add_flag("--identity-given", arguments.identityGiven,
+                     "The program names its system and compute node with each alarm");
+    addPid(command, arguments.pid);
+    addJson(command, arguments.json);
+    command.footer(R"(Opens a session with the notification service as 'doctor' does; sends nothing.
+
+Exit codes: 0 a raise would go out; 1 it would not, or only on a condition;
+2 wrong usage.
+
+Example:
+  dolqctl explain --product CXC1370001 --revision R1A \
+      --fault 4102 --object Shelf=1,Port=3)");
+    return command;
+}
+
+/// What raising and ceasing have in common.
+void addCeaseOptions(CLI::App& command, CeaseArguments& arguments) {
+    addFaultAndObject(command, arguments.faultId, arguments.object);
+    addIdentity(command, arguments.identity);
+    command.add_flag("--verbose", arguments.verbose, "Show the traces of group 8 (details), too");
+}
+
+CLI::App& addRaise(CLI::App& program, RaiseArguments& arguments) {
+    CLI::App& command = *program.add_subcommand("raise", "Raise an alarm through the library");
+    addCeaseOptions(command, arguments);
+    addChoice(command, "--severity", common::kClientSeverityNames, arguments.severity,
+              "How severe it is")
+        ->required();
+    addValue(command, "--text", "TEXT", arguments.text, "Additional text");
+    addValue(command, "--info", "TEXT", arguments.info,
+             "An entry of additional information; repeatable");
+    addChoice(command, "--program-group", common::kProgramGroupNames, arguments.programGroup,
+              "The program group that it concerns");
+    CLI::Option* const eventIds = addValue(command, "--event-id", "ID", arguments.eventIds,
+                                           "The event that caused it; repeatable")
+                                      ->check(problemOfNumber);
+    addValue(command, "--uuid", "UUID", arguments.eventUuids,
+             "The correlation UUID of the event that caused it; repeatable")
+        ->excludes(eventIds);
+    addValue(command, "--system-uuid", "UUID", arguments.systemUuid,
+             "The reporting system; by default the environment's SYSTEM_UUID");
+    addValue(command, "--compute-name", "NAME", arguments.computeName,
+             "The reporting computer; by default the environment's COMPUTE_NAME");
+    command.footer(R"(An event that is given once makes a primary alarm, which may also be without
+any; events that are given more than once make a secondary alarm.
+
+The traces of the call go to where RUXA_TRACE_SINK says, or else to standard
+error; without RUXA_TRACE_GROUPS, those of groups 0 (failures) and 4 (calls).
+Exit code 1: the service did not accept it.
+
+Example:
+  dolqctl raise --object managedElement=1,Board=3 --fault 4101 \
+      --severity major --text 'Temperature too high' --event-id 4711)");
+    return command;
+}
+
+CLI::App& addCease(CLI::App& program, CeaseArguments& arguments) {
+    CLI::App& command = *program.add_subcommand("cease", "Cease an alarm through the library");
+    addCeaseOptions(command, arguments);
+    command.footer(R"(The traces go where those of 'dolqctl raise' go. Exit code 1: the service did
+not accept it. Whether such an alarm is active is not looked at.
+
+Example:
+  dolqctl cease --object managedElement=1,Board=3 --fault 4101)");
+    return command;
+}
+
+constexpr const char* kOrders[] = {"severity", "time"};
+
+/// Which alarms are listed, and in which order.
+void addSelection(CLI::App& command, AlarmsArguments& arguments) {
+    command.add_flag("--history", arguments.history, "Also the alarms that were ceased");
+    addValue(command, "--severity", joined(common::kClientSeverityNames, "|"), arguments.severity,
+             "Only these, joined by commas; minor+ means minor and worse");
+    addValue(command, "--object", "DN", arguments.object,
+             "Only this notification object and those it contains, e.g. managedElement=1");
+    addValue(command, "--since", "TIME", arguments.since,
+             "Only those raised or ceased since then: 2024-02-29T12:34:56Z, or 90s, 10m, "
+             "6h, 2d ago");
+    addChoice(command, "--sort", kOrders, arguments.sort,
+              "The worst first, or the latest first, as --history does by default");
+    addValue(command, "--limit", "N", arguments.limit, "Only the first so many of the list")
+        ->check(problemOfNumber);
+}
+
+CLI::App& addAlarms(CLI::App& program, AlarmsArguments& arguments) {
+    CLI::App& command = *program.add_subcommand("alarms", "List the active alarms");
+    addValue(command, "--log", "FILE", arguments.log, "The notification log to read");
+    addSelection(command, arguments);
+    command.add_flag("--long", arguments.isLong, "All that an alarm says, below its line");
+    command.add_flag("--follow", arguments.follow, "Then wait for changes and print each");
+    addJson(command, arguments.json);
+    command.footer(R"(The log is the one that the embedded notification service writes: --log, or
+else RUXA_NTF_LOG, or else ruxa/notifications.jsonl in XDG_STATE_HOME or
+~/.local/state. Notifications of one object and one notification class are one
+alarm: the latest raise says what it is, and a cease ends it. Lines that are no
+notifications are counted, reported on standard error and left out.
+
+With --follow the active alarms come first, then every change until SIGINT or
+SIGTERM, which end the command with exit code 0. It goes on when the log is
+rotated or truncated; alarms stay active until they are ceased. --json then
+prints one document a line.
+
+Example:
+  dolqctl alarms --severity major+ --object managedElement=1 --since 2h)");
+    return command;
+}
+
+CLI::App& addDoctor(CLI::App& program, DoctorArguments& arguments) {
+    CLI::App& command =
+        *program.add_subcommand("doctor", "Check the surroundings that an alarm needs");
+    addPid(command, arguments.pid);
+    addJson(command, arguments.json);
+    command.footer(
+        R"(Looks at the surroundings as they are for programs started from this shell, and
+tells the worst first. It opens a session with the notification service and has
+a notification allocated, but sends none: its last lines say what is not tried.
+
+Exit code 0: found nothing that keeps alarms from being sent, warnings or not.
+1: found something.
+
+Example:
+  ZBN_NO=CXC1370001 ZBN_REV=R1A dolqctl doctor)");
+    return command;
+}
+
+/// What is wrong with the words that `app`, the program or a command, does not know.
+std::string problemOfWords(const CLI::App& app) {
+    const std::vector<std::string> words = app.remaining();
+    const auto option = std::find_if(words.begin(), words.end(),
+                                     [](const auto& word) { return word.rfind('-', 0) == 0; });
+    const bool isOption = option != words.end();
+    const bool isCommand = app.get_parent() != nullptr;
+    const std::string unknown = isOption ? *option : words.front();
+    std::vector<std::string> names;
+    for (const CLI::App* const each : app.get_subcommands({})) {
+        const bool isMeant = app.get_subcommands().empty() || each->parsed();
+        if (isOption && isMeant && each->get_option_no_throw(unknown) != nullptr) {
+            return inQuotes(unknown) + " belongs behind the command, as in 'dolqctl " +
+                   each->get_name() + ' ' + unknown + '\'';
+        }
+        if (!isOption && isMisspelt(unknown, each->get_name())) {
+            names.push_back(each->get_name());
+        }
+    }
+    for (const CLI::Option* const each : app.get_options()) {
+        if (isOption && isMisspelt(unknown, each->get_name())) {
+            names.push_back(each->get_name());
+        }
+    }
+    const char* const kind = isOption ? "option " : isCommand ? "argument " : "command ";
+    return std::string("unknown ") + kind + inQuotes(unknown) +
+           (names.empty() ? "" : ": did you mean " + joined(names, " or ") + '?');
+}
+
+/// The parser's message in this program's words.
+std::string problemOf(const CLI::ParseError& error) {
+    const std::string text = error.what();
+    const std::string kind = error.get_name();
+    if (kind == "RequiredError" && text.find("subcommand") != text.npos) {
+        return "name a command";
+    }
+    if (kind == "ArgumentMismatch") {
+        const std::string option = text.substr(0, text.find_first_of(": "));
+        return text.find("override") != text.npos  ? "--" + option + " takes no value"
+               : text.find("missing") != text.npos ? option + " needs a value"
+                                                   : option + " is given more than once";
+    }
+    if (kind == "ExcludesError") {
+        return std::regex_replace(text, std::regex("excludes"), "cannot be given with");
+    }
+    return text;
+}
+
+/// Fills the arguments of the command that is named, and runs it.
+void parse(CLI::App& program, std::vector<std::string> arguments, Output& output) {
+    std::reverse(arguments.begin(), arguments.end()); // the order that the parser takes
+    try {
+        program.parse(arguments);
+    } catch (const CLI::ParseError& error) {
+        const auto chosen = program.get_subcommands();
+        const CLI::App& command = chosen.empty() ? program : *chosen.front();
+        const bool isKnown = program.remaining(true).empty();
+        if (!isKnown || error.get_exit_code() != 0) {
+            throw CommandError(
+                (isKnown ? problemOf(error)
+                         : problemOfWords(program.remaining().empty() ? command : program)) +
+                "\nTry 'dolqctl " + (chosen.empty() ? "" : command.get_name() + ' ') + "--help'.");
+        }
+        if (error.get_name() == "CallForVersion") {
+            output.wrapped(error.what(), "  ");
+        } else {
+            output.stream() << program.help();
+        }
+    }
+}
+
+} // namespace
+
+int runCommandLine(int argc, char** argv) {
+    CLI::App program("Sees, checks and drives the alarms of the fault-management library.",
+                     "dolqctl");
+    program.formatter(std::make_shared<HelpFormatter>());
+    program.option_defaults()->disable_flag_override();
+    program.set_version_flag("-V,--version", versionText);
+    program.require_subcommand(1);
+    program.footer(R"(Exit codes:
+  0  done, and nothing wrong was found
+  1  done, and something is wrong: a mistake in a file, an alarm not sent, ...
+  2  not done: wrong usage, or something that the command needs is missing
+
+'dolqctl help COMMAND' shows a command's options and an example.
+See also dolqctl(1).)");
+    Output output;
+    int exitCode = kFine;
+    MappingsArguments mappings;
+    addMappings(program, mappings).callback([&] { exitCode = runMappings(mappings, output); });
+    CheckArguments check;
+    addCheck(program, check).callback([&] { exitCode = runCheck(check, output); });
+    ExplainArguments explain;
+    addExplain(program, explain).callback([&] { exitCode = runExplain(explain, output); });
+    RaiseArguments raise;
+    addRaise(program, raise).callback([&] { exitCode = runRaise(raise, output); });
+    CeaseArguments cease;
+    addCease(program, cease).callback([&] { exitCode = runCease(cease, output); });
+    AlarmsArguments alarms;
+    addAlarms(program, alarms).callback([&] { exitCode = runAlarms(alarms, output); });
+    DoctorArguments doctor;
+    addDoctor(program, doctor).callback([&] { exitCode = runDoctor(doctor, output); });
+
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    const auto isHelp = [](const std::string& word) { return word == "help"; };
+    if (!arguments.empty() && isHelp(arguments.front())) { // COMMAND: as COMMAND --help
+        arguments.erase(arguments.begin(),
+                        std::find_if_not(arguments.begin(), arguments.end(), isHelp));
+        arguments.push_back("--help");
+    }
+    parse(program, std::move(arguments), output);
+    if (!output.flush()) {
+        throw CommandError("standard output cannot be written");
+    }
+    return exitCode;
+}
+
+} // namespace dolqctl
