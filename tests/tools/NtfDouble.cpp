@@ -1,6 +1,6 @@
 // An NTF client library with what real ones do that the embedded one does not: DOUBLE=stock gives
 // names of 256 bytes, packed gives memory that is no block of its own and leaves the event time as
-// it is, refusing opens no session.
+// it is, empty gives no notification, refusing opens no session.
 
 #include <cstdlib>
 #include <string>
@@ -26,6 +26,7 @@ SaAisErrorT saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT
                                            SaUint16T, SaUint16T, SaUint16T, SaUint16T, SaUint16T,
                                            SaUint16T, SaInt16T) {
     SaNtfNotificationHeaderT& header = notification->notificationHeader;
+    notification->notificationHandle = chosen() == "empty" ? 0 : 1;
     static SaTimeT eventTime;
     eventTime = chosen() == "stock" ? SA_TIME_UNKNOWN : 94321;
     header.eventTime = &eventTime;

@@ -1,14 +1,16 @@
 // `raise` and `cease`: through the library, as an application would.
+#include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
+#include <future>
 #include <iterator>
+#include <mutex>
 #include <optional>
 #include <regex>
-#include <sstream>
 #include <string>
 #include <type_traits>
-#include <vector>
 
 #include <ruxa/fm/dolq/v2/FmiFactory.h>
 #include <saNtf.h>
@@ -19,93 +21,92 @@
 #include "alarms/AlarmLog.h"
 #include "common/AisNames.h"
 #include "common/AlarmNames.h"
-#include "common/Environment.h"
-#include "mappings/Discovery.h"
+#include "common/Escape.h"
 
 namespace {
 
-/// The latest call of the notification service. The traces tell the reason of a failure, but not
-/// the outcome: several failure traces go with alarms that are sent all the same.
-struct {
-    const char* name = "";
-    SaAisErrorT answer = SA_AIS_OK;
-} latestCall;
+constexpr char kInitialize[] = "saNtfInitialize";
+constexpr char kSend[] = "saNtfNotificationSend";
 
-/// "saNtfNotificationSend answers 18 (SA_AIS_ERR_NO_RESOURCES), errorCode:12 in traces: ..."
-std::string latestCallText() {
-    std::ostringstream text;
-    const std::string_view meaning = common::aisMeaning(latestCall.answer);
-    text << latestCall.name << " answers " << common::aisText(latestCall.answer);
-    if (latestCall.answer >= 10) { // otherwise both are the same
-        text << ", errorCode:" << std::hex << latestCall.answer << " in traces";
+/// What the library asks of the service, on a thread of its own: when the user gives up, this tells
+/// what came of the alarm. The traces tell the reason of a failure, but not the outcome: several
+/// failure traces go with alarms that are sent all the same.
+struct {
+    std::mutex mutex; // kept when the user has given up: no further call begins
+    std::string call = "the service";
+    std::optional<SaAisErrorT> answer; // to this call; none while it runs
+    std::string alarm;                 // handed over with `kSend`: "alarm 2/17 (major) on ..."
+} latest;
+
+volatile std::sig_atomic_t givenUp = 0; // by this signal
+
+/// "saNtfNotificationSend answers 5 (SA_AIS_ERR_TIMEOUT): no answer came in time"
+std::string answerText() {
+    if (!latest.answer) {
+        return latest.call + " has not answered";
     }
-    text << (meaning.empty() ? "" : ": ") << meaning;
-    return text.str();
+    const std::string meaning(common::aisMeaning(*latest.answer));
+    return latest.call + " answers " + common::aisText(*latest.answer) +
+           (meaning.empty() ? "" : ": " + meaning);
 }
 
-SaNtfAlarmNotificationT* allocated = nullptr; // the library's, until it is sent
-std::string handedOver; // to the service: "alarm 2/17 (major) on ..."; empty before
-
 template <typename... Arguments> SaAisErrorT passOn(const char* name, Arguments... arguments) {
-    auto* const call =
-        dolqctl::Library(dolqctl::kNtfLibrary).function<SaAisErrorT(Arguments...)>(name);
+    using Call = SaAisErrorT(Arguments...);
+    auto* const call = dolqctl::Library(dolqctl::kNtfLibrary).function<Call>(name);
+    std::unique_lock<std::mutex> lock(latest.mutex);
+    latest.call = name;
+    latest.answer.reset();
+    lock.unlock();
     const SaAisErrorT answer = call(arguments...);
-    if (answer == SA_AIS_ERR_TRY_AGAIN && latestCall.answer != answer) {
-        dolqctl::tell("busy: " + std::string(name) + " answers " + common::aisText(answer) +
-                      ".\nThe library goes on asking; Ctrl-C gives up.");
-    }
-    latestCall = {name, answer};
+    lock.lock();
+    latest.answer = answer;
     return answer;
 }
 
-/// "alarm 2/17 (major) on Shelf=1,Port=3"
-std::string describe(const SaNtfAlarmNotificationT& alarm) {
-    const SaNtfNotificationHeaderT& header = alarm.notificationHeader;
-    const SaNameT& object = *header.notificationObject;
-    const std::string what = std::to_string(header.notificationClassId->majorId) + '/' +
-                             std::to_string(header.notificationClassId->minorId);
-    const auto severity = static_cast<std::uint32_t>(*alarm.perceivedSeverity);
-    return (severity == SA_NTF_SEVERITY_CLEARED
-                ? "the cease of alarm " + what
-                : "alarm " + what + " (" + common::nameOf(severity, common::kSeverityNames) + ')') +
-           " on " + dolqctl::inQuotes({reinterpret_cast<const char*>(object.value), object.length});
-}
+const SaNtfAlarmNotificationT* allocated = nullptr; // the library's, until it is sent
 
 } // namespace
 
 // A program's function takes precedence over a library's of the same name, so the library's calls
 // of the service come through here.
+#pragma GCC visibility push(default)
 
-[[gnu::visibility("default")]] SaAisErrorT
-saNtfInitialize(SaNtfHandleT* handle, const SaNtfCallbacksT* callbacks, SaVersionT* version) {
-    return passOn("saNtfInitialize", handle, callbacks, version);
+SaAisErrorT saNtfInitialize(SaNtfHandleT* handle, const SaNtfCallbacksT* callbacks,
+                            SaVersionT* version) {
+    return passOn(kInitialize, handle, callbacks, version);
 }
 
-[[gnu::visibility("default")]] SaAisErrorT
-saNtfAlarmNotificationAllocate(SaNtfHandleT handle, SaNtfAlarmNotificationT* notification,
-                               SaUint16T correlated, SaUint16T text, SaUint16T info,
-                               SaUint16T problems, SaUint16T attributes, SaUint16T actions,
-                               SaInt16T size) {
+SaAisErrorT saNtfAlarmNotificationAllocate(SaNtfHandleT handle,
+                                           SaNtfAlarmNotificationT* notification,
+                                           SaUint16T correlated, SaUint16T text, SaUint16T info,
+                                           SaUint16T problems, SaUint16T attributes,
+                                           SaUint16T actions, SaInt16T size) {
     allocated = notification;
     return passOn("saNtfAlarmNotificationAllocate", handle, notification, correlated, text, info,
                   problems, attributes, actions, size);
 }
 
-[[gnu::visibility("default")]] SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT handle,
-                                                               SaUint16T size, void** block,
-                                                               SaNtfValueT* value) {
+SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT handle, SaUint16T size, void** block,
+                                SaNtfValueT* value) {
     return passOn("saNtfPtrValAllocate", handle, size, block, value);
 }
 
-[[gnu::visibility("default")]] SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT handle) {
-    const SaAisErrorT answer = passOn("saNtfNotificationSend", handle);
-    handedOver = describe(*allocated);
-    const SaNtfIdentifierT* const id = allocated->notificationHeader.notificationId;
-    if (answer == SA_AIS_OK && id != nullptr && *id != 0) {
-        handedOver += ", notification " + std::to_string(*id);
+SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT handle) {
+    const SaNtfNotificationHeaderT& header = allocated->notificationHeader;
+    const SaNameT& object = *header.notificationObject;
+    latest.alarm = "alarm " + std::to_string(header.notificationClassId->majorId) + '/' +
+                   std::to_string(header.notificationClassId->minorId) + " (" +
+                   common::nameOf(*allocated->perceivedSeverity, common::kSeverityNames) + ") on " +
+                   dolqctl::inQuotes({reinterpret_cast<const char*>(object.value), object.length});
+    const SaAisErrorT answer = passOn(kSend, handle);
+    if (answer == SA_AIS_OK && header.notificationId != nullptr && *header.notificationId != 0) {
+        const std::lock_guard<std::mutex> lock(latest.mutex);
+        latest.alarm += ", notification " + std::to_string(*header.notificationId);
     }
     return answer;
 }
+
+#pragma GCC visibility pop
 
 namespace dolqctl {
 
@@ -113,76 +114,113 @@ namespace {
 
 using ruxa::fm::fmi::v1::FaultManagementI;
 
-constexpr std::uint32_t kNoProgramGroup = std::size(common::kProgramGroupNames) - 1;
-
-/// As a word of a command line.
-std::string quoted(const std::string& word) {
-    return "'" + std::regex_replace(printable(word), std::regex("'"), R"('\'')") + "'";
-}
-
-/// What explains why there is no alarm. In this shell's environment, not that of --product.
+/// What explains why there is no alarm, in any shell.
 std::string explainCommand(const CeaseArguments& arguments) {
-    const auto& [productNumber, revision] = arguments.identity;
-    const bool isGiven = productNumber != common::environment("ZBN_NO") ||
-                         revision != common::environment("ZBN_REV");
+    const auto quoted = [](const std::string& word) {
+        return "'" + std::regex_replace(common::escapedText(word), std::regex("'"), R"('\'')") +
+               "'";
+    };
     return "dolqctl explain --fault " + std::to_string(arguments.faultId) + " --object " +
-           quoted(arguments.object) +
-           (isGiven ? " --product " + quoted(productNumber) + " --revision " + quoted(revision)
-                    : "");
+           quoted(arguments.object) + " --product " + quoted(arguments.identity.productNumber) +
+           " --revision " + quoted(arguments.identity.revision);
 }
 
-/// Calls `operation` on an adapter of the library, and tells what came of it and what to do next.
+/// Returns when `work` has ended or the user gives up; tells after a second what it waits for.
+void waitFor(const std::future<void>& work) {
+    using namespace std::chrono_literals;
+    const auto giveUp = [](int signal) { givenUp = signal; };
+    std::signal(SIGINT, giveUp);
+    std::signal(SIGTERM, giveUp);
+    for (int round = 1; work.wait_for(50ms) == std::future_status::timeout; ++round) {
+        std::unique_lock<std::mutex> lock(latest.mutex);
+        if (givenUp != 0) {
+            lock.release();
+            return;
+        }
+        if (round == 20) {
+            tell("waiting for the service: " + answerText() + ". Ctrl-C gives up.");
+        }
+    }
+}
+
+/// Tells what came of the alarm and what to do next.
+int conclude(const CeaseArguments& arguments, Output& output) {
+    constexpr std::size_t kLongest = SA_MAX_NAME_LENGTH - 1;
+    const bool isOk = latest.answer == SA_AIS_OK;
+    const bool isHandedOver = latest.call == kSend;
+    const bool isSent = isHandedOver && isOk;
+    const bool isUnknown = isHandedOver && (!latest.answer || latest.answer == SA_AIS_ERR_TIMEOUT);
+    const bool isDropped = latest.call == kInitialize && isOk && givenUp == 0;
+    const char* const verdict = isSent ? "Sent: " : isUnknown ? "Perhaps sent: " : "Not sent: ";
+    std::string text = latest.alarm;
+    if (isHandedOver && arguments.object.size() > kLongest) {
+        text += ", which is another object: the first " + std::to_string(kLongest) + " of the " +
+                std::to_string(arguments.object.size()) + " bytes given";
+    }
+    if (!isSent) {
+        text += (isHandedOver ? "; " : "") +
+                (isDropped ? "the library dropped it, for the reason in its traces of group 0"
+                           : answerText()) +
+                (givenUp != 0         ? "; given up"
+                 : isOk && !isDropped ? ", but gives no notification"
+                                      : "");
+    }
+    output.line(output.styled(isSent ? Style::Good : Style::Bad, verdict) + text);
+    const std::string reader =
+        otherService().empty() ? "dolqctl alarms" : "the service's own reader, for OpenSAF ntfread";
+    output.line("Next: " + (isSent || isUnknown ? reader
+                            : isDropped         ? explainCommand(arguments)
+                                                : "dolqctl doctor"));
+    if (!output.flush()) {
+        tell(verdict + text);
+    }
+    return isSent ? kFine : kFindings;
+}
+
+/// Calls `operation` on an adapter of the library, as an application would.
 int send(const CeaseArguments& arguments, Output& output,
          const std::function<void(FaultManagementI&)>& operation) {
     using namespace ruxa::fm::dolq::v2;
-    std::string next = explainCommand(arguments);
     // Before the library and the trace backend read them.
     setenv("ZBN_NO", arguments.identity.productNumber.c_str(), 1);
     setenv("ZBN_REV", arguments.identity.revision.c_str(), 1);
     setenv("RUXA_TRACE_GROUPS", arguments.verbose ? "0,4,8" : "0,4", 0);
-    Library library(kDolqLibrary);
-    auto* const getFactory =
-        library.function<FmiFactory*()>("_ZN4ruxa2fm4dolq2v213getFmiFactoryEv");
-    auto* const freeFactory = library.function<void()>("_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv");
-    operation(*getFactory()->createFaultManagement());
-    freeFactory();
-
-    const std::string reader =
-        otherService().empty() ? "dolqctl alarms" : "the service's own reader, for OpenSAF ntfread";
-    const bool isSent = !handedOver.empty() && latestCall.answer == SA_AIS_OK;
-    if (isSent) {
-        output.line(output.styled(Style::Good, "Sent: ") + handedOver);
-        next = reader;
-    } else if (latestCall.answer == SA_AIS_OK) {
-        output.line(output.styled(Style::Bad, "Not sent: ") +
-                    "the library dropped it, for the reason in its traces of group 0");
-    } else {
-        const bool isUnknown = latestCall.answer == SA_AIS_ERR_TIMEOUT && !handedOver.empty();
-        output.line(output.styled(Style::Bad, isUnknown ? "Perhaps sent: " : "Not sent: ") +
-                    (handedOver.empty() ? "" : handedOver + "; ") + latestCallText());
-        next = isUnknown ? reader : "dolqctl doctor";
+    std::signal(SIGXFSZ, SIG_IGN); // a log at its limit is an answer of the service, too
+    auto work = std::async(std::launch::async, [&] {
+        Library library(kDolqLibrary);
+        auto* const getFactory =
+            library.function<FmiFactory*()>("_ZN4ruxa2fm4dolq2v213getFmiFactoryEv");
+        auto* const freeFactory = library.function<void()>("_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv");
+        operation(*getFactory()->createFaultManagement());
+        freeFactory();
+    });
+    waitFor(work);
+    if (givenUp != 0) {
+        conclude(arguments, output);
+        std::signal(givenUp, SIG_DFL);
+        ::raise(givenUp); // the shell sees what ended it
     }
-    output.line("Next: " + next);
-    return isSent ? kFine : kFindings;
+    work.get();
+    return conclude(arguments, output);
 }
 
 } // namespace
 
 int runRaise(const RaiseArguments& arguments, Output& output) {
     return send(arguments, output, [&](FaultManagementI& alarms) {
+        const std::uint32_t group =
+            arguments.programGroup.value_or(std::size(common::kProgramGroupNames) - 1); // none
         const auto raiseFor = [&](const auto& events) {
             using Event = typename std::decay_t<decltype(events)>::value_type;
             if (events.size() > 1) {
                 alarms.raiseSecondaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
                                            arguments.info, arguments.severity, arguments.systemUuid,
-                                           arguments.computeName, events,
-                                           arguments.programGroup.value_or(kNoProgramGroup));
+                                           arguments.computeName, events, group);
             } else {
                 alarms.raisePrimaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
                                          arguments.info, arguments.severity,
                                          events.empty() ? Event() : events.front(),
-                                         arguments.systemUuid, arguments.computeName,
-                                         arguments.programGroup.value_or(kNoProgramGroup));
+                                         arguments.systemUuid, arguments.computeName, group);
             }
         };
         arguments.eventUuids.empty() ? raiseFor(arguments.eventIds)
