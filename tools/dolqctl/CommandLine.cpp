@@ -2,12 +2,10 @@
 // man page and the completion are made of them. The only file that includes the argument parser,
 // whose header takes longer than all else here.
 #include <algorithm>
-#include <charconv>
 #include <filesystem>
 #include <iterator>
 #include <memory>
 #include <regex>
-#include <system_error>
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -15,6 +13,7 @@
 #include "Commands.h"
 #include "Library.h"
 #include "Output.h"
+#include "ProgramEnvironment.h"
 #include "common/AlarmNames.h"
 
 namespace dolqctl {
@@ -31,43 +30,31 @@ class HelpFormatter : public CLI::Formatter {
 
 /// The version of this program, and which files it loads for alarms, a line each.
 std::string versionText() {
-    constexpr std::pair<const char*, const char*> kParts[] = {
-        {"library", kDolqLibrary},
-        {"trace backend", kTraceLibrary},
-        {"correlation service", kCorrelationLibrary},
-        {"load-module handler", kLoadModuleLibrary},
-        {"NTF library", kNtfLibrary}};
     std::string text = "dolqctl " DOLQCTL_VERSION;
-    for (const auto& [part, soname] : kParts) {
+    for (const auto& [part, soname] :
+         {std::pair("library", kDolqLibrary), std::pair("trace backend", kTraceLibrary),
+          std::pair("correlation service", kCorrelationLibrary),
+          std::pair("load-module handler", kLoadModuleLibrary),
+          std::pair("NTF library", kNtfLibrary)}) {
         const Library library(soname);
-        std::error_code error;
-        const auto file = std::filesystem::canonical(library.file(), error);
+        const std::string file = std::filesystem::weakly_canonical(library.file()).string();
         const std::string id = library.buildId();
         text += std::string("\n") + part + ": " +
                 (!library.isLoaded() ? library.error()
-                                     : (error ? library.file() : file.string()) + ", " +
-                                           (id.empty() ? "without a build id" : "build id " + id));
+                 : id.empty()        ? file + ", without a build id"
+                                     : file + ", build id " + id);
     }
     return text;
 }
 
-/// Empty for a number that is decimal, or hexadecimal with 0x. One with a leading 0 is refused: it
-/// would be octal to some and decimal to others.
+/// Empty for a number that an option takes. One with a leading 0 is refused: it would be octal to
+/// some and decimal to others.
 std::string problemOfNumber(const std::string& text) {
-    const bool isHexadecimal = text.rfind("0x", 0) == 0 || text.rfind("0X", 0) == 0;
-    const char* const end = text.data() + text.size();
-    std::uint32_t number = 0;
-    const auto result = std::from_chars(text.data() + (isHexadecimal ? 2 : 0), end, number,
-                                        isHexadecimal ? 16 : 10);
-    if (result.ec == std::errc::invalid_argument || result.ptr != end) {
-        return inQuotes(text) + " is no number: give a decimal one, or hexadecimal with 0x";
-    }
-    if (result.ec != std::errc{}) {
-        return inQuotes(text) + " is too large: 4294967295 is the largest";
-    }
-    return isHexadecimal || text == "0" || text.front() != '0'
+    static const std::regex kForm("0|[1-9]\\d{0,9}|0[xX][[:xdigit:]]{1,8}");
+    return std::regex_match(text, kForm) && std::stoull(text, nullptr, 0) <= 0xFFFFFFFF
                ? std::string()
-               : inQuotes(text) + " begins with 0: give it without, or hexadecimal with 0x";
+               : inQuotes(text) + " is refused: give a number up to 4294967295, decimal without a "
+                                  "leading 0 or hexadecimal with 0x";
 }
 
 /// `type` stands for the value in the help. A vector takes a value each time the option is given.
@@ -168,14 +155,15 @@ Example, in the source or in the folder of the installed documents:
     return command;
 }
 
-CLI::App& addExplain(CLI::App& program, ExplainArguments& arguments) {
+CLI::App& addExplain(CLI::App& program, ExplainArguments& arguments,
+                     std::optional<std::string>& pid) {
     CLI::App& command =
         *program.add_subcommand("explain", "Tell whether a fault raises an alarm, or why not");
     addFaultAndObject(command, arguments.faultId, arguments.object);
     addIdentity(command, arguments.identity);
     command.add_flag("--identity-given", arguments.identityGiven,
                      "The program names its system and compute node with each alarm");
-    addPid(command, arguments.pid);
+    addPid(command, pid);
     addJson(command, arguments.json);
     command.footer(R"(Opens a session with the notification service as 'doctor' does; sends nothing.
 
@@ -281,10 +269,11 @@ Example:
     return command;
 }
 
-CLI::App& addDoctor(CLI::App& program, DoctorArguments& arguments) {
+CLI::App& addDoctor(CLI::App& program, DoctorArguments& arguments,
+                    std::optional<std::string>& pid) {
     CLI::App& command =
         *program.add_subcommand("doctor", "Check the surroundings that an alarm needs");
-    addPid(command, arguments.pid);
+    addPid(command, pid);
     addJson(command, arguments.json);
     command.footer(
         R"(Looks at the surroundings as they are for programs started from this shell, and
@@ -388,12 +377,18 @@ int runCommandLine(int argc, char** argv) {
 See also dolqctl(1).)");
     Output output;
     int exitCode = kFine;
+    std::optional<std::string> pid;
+    program.parse_complete_callback([&] { // before that of the command
+        if (pid) {
+            takeOnProgram(*pid, argv);
+        }
+    });
     MappingsArguments mappings;
     addMappings(program, mappings).callback([&] { exitCode = runMappings(mappings, output); });
     CheckArguments check;
     addCheck(program, check).callback([&] { exitCode = runCheck(check, output); });
     ExplainArguments explain;
-    addExplain(program, explain).callback([&] { exitCode = runExplain(explain, output); });
+    addExplain(program, explain, pid).callback([&] { exitCode = runExplain(explain, output); });
     RaiseArguments raise;
     addRaise(program, raise).callback([&] { exitCode = runRaise(raise, output); });
     CeaseArguments cease;
@@ -401,14 +396,12 @@ See also dolqctl(1).)");
     AlarmsArguments alarms;
     addAlarms(program, alarms).callback([&] { exitCode = runAlarms(alarms, output); });
     DoctorArguments doctor;
-    addDoctor(program, doctor).callback([&] { exitCode = runDoctor(doctor, output); });
+    addDoctor(program, doctor, pid).callback([&] { exitCode = runDoctor(doctor, output); });
 
     std::vector<std::string> arguments(argv + 1, argv + argc);
-    const auto isHelp = [](const std::string& word) { return word == "help"; };
-    if (!arguments.empty() && isHelp(arguments.front())) { // COMMAND: as COMMAND --help
-        arguments.erase(arguments.begin(),
-                        std::find_if_not(arguments.begin(), arguments.end(), isHelp));
-        arguments.push_back("--help");
+    if (!arguments.empty() && arguments.front() == "help") {
+        std::replace(arguments.begin(), arguments.end(), std::string("help"),
+                     std::string("--help"));
     }
     parse(program, std::move(arguments), output);
     if (!output.flush()) {

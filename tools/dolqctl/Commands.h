@@ -61,7 +61,6 @@ struct ExplainArguments {
     std::string object;
     Identity identity;
     bool identityGiven = false; ///< each alarm names the program's system and compute node
-    std::optional<std::string> pid;
     bool json = false;
 };
 int runExplain(const ExplainArguments& arguments, Output& output);
@@ -101,7 +100,6 @@ struct AlarmsArguments {
 int runAlarms(const AlarmsArguments& arguments, Output& output);
 
 struct DoctorArguments {
-    std::optional<std::string> pid;
     bool json = false;
 };
 int runDoctor(const DoctorArguments& arguments, Output& output);

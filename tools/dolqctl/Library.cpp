@@ -82,10 +82,9 @@ std::string Library::buildId() const {
 }
 
 void* Library::find(const char* symbol) {
-    void* const found = dlsym(m_object, symbol);
-    if (found == nullptr) {
-        const char* const reason = dlerror(); // none for a symbol that is nowhere
-        m_error = reason != nullptr ? reason : file() + ": " + symbol + " has no address";
+    void* const found = isLoaded() ? dlsym(m_object, symbol) : nullptr;
+    if (isLoaded() && found == nullptr) {
+        m_error = file() + ": undefined symbol: " + symbol;
     }
     return found;
 }

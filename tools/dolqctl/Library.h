@@ -28,11 +28,11 @@ public:
     bool contains(std::string_view text) const;
 
     /// Whether it, or a library that it needs, has the function. Otherwise `error` says so.
-    bool has(const char* symbol) { return isLoaded() && find(symbol) != nullptr; }
+    bool has(const char* symbol) { return find(symbol) != nullptr; }
 
     /// Throws CommandError when it is not there.
     template <typename Function> Function* function(const char* symbol) {
-        void* const found = isLoaded() ? find(symbol) : nullptr;
+        void* const found = find(symbol);
         if (found == nullptr) {
             throw CommandError(m_error + "\nSee 'dolqctl doctor'.");
         }

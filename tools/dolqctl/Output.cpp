@@ -20,11 +20,6 @@ namespace dolqctl {
 
 namespace {
 
-bool wantsColours() {
-    return common::environment("NO_COLOR", nullptr) == nullptr &&
-           std::string_view(common::environment("TERM", "dumb")) != "dumb";
-}
-
 /// Indexed by `Style`: the number of the terminal's attribute.
 constexpr const char* kAttributes[] = {"0", "1", "2", "32", "33", "31"};
 
@@ -59,8 +54,8 @@ std::size_t distance(const std::string& from, const std::string& to) {
 } // namespace
 
 Output::Output()
-    : m_isTerminal(isatty(STDOUT_FILENO) == 1), m_colours(m_isTerminal && wantsColours()),
-      m_stream(std::cout) {
+    : m_colours(isatty(STDOUT_FILENO) == 1 && common::environment("NO_COLOR", nullptr) == nullptr &&
+                std::string_view(common::environment("TERM", "dumb")) != "dumb") {
     // Widths are those of UTF-8 whatever the user's locale; white space stays that of ASCII.
     std::setlocale(LC_CTYPE, "C.UTF-8");
 }
@@ -75,7 +70,7 @@ std::string Output::styled(Style style, std::string_view text) const {
            std::string(text) + "\033[0m";
 }
 
-void Output::line(std::string_view text) { m_stream << text << '\n'; }
+void Output::line(std::string_view text) { std::cout << text << '\n'; }
 
 void Output::wrapped(const std::string& text, const std::string& indent) {
     line(dolqctl::wrapped(text, width(), indent));
@@ -85,7 +80,9 @@ void Output::print(const nlohmann::ordered_json& json) { line(dump(json, 2)); }
 
 void Output::printLine(const nlohmann::ordered_json& json) { line(dump(json, -1)); }
 
-bool Output::flush() { return static_cast<bool>(m_stream.flush()); }
+std::ostream& Output::stream() { return std::cout; }
+
+bool Output::flush() { return static_cast<bool>(std::cout.flush()); }
 
 std::string wrapped(const std::string& text, std::size_t width, const std::string& indent) {
     if (const std::size_t end = text.find('\n'); end != text.npos) {

@@ -16,9 +16,6 @@ class Output {
 public:
     Output();
 
-    /// Whether a person looks at standard output.
-    bool isTerminal() const { return m_isTerminal; }
-
     /// How many characters a line of the terminal has room for; no bound for what is no terminal.
     std::size_t width() const;
 
@@ -35,15 +32,13 @@ public:
     void printLine(const nlohmann::ordered_json& json);
 
     /// For what is neither. Foreign text goes through `printable` first.
-    std::ostream& stream() { return m_stream; }
+    std::ostream& stream();
 
     /// False when something of what was printed could not be written.
     bool flush();
 
 private:
-    bool m_isTerminal;
     bool m_colours;
-    std::ostream& m_stream;
 };
 
 /// `text` in lines that are at most so wide, all but the first indented. It may have lines itself.

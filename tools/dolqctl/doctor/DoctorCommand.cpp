@@ -6,7 +6,6 @@
 
 #include "Commands.h"
 #include "Output.h"
-#include "ProgramEnvironment.h"
 #include "doctor/Diagnosis.h"
 
 namespace dolqctl {
@@ -69,9 +68,6 @@ void printJson(const Diagnosis& diagnosis, Output& output) {
 } // namespace
 
 int runDoctor(const DoctorArguments& arguments, Output& output) {
-    if (arguments.pid) {
-        takeOnProgram(*arguments.pid);
-    }
     Diagnosis diagnosis;
     checkTraces(diagnosis); // first: a backend reads its environment once
     checkEnvironment(diagnosis);

@@ -4,7 +4,6 @@
 
 #include "Commands.h"
 #include "Output.h"
-#include "ProgramEnvironment.h"
 #include "mappings/Discovery.h"
 #include "mappings/Explanation.h"
 
@@ -77,9 +76,6 @@ void printText(const Explanation& explanation, const Discovery& discovery, Outpu
 } // namespace
 
 int runExplain(const ExplainArguments& arguments, Output& output) {
-    if (arguments.pid) {
-        takeOnProgram(*arguments.pid);
-    }
     const Discovery discovery = discover(arguments.identity);
     const Inventory inventory = readMappingFiles(discovery.mappingFiles);
     const Explanation explanation =
