@@ -1,6 +1,8 @@
 // Threads that are cancelled (pthread_cancel) inside the library. Wherever that happens, the thread
 // alone ends: what it held is given back, and alarms of others pass.
 
+#include <functional>
+
 #include <pthread.h>
 
 #include "LibraryTest.h"
@@ -25,29 +27,35 @@ protected:
     }
 };
 
-void* raiseOneAlarm(void* factory) {
-    std::unique_ptr<FaultManagementI> client(
-        static_cast<v1::FmiFactory*>(factory)->createFaultManagement());
-    client->raisePrimaryAlarm("Top=1,Unit=7", 7, "fault", "text", {}, 0, std::string("uuid"), "s",
-                              "c", 1);
-    client.reset();
-    pthread_testcancel(); // the application's own next one
-    return nullptr;
+/// Whether a thread of its own that does `work` is cancelled, if only behind it.
+bool isCancelledIn(std::function<void()> work) {
+    const auto run = [](void* argument) -> void* {
+        (*static_cast<std::function<void()>*>(argument))();
+        pthread_testcancel(); // the application's own next one
+        return nullptr;
+    };
+    pthread_t thread{};
+    EXPECT_EQ(pthread_create(&thread, nullptr, run, &work), 0);
+    void* result = nullptr;
+    EXPECT_EQ(pthread_join(thread, &result), 0);
+    return result == PTHREAD_CANCELED;
+}
+
+void cancelHere() {
+    pthread_cancel(pthread_self());
+    pthread_testcancel();
 }
 
 TEST_P(CancellationTest, EndsTheThreadAndGivesEverythingBack) {
     v1::FmiFactory* const factory = v1::getFmiFactory();
     factory->getConfiguration()->setMapping(7, 1, "Unit");
     platform().results[GetParam().busy].assign(1, SA_AIS_ERR_TRY_AGAIN);
-    platform().onCall[GetParam().where] = [] {
-        pthread_cancel(pthread_self());
-        pthread_testcancel();
-    };
-    pthread_t thread{};
-    ASSERT_EQ(pthread_create(&thread, nullptr, raiseOneAlarm, factory), 0);
-    void* result = nullptr;
-    ASSERT_EQ(pthread_join(thread, &result), 0);
-    EXPECT_EQ(result, PTHREAD_CANCELED);
+    platform().onCall[GetParam().where] = cancelHere;
+    EXPECT_TRUE(isCancelledIn([factory] {
+        const std::unique_ptr<FaultManagementI> client(factory->createFaultManagement());
+        client->raisePrimaryAlarm("Top=1,Unit=7", 7, "fault", "text", {}, 0, std::string("uuid"),
+                                  "s", "c", 1);
+    }));
     EXPECT_EQ(platform().sent.size(), GetParam().sent);
     EXPECT_TRUE(platform().sessions.empty());
     EXPECT_EQ(platform().openNotifications, 0);
@@ -60,24 +68,14 @@ TEST_P(CancellationTest, EndsTheThreadAndGivesEverythingBack) {
 }
 
 TEST_F(CancellationTest, AFactoryIsMadeWholeBeforeTheThreadEnds) {
-    platform().onCall["formatStr"] = [] {
-        pthread_cancel(pthread_self());
-        pthread_testcancel();
-    };
+    platform().onCall["formatStr"] = cancelHere;
     int made = 0;
-    pthread_t thread{};
-    const auto getBoth = [](void* counter) -> void* {
-        *static_cast<int*>(counter) += v1::getFmiFactory() != nullptr ? 1 : 0;
+    EXPECT_TRUE(isCancelledIn([&made] {
+        made += v1::getFmiFactory() != nullptr ? 1 : 0;
         v1::freeFmiFactory();
-        *static_cast<int*>(counter) += v2::getFmiFactory() != nullptr ? 1 : 0;
+        made += v2::getFmiFactory() != nullptr ? 1 : 0;
         v2::freeFmiFactory();
-        pthread_testcancel();
-        return nullptr;
-    };
-    ASSERT_EQ(pthread_create(&thread, nullptr, getBoth, &made), 0);
-    void* result = nullptr;
-    ASSERT_EQ(pthread_join(thread, &result), 0);
-    EXPECT_EQ(result, PTHREAD_CANCELED);
+    }));
     EXPECT_EQ(made, 2);
 }
 
@@ -85,18 +83,10 @@ TEST_F(CancellationTest, AFactoryIsMadeWholeBeforeTheThreadEnds) {
 TEST_F(CancellationTest, AFileIsClosedBeforeTheThreadEnds) {
     const TemporaryFile file("text");
     platform().onCall["read"] = [] { pthread_cancel(pthread_self()); };
-    pthread_t thread{};
-    const auto readFile = [](void* path) -> void* {
+    EXPECT_TRUE(isCancelledIn([&file] {
         std::string content;
-        common::readRegularFile(*static_cast<const std::string*>(path), 4, content);
-        pthread_testcancel();
-        return nullptr;
-    };
-    std::string path = file.path();
-    ASSERT_EQ(pthread_create(&thread, nullptr, readFile, &path), 0);
-    void* result = nullptr;
-    ASSERT_EQ(pthread_join(thread, &result), 0);
-    EXPECT_EQ(result, PTHREAD_CANCELED);
+        common::readRegularFile(file.path(), 4, content);
+    }));
 }
 
 INSTANTIATE_TEST_SUITE_P(, CancellationTest,

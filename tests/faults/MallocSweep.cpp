@@ -14,6 +14,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "Operations.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "ruxa/fm/dolq/v2/FmiFactory.h"
 #include "support/FailingMalloc.h"
@@ -24,14 +25,6 @@ namespace {
 namespace fs = std::filesystem;
 namespace v1 = ruxa::fm::dolq::v1;
 namespace v2 = ruxa::fm::dolq::v2;
-using ruxa::fm::fmi::v1::FaultManagementI;
-
-const std::string kObject = "ManagedElement=1,Equipment=1,Board=3";
-const std::string kName = "the fault's own name, for traces";
-const std::string kText = "an additional text of some length";
-const std::string kUuid = "e7a6d7a4-1f0e-4c43-9c9c-3f8e2a1b0c4d";
-const std::vector<std::string> kInfo{"the client's first entry of information", "second"};
-const std::vector<std::uint32_t> kEvents{4711, 4712};
 
 // What a client of the process has.
 std::unique_ptr<FaultManagementI> adapterV1;
@@ -50,48 +43,43 @@ void load() {
 
 enum class Losses { None, OfTinyXml }; // which loses what it was building
 
-struct Operation {
+struct Step {
     const char* name;
     std::function<void()> prepare;
     std::function<void()> call;
     Losses losses = Losses::None;
 };
 
-const Operation kOperations[] = {
-    {"v1 factory", [] {}, [] { v1::getFmiFactory(); }, Losses::OfTinyXml},
-    {"v2 factory", [] {}, [] { v2::getFmiFactory(); }, Losses::OfTinyXml},
-    {"v1 factory without files", [] { setenv("VELK_MANIFEST_DIR", "/nowhere", 1); },
-     [] { v1::getFmiFactory(); }},
-    {"v1 adapter", [] { v1::getFmiFactory(); },
-     [] { adapterV1.reset(v1::getFmiFactory()->createFaultManagement()); }},
-    {"v2 adapter", [] { v2::getFmiFactory(); },
-     [] { adapterV2 = v2::getFmiFactory()->createFaultManagement(); }},
-    {"primary alarm", load,
-     [] {
-         adapterV1->raisePrimaryAlarm(kObject, 7, kName, kText, kInfo, 2, 4711U, kUuid, kUuid, 3);
-     }},
-    {"primary alarm by UUID", load,
-     [] { adapterV2->raisePrimaryAlarm(kObject, 7, kName, kText, kInfo, 2, kUuid, kUuid, kUuid); }},
-    {"secondary alarm", load,
-     [] {
-         adapterV1->raiseSecondaryAlarm(kObject, 7, kName, kText, kInfo, 0, kUuid, kUuid, kEvents);
-     }},
-    {"combined alarm", load,
-     [] { adapterV2->raiseAlarm(kObject, 7, kName, kText, kInfo, 1, 4711, kEvents, 1); }},
-    {"unmapped alarm", load, [] { adapterV2->ceaseAlarm(kObject, 8, kName); }},
-    {"cease", load, [] { adapterV1->ceaseAlarm(kObject, 7, kName); }},
-    {"destruction", load, free},
-};
+std::vector<Step> allSteps() {
+    std::vector<Step> steps{
+        {"v1 factory", [] {}, [] { v1::getFmiFactory(); }, Losses::OfTinyXml},
+        {"v2 factory", [] {}, [] { v2::getFmiFactory(); }, Losses::OfTinyXml},
+        {"v1 factory without files", [] { setenv("VELK_MANIFEST_DIR", "/nowhere", 1); },
+         [] { v1::getFmiFactory(); }},
+        {"v1 adapter", [] { v1::getFmiFactory(); },
+         [] { adapterV1.reset(v1::getFmiFactory()->createFaultManagement()); }},
+        {"v2 adapter", [] { v2::getFmiFactory(); },
+         [] { adapterV2 = v2::getFmiFactory()->createFaultManagement(); }},
+        {"unmapped alarm", load, [] { adapterV2->ceaseAlarm(kUnitObject, 8, kName); }},
+        {"cease", load, [] { adapterV1->ceaseAlarm(kUnitObject, 7, kName); }},
+        {"destruction", load, free}};
+    for (const Operation& operation : kOperations) {
+        if (operation.programGroup != nullptr) { // the others do nothing but a part of that
+            steps.push_back({operation.name, load, [&operation] { operation.call(*adapterV1); }});
+        }
+    }
+    return steps;
+}
 
 enum Outcome { kNotReached, kSurvived, kLeaked };
 
 /// In a process of its own.
-Outcome tryPlace(const Operation& operation, bool warm, long place, bool lasting) {
+Outcome tryPlace(const Step& step, bool warm, long place, bool lasting) {
     const auto callAndGiveBack = [&](long position) {
-        operation.prepare();
+        step.prepare();
         startFailingMalloc(position, lasting);
         try {
-            operation.call();
+            step.call();
         } catch (const std::bad_alloc&) { // which may reach a client
         }
         const bool failed = stopFailingMalloc();
@@ -104,14 +92,14 @@ Outcome tryPlace(const Operation& operation, bool warm, long place, bool lasting
     }
     const long before = liveBlocks();
     const bool failed = callAndGiveBack(place);
-    const bool leaked = warm && operation.losses == Losses::None && liveBlocks() > before;
+    const bool leaked = warm && step.losses == Losses::None && liveBlocks() > before;
     callAndGiveBack(kNowhere); // all is well again
     return leaked ? kLeaked : failed ? kSurvived : kNotReached;
 }
 
 void makePlatform(const fs::path& folder) {
     std::ofstream(folder / "mappings.xml")
-        << R"(<alarmMappings><mapping faultid="7" minor_type_id="65538" managed_object_class="Board"/></alarmMappings>)";
+        << R"(<alarmMappings><mapping faultid="7" minor_type_id="65538" managed_object_class="EquipmentSupportUnit"/></alarmMappings>)";
     std::ofstream(folder / "local.xml")
         << R"(<loadModules><loadModule name="Sweep" productNumber="CXC1" revision="R1A">)"
         << R"(<file tag="alarm_mapping" path="mappings.xml"/></loadModule></loadModules>)";
@@ -121,7 +109,7 @@ void makePlatform(const fs::path& folder) {
     setenv("RUXA_NTF_LOG", (folder / "log").c_str(), 1);
     setenv("RUXA_TRACE_SINK", ("file:" + (folder / "traces").string()).c_str(), 1);
     setenv("RUXA_TRACE_GROUPS", "all", 1);
-    setenv("SYSTEM_UUID", kUuid.c_str(), 1);
+    setenv("SYSTEM_UUID", "e7a6d7a4-1f0e-4c43-9c9c-3f8e2a1b0c4d", 1);
     setenv("COMPUTE_NAME", "compute-1", 1);
 }
 
@@ -134,14 +122,14 @@ int main() {
     long places = 0;
     long deaths = 0;
     long leaks = 0;
-    for (const Operation& operation : kOperations) {
+    for (const Step& step : allSteps()) {
         for (const int variant : {0, 1, 2, 3}) {
             const bool warm = (variant & 1) != 0;
             const bool lasting = (variant & 2) != 0;
             for (long place = 1;; ++place) {
                 const pid_t child = fork();
                 if (child == 0) {
-                    _exit(tryPlace(operation, warm, place, lasting));
+                    _exit(tryPlace(step, warm, place, lasting));
                 }
                 const int status = statusOf(child);
                 if (WIFEXITED(status) && WEXITSTATUS(status) == kNotReached) {
@@ -153,7 +141,7 @@ int main() {
                 deaths += died ? 1 : 0;
                 leaks += leaked ? 1 : 0;
                 if (died || leaked) {
-                    std::printf("%s, %s, allocation %ld%s: %s\n", operation.name,
+                    std::printf("%s, %s, allocation %ld%s: %s\n", step.name,
                                 warm ? "once more" : "the first time", place,
                                 lasting ? " and all after it" : "", died ? "died" : "leaked");
                 }

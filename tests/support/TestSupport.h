@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -58,6 +59,11 @@ inline std::vector<std::string> linesOf(const std::filesystem::path& path) {
         lines.push_back(line);
     }
     return lines;
+}
+
+/// Of the files that this process has open, for instance: "/proc/self/fd".
+inline std::size_t entriesIn(const char* folder) {
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
 }
 
 /// Waits for a child and returns its wait status: 0 when it ended well.

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdio>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -23,18 +22,13 @@ namespace v2 = ruxa::fm::dolq::v2;
 class TemporaryFile {
 public:
     explicit TemporaryFile(const std::string& content) {
-        char path[] = "/tmp/dolq-unit-XXXXXX";
-        close(mkstemp(path));
-        m_path = path;
         std::ofstream(m_path, std::ios::binary) << content;
     }
-    ~TemporaryFile() { std::remove(m_path.c_str()); }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
     const std::string& path() const { return m_path; }
 
 private:
-    std::string m_path;
+    const TemporaryFolder m_folder;
+    const std::string m_path = m_folder.path() / "file";
 };
 
 /// A client of the library on the fake platform. In the end everything the library took must have

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <iterator>
 
 #include <sys/stat.h>
 
@@ -16,11 +15,6 @@ namespace fs = std::filesystem;
 
 const std::string kNuls(4, '\0');
 
-std::size_t openFiles() {
-    return static_cast<std::size_t>(
-        std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
-}
-
 using RegularFile = LibraryTest;
 
 TEST_F(RegularFile, IsReadWholeOrNotAtAll) {
@@ -32,14 +26,14 @@ TEST_F(RegularFile, IsReadWholeOrNotAtAll) {
         {{4, -EIO}, EIO}, {{-EISDIR}, EISDIR}, {{4, 0}, ENODATA}, // the file gets shorter
     };
     const TemporaryFile file("0123456789");
-    const std::size_t files = openFiles();
+    const std::size_t files = entriesIn("/proc/self/fd");
     for (const auto& row : rows) {
         platform().reads = row.reads;
         std::string content;
         ASSERT_EQ(readRegularFile(file.path(), 10, content), row.result);
         EXPECT_TRUE(platform().reads.empty());
         EXPECT_TRUE(row.result != 0 || content == "0123456789");
-        EXPECT_EQ(openFiles(), files);
+        EXPECT_EQ(entriesIn("/proc/self/fd"), files);
     }
 }
 
@@ -47,15 +41,14 @@ TEST_F(RegularFile, NothingElseIsReadNorLeftOpen) {
     const TemporaryFile file("0123456789");
     const std::string fifo = file.path() + ".fifo";
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    const std::size_t files = openFiles();
+    const std::size_t files = entriesIn("/proc/self/fd");
     std::string content;
     EXPECT_EQ(readRegularFile(fifo, 10, content), EINVAL);
     EXPECT_EQ(readRegularFile("/tmp", 10, content), EISDIR);
     EXPECT_EQ(readRegularFile("/dev/zero", 10, content), EINVAL);
     EXPECT_EQ(readRegularFile(file.path() + ".absent", 10, content), ENOENT);
     EXPECT_EQ(readRegularFile(file.path(), 9, content), EFBIG);
-    EXPECT_EQ(openFiles(), files);
-    std::remove(fifo.c_str());
+    EXPECT_EQ(entriesIn("/proc/self/fd"), files);
 }
 
 /// No parser gets past the NULs that a hole reads as.
