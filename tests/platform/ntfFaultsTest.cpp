@@ -7,16 +7,8 @@
 #include <unistd.h>
 
 #include "saNtf.h"
+#include "support/SetUserId.h"
 #include "support/TestSupport.h"
-
-namespace {
-bool g_setUserId = false; // as in a program that runs with another user's rights
-} // namespace
-
-// Stands in for the C library's.
-extern "C" [[gnu::visibility("default")]] char* secure_getenv(const char* name) noexcept {
-    return g_setUserId ? nullptr : std::getenv(name);
-}
 
 namespace {
 

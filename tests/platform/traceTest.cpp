@@ -25,21 +25,17 @@
 #include <unistd.h>
 
 #include "support/FailingMalloc.h"
+#include "support/SetUserId.h"
 #include "support/TestSupport.h"
 
 namespace {
 sockaddr_un g_log{AF_UNIX, ""}; // takes the place of /dev/log
-bool g_setUserId = false;       // as in a program that runs with another user's rights
 } // namespace
 
-// Both stand in for the C library's.
+// Stands in for the C library's.
 extern "C" [[gnu::visibility("default")]] int connect(int socket, const sockaddr* /*address*/,
                                                       socklen_t length) {
     return static_cast<int>(syscall(SYS_connect, socket, &g_log, length));
-}
-
-extern "C" [[gnu::visibility("default")]] char* secure_getenv(const char* name) noexcept {
-    return g_setUserId ? nullptr : std::getenv(name);
 }
 
 namespace {
