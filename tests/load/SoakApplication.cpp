@@ -3,7 +3,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <thread>
@@ -15,10 +14,10 @@
 
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "ruxa/fm/dolq/v2/FmiFactory.h"
+#include "support/TestSupport.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 namespace v1 = ruxa::fm::dolq::v1;
 namespace v2 = ruxa::fm::dolq::v2;
 using ruxa::fm::fmi::v1::FaultManagementI;
@@ -107,11 +106,6 @@ void liveADay(Ledger& ledger, Dice& dice, bool frees, bool exits) {
             _exit(1);
         }
     }
-}
-
-std::size_t entriesIn(const char* folder) {
-    return static_cast<std::size_t>(
-        std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
 }
 
 /// 0 under sanitizers, which have allocators of their own.
