@@ -49,6 +49,10 @@ std::string cutTo(std::size_t width, std::string_view text) {
 std::size_t displayWidth(std::string_view text) {
     std::size_t width = 0;
     while (!text.empty()) {
+        if (text.front() == '\033') { // a style's, which ends in an m
+            text.remove_prefix(std::min(text.find('m'), text.size() - 1) + 1);
+            continue;
+        }
         width += takeCharacter(text);
     }
     return width;

@@ -54,7 +54,8 @@ private:
     bool m_hasHeading = false;
 };
 
-/// How many places of a terminal `text` takes: none for a combining character, two for a wide one.
+/// How many places of a terminal `text` takes: none for a combining character or
+/// a style, two for a wide character.
 std::size_t displayWidth(std::string_view text);
 
 } // namespace dolqctl

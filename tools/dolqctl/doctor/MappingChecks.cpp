@@ -2,7 +2,7 @@
 #include "common/Environment.h"
 #include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
-#include "mappings/Inventory.h"
+#include "mappings/MappingFiles.h"
 
 namespace dolqctl {
 
@@ -32,17 +32,21 @@ void checkMappings(Diagnosis& diagnosis, const Discovery& discovery, const Inven
                  identity.productNumber + ' ' + identity.revision +
                      " is found; mapping files: " + std::to_string(discovery.mappingFiles.size()));
     const std::size_t mappings = inventory.mappings.size();
-    for (const Mistake& mistake : inventory.unreadable) {
-        diagnosis.fail(kMappings, positionText(mistake.position) + ": " + mistake.text,
-                       "correct the file: none of its mappings is used");
+    std::size_t errors = 0;
+    for (const Finding& finding : inventory.findings) {
+        errors += finding.severity == Severity::Error ? 1 : 0;
+        if (costsTheFile(finding)) {
+            diagnosis.fail(kMappings, positionText(finding.position) + ": " + finding.message,
+                           "correct the file: none of its mappings is used");
+        }
     }
     if (mappings == 0) {
         diagnosis.fail(kMappings, "give no mapping at all",
                        "without one every alarm is dropped: give the load module a mapping file");
-    } else if (!inventory.skipped.empty()) {
+    } else if (errors > 0) {
         diagnosis.warn(kMappings,
                        "mappings: " + std::to_string(mappings) +
-                           "; skipped elements: " + std::to_string(inventory.skipped.size()),
+                           "; errors: " + std::to_string(errors),
                        "see 'dolqctl check --discovered'");
     } else {
         diagnosis.ok(kMappings, "mappings: " + std::to_string(mappings));

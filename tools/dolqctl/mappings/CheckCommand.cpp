@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <system_error>
 
 #include <nlohmann/json.hpp>
@@ -9,62 +10,39 @@
 
 #include "Commands.h"
 #include "Output.h"
-#include "mappings/Checkers.h"
 #include "mappings/Discovery.h"
+#include "mappings/MappingFiles.h"
 
 namespace dolqctl {
 
 namespace {
 
 constexpr std::string_view kRules[] = {
-    "behind-root",         "beyond-32-bits",    "blank-in-class",    "blank-in-number",
-    "character-reference", "class-case",        "class-character",   "class-never-matches",
-    "duplicate",           "empty-class",       "final-comma",       "invisible-in-class",
-    "look-alike",          "missing-attribute", "missing-class",     "missing-file",
-    "misspelt-root",       "misspelt-tag",      "nested-mapping",    "no-class",
-    "no-major-id",         "no-mapping",        "not-an-integer",    "not-loaded",
-    "not-utf-8",           "override",          "text-after-number", "unknown-attribute",
-    "unknown-element",     "unknown-entity",    "unread-text"};
+    "beyond-32-bits",    "blank-in-class",     "blank-in-number",
+    "class-case",        "class-character",    "class-never-matches",
+    "duplicate",         "empty-class",        "empty-number",
+    "final-comma",       "invisible-in-class", "look-alike",
+    "missing-attribute", "missing-class",      "missing-file",
+    "misspelt-tag",      "nested-mapping",     "no-class",
+    "no-load-module",    "no-major-id",        "no-mapping",
+    "not-an-integer",    "not-loaded",         "not-utf-8",
+    "not-well-formed",   "override",           "root-name",
+    "text-after-number", "unknown-attribute",  "unknown-element",
+    "unread-text"};
 
 constexpr std::size_t kMostOfOneRule = 10;
-constexpr char kStandardInput[] = "-";
 
-struct Files {
-    std::vector<std::string> paths; ///< in reading order, each file once
-    bool isComplete = true;         ///< the load-module handler could be asked for all of them
-};
-
-/// The files that are named, or those of the load module.
-Files filesOf(const CheckArguments& arguments) {
-    silenceTraces();
-    Files files;
-    std::vector<std::string> found = arguments.files;
-    if (arguments.discovered) {
-        const Discovery discovery = discover(arguments.identity);
-        if (discovery.mappingFiles.empty()) {
-            throw CommandError(discovery.whyNoMappingFile());
+void refuseWrongRules(const std::vector<std::string>& allowed) {
+    for (const std::string& rule : allowed) {
+        if (std::find(std::begin(kRules), std::end(kRules), rule) == std::end(kRules)) {
+            throw CommandError("there is no rule " + inQuotes(rule) + "; the rules are " +
+                               joined(kRules));
         }
-        for (const std::string& problem : discovery.problems) {
-            tell(problem);
-        }
-        found = discovery.mappingFiles;
-        files.isComplete = discovery.failedCategories.empty();
-    } else if (found.empty()) {
-        throw CommandError("name a mapping FILE or give --discovered");
-    }
-    for (const std::string& path : found) {
-        const auto same =
-            std::find_if(files.paths.begin(), files.paths.end(), [&](const std::string& other) {
-                std::error_code ignored; // of a file that is not there
-                return path == other || std::filesystem::equivalent(path, other, ignored);
-            });
-        if (same == files.paths.end()) {
-            files.paths.push_back(path);
-        } else {
-            tell(printable(path) + " is checked once, as " + printable(*same));
+        if (rule == "not-loaded" || rule == "no-mapping") {
+            throw CommandError("the rule " + inQuotes(rule) +
+                               " cannot be allowed: nothing of such a file is used");
         }
     }
-    return files;
 }
 
 /// The path of an unnamed file that holds the standard input: the reader takes regular files only.
@@ -80,88 +58,83 @@ std::string keptStandardInput() {
     return path;
 }
 
-const char* severityText(Severity severity) {
-    return severity == Severity::Error ? "error" : "warning";
-}
-
-/// "3,999,990".
-std::string inThousands(std::size_t number) {
-    std::string text = std::to_string(number);
-    for (std::size_t at = text.size(); at > 3;) {
-        text.insert(at -= 3, ",");
+/// Without those that name a file again.
+std::vector<std::string> eachOnce(const std::vector<std::string>& paths) {
+    std::vector<std::string> once;
+    for (const std::string& path : paths) {
+        const auto same = std::find_if(once.begin(), once.end(), [&](const std::string& other) {
+            std::error_code ignored; // of a file that is not there
+            return path == other || std::filesystem::equivalent(path, other, ignored);
+        });
+        if (same == once.end()) {
+            once.push_back(path);
+        } else {
+            tell(printable(path) + " is checked once, as " + printable(*same));
+        }
     }
-    return text;
+    return once;
 }
 
 void print(const Finding& finding, Output& output) {
-    const Style style = finding.severity == Severity::Error ? Style::Bad : Style::Warning;
+    const bool isError = finding.severity == Severity::Error;
     const std::string more =
-        finding.more > 0 ? " (and " + inThousands(finding.more) + " more)" : "";
-    output.line(output.styled(Style::Bold, positionText(finding.position) + ':') + ' ' +
-                output.styled(style, severityText(finding.severity) + std::string(":")) + ' ' +
-                finding.message + more + " [" + finding.rule + ']');
-}
-
-nlohmann::ordered_json jsonOf(const Finding& finding) {
-    nlohmann::ordered_json json = finding.position;
-    json["severity"] = severityText(finding.severity);
-    json["rule"] = finding.rule;
-    json["message"] = finding.message;
-    if (finding.other) {
-        json["other"] = *finding.other;
-    }
-    if (finding.more > 0) {
-        json["more"] = finding.more;
-    }
-    return json;
+        finding.more > 0 ? " (and " + std::to_string(finding.more) + " more)" : "";
+    output.wrapped(
+        output.styled(Style::Bold, positionText(finding.position) + ':') + ' ' +
+            output.styled(isError ? Style::Bad : Style::Warning, isError ? "error:" : "warning:") +
+            ' ' + finding.message + more + " [" + finding.rule + ']',
+        "    ");
 }
 
 } // namespace
 
 int runCheck(const CheckArguments& arguments, Output& output) {
-    for (const std::string& rule : arguments.allowed) {
-        if (std::find(std::begin(kRules), std::end(kRules), rule) == std::end(kRules)) {
-            throw CommandError("there is no rule " + inQuotes(rule) + "; the rules are " +
-                               joined(kRules));
+    refuseWrongRules(arguments.allowed);
+    silenceTraces();
+    std::vector<std::string> paths = arguments.files;
+    bool isComplete = true;
+    if (arguments.discovered) {
+        const Discovery discovery = discover(arguments.identity);
+        paths = discovery.mappingFiles;
+        isComplete = discovery.failedCategories.empty();
+        if (paths.empty()) {
+            throw CommandError(discovery.whyNoMappingFile());
         }
-        if (rule == "not-loaded" || rule == "no-mapping") {
-            throw CommandError("the rule " + inQuotes(rule) +
-                               " cannot be allowed: nothing of such a file is used");
+        for (const std::string& problem : discovery.problems) {
+            tell(problem);
         }
+    } else if (paths.empty()) {
+        throw CommandError("name a mapping FILE or give --discovered");
     }
-    const Files files = filesOf(arguments);
-    MappingFileChecker checker(kMostOfOneRule);
+    paths = eachOnce(paths);
+    Inventory inventory;
+    MappingFileReader reader(inventory, kMostOfOneRule);
+    for (const std::string& path : paths) {
+        reader.read(path == "-" ? keptStandardInput() : path, path);
+    }
     std::vector<Finding> findings;
+    std::copy_if(inventory.findings.begin(), inventory.findings.end(), std::back_inserter(findings),
+                 [&](const Finding& finding) {
+                     const auto& allowed = arguments.allowed;
+                     return std::find(allowed.begin(), allowed.end(), finding.rule) ==
+                            allowed.end();
+                 });
     std::size_t errors = 0;
     std::size_t warnings = 0;
-    for (const std::string& path : files.paths) {
-        const std::string readable = path == kStandardInput ? keptStandardInput() : path;
-        for (const Finding& finding : checker.check(readable, path)) {
-            const auto& allowed = arguments.allowed;
-            if (std::find(allowed.begin(), allowed.end(), finding.rule) == allowed.end()) {
-                (finding.severity == Severity::Error ? errors : warnings) += 1 + finding.more;
-                findings.push_back(finding);
-            }
-        }
+    for (const Finding& finding : findings) {
+        (finding.severity == Severity::Error ? errors : warnings) += 1 + finding.more;
     }
     if (arguments.json) {
-        nlohmann::ordered_json json{{"files", files.paths},
-                                    {"errors", errors},
-                                    {"warnings", warnings},
-                                    {"findings", nlohmann::ordered_json::array()}};
-        for (const Finding& finding : findings) {
-            json["findings"].push_back(jsonOf(finding));
-        }
-        output.print(json);
+        output.print(nlohmann::ordered_json{
+            {"files", paths}, {"errors", errors}, {"warnings", warnings}, {"findings", findings}});
     } else {
         for (const Finding& finding : findings) {
             print(finding, output);
         }
         output.line(counted(errors, "error") + ", " + counted(warnings, "warning") + " in " +
-                    counted(files.paths.size(), "file"));
+                    counted(paths.size(), "file"));
     }
-    return !files.isComplete || errors > 0 || (arguments.strict && warnings > 0) ? kFindings
-                                                                                 : kFine;
+    return !isComplete || errors > 0 || (arguments.strict && warnings > 0) ? kFindings : kFine;
 }
 
 } // namespace dolqctl

@@ -12,8 +12,7 @@
 #include "Library.h"
 #include "Output.h"
 #include "common/Environment.h"
-#include "mappings/Checkers.h"
-#include "mappings/Inventory.h"
+#include "mappings/XmlChecks.h"
 #include "xmlconf/dolqXmlConfigurator.h"
 
 namespace dolqctl {

@@ -1,7 +1,6 @@
 #include "mappings/Explanation.h"
 
 #include <algorithm>
-#include <fstream>
 #include <regex>
 
 #include <saAis.h>
@@ -41,23 +40,15 @@ void lookUp(const Mappings& mappings, Explanation& explanation) {
     });
 }
 
-/// In lines that name the fault: an element misspelt or skipped, a class that never matches.
+/// In elements that name the fault: misspelt, skipped, with a class that never matches. Of two
+/// mappings for one fault and class none is missing.
 std::vector<std::string> mistakesAbout(std::uint32_t faultId, const Inventory& inventory) {
     const std::regex number("(^|[^0-9])" + std::to_string(faultId) + "([^0-9]|$)");
     std::vector<std::string> texts;
-    std::ifstream file;
-    FilePosition read;
-    std::string line;
-    for (const Mistake& mistake : inventory.mistakes) { // by file and line
-        if (mistake.position.file != read.file || mistake.position.line < read.line) {
-            read = {mistake.position.file};
-            file = std::ifstream(read.file);
-        }
-        while (read.line < mistake.position.line && std::getline(file, line)) {
-            ++read.line;
-        }
-        if (read.line == mistake.position.line && std::regex_search(line, number)) {
-            texts.push_back(positionText(mistake.position) + ": " + mistake.text);
+    for (const Finding& finding : inventory.findings) {
+        if (finding.severity == Severity::Error && !finding.other &&
+            std::regex_search(finding.about, number)) {
+            texts.push_back(positionText(finding.position) + ": " + finding.message);
         }
     }
     return texts;
@@ -87,8 +78,10 @@ std::vector<std::string> mappingObstacles(const Explanation& explanation,
     if (!explanation.nearMisses.empty()) {
         obstacles.push_back(otherClassesText(explanation));
     }
-    for (const Mistake& mistake : inventory.unreadable) {
-        obstacles.push_back(positionText(mistake.position) + ": " + mistake.text);
+    for (const Finding& finding : inventory.findings) {
+        if (costsTheFile(finding)) {
+            obstacles.push_back(positionText(finding.position) + ": " + finding.message);
+        }
     }
     obstacles.insert(obstacles.end(), discovery.problems.begin(), discovery.problems.end());
     if (explanation.nearMisses.empty()) {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "adapter/MoClass.h"
-#include "mappings/Inventory.h"
+#include "mappings/MappingFiles.h"
 
 namespace dolqctl {
 

@@ -8,21 +8,38 @@
 #include <utility>
 #include <vector>
 
-#include "mappings/Inventory.h"
+#include <nlohmann/json_fwd.hpp>
 
 class TiXmlAttribute;
-class TiXmlElement;
+class TiXmlBase;
 
 namespace dolqctl {
 
+/// Where in a file something stands. Line and column count from 1; 0 is the file as a whole.
+struct FilePosition {
+    std::string file;
+    int line = 0;
+    int column = 0;
+};
+
+FilePosition positionOf(const std::string& file, const TiXmlBase& part);
+
+/// "file:line:column", or less where there is none; printable.
+std::string positionText(const FilePosition& position);
+/// "file:line", the file without the first `skipped` characters of its path.
+std::string lineText(const FilePosition& position, std::size_t skipped = 0);
+
+/// An error is a mapping that is lost or is not what is written, a warning something that works but
+/// was hardly meant.
 enum class Severity { Warning, Error };
 
 struct Finding {
     FilePosition position;
     Severity severity;
     const char* rule;
-    std::string message;
+    std::string message;                    ///< printable
     std::optional<FilePosition> other = {}; ///< the mapping that this one replaces or repeats
+    std::string about = {};                 ///< the values of the element's attributes, or its text
     std::size_t more = 0;                   ///< of its rule and severity, counted but not kept
 };
 
@@ -30,12 +47,12 @@ struct Finding {
 class Findings {
 public:
     /// Keeps the first `most` of one rule and severity.
-    explicit Findings(std::string file = {}, std::size_t most = std::string::npos)
-        : m_file(std::move(file)), m_most(most) {}
+    Findings(std::string file, std::size_t most) : m_file(std::move(file)), m_most(most) {}
 
     const std::string& file() const { return m_file; }
     bool hasError() const;
     void add(Finding finding);
+    /// `part`: an element, an attribute or a text of the file.
     void add(Severity severity, const char* rule, const TiXmlBase& part, std::string message);
 
     /// By position; nothing is left here.
@@ -48,29 +65,8 @@ private:
     std::map<std::pair<std::string_view, Severity>, std::size_t> m_counts;
 };
 
-/// What the raw text of a file says about it.
-struct XmlText {
-    int readError = 0; ///< an errno value where there is no text
-    std::string rootName;
-    std::string failure; ///< why the parser stops; empty where it was not seen to
-    FilePosition failedAt;
-};
-
-/// Follows the raw text of `path` as TinyXML does, for where and why it stops. Adds what it
-/// swallows.
-XmlText checkText(const std::string& path, Findings& findings);
-
-/// Adds why nothing of the file is read; `document` is what the reader made of it.
-void addNotLoaded(const XmlText& text, const TiXmlDocument& document, Findings& findings);
-
-/// Adds texts between the children of `element`, which nothing reads.
-void addUnreadText(const TiXmlElement& element, Findings& findings);
-
-/// Adds the attributes of `element` that are none of the `known` ones, which are all that is read.
-void addUnknownAttributes(const TiXmlElement& element, const std::vector<const char*>& known,
-                          Findings& findings);
-
-const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name);
+/// Whether nothing of the file is used.
+bool costsTheFile(const Finding& finding);
 
 /// Foreign text in quotes; only the beginning of a long one.
 std::string inShortQuotes(std::string_view text);
@@ -78,14 +74,21 @@ std::string inShortQuotes(std::string_view text);
 /// `name="value"`.
 std::string written(const TiXmlAttribute& attribute);
 
-/// A text, and what it looks like.
+/// What a text looks like.
 struct PlainText {
-    std::string letters; ///< with letters of other alphabets replaced by those they look like
-    std::string visible; ///< without what looks like a blank or like nothing, as `letters` is, too
-    std::string first;   ///< the name of the first such character, "U+00A0"; empty without one
+    std::string letters; ///< look-alikes replaced, and without what looks like a blank or nothing
+    std::string odd;     ///< the first character that this changes, "U+00A0"; or empty
+    bool isInvisible = false; ///< so is that character
+    bool isUtf8 = true;
 };
 
 /// Words of languages that have such letters stay as they are.
 PlainText plainText(std::string_view text);
+
+/// Its letters as they look, in lower case and without white space.
+std::string folded(const std::string& text);
+
+void to_json(nlohmann::ordered_json& json, const FilePosition& position);
+void to_json(nlohmann::ordered_json& json, const Finding& finding);
 
 } // namespace dolqctl

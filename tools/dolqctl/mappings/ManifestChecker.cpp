@@ -4,10 +4,11 @@
 #include <map>
 #include <system_error>
 
+#include <Velk.h>
 #include <tinyxml.h>
 
 #include "Output.h"
-#include "mappings/Checkers.h"
+#include "mappings/XmlChecks.h"
 #include "platform/loadmodules/Manifest.h"
 #include "xmlconf/MappingFileFormat.h"
 
@@ -20,16 +21,14 @@ constexpr char kTag[] = "alarm_mapping";
 
 class Checker final : public platform::loadmodules::ManifestObserverI {
 public:
-    Checker(const XmlText& text, Findings& findings)
+    Checker(XmlText& text, Findings& findings)
         : m_folder(std::filesystem::path(findings.file()).parent_path()), m_text(text),
           m_findings(findings) {}
 
     bool wantsPlaces() const override { return true; }
 
     void onNotLoaded(const TiXmlDocument& document) override {
-        if (!m_text.failure.empty() || !m_findings.hasError()) { // else: goes on behind the root
-            addNotLoaded(m_text, document, m_findings);
-        }
+        m_text.addNotLoaded(document, "it is no manifest to the embedded load-module handler");
     }
 
     void onOtherElement(const TiXmlElement& element, const char* expected) override {
@@ -79,15 +78,22 @@ private:
                                    [](unsigned char c) { return std::isspace(c) != 0; }),
                     plain.end());
         std::error_code error;
-        if (name == "path" && !value.empty() && !std::filesystem::exists(m_folder / value, error)) {
+        const auto file = m_folder / value;
+        const bool isNumber = name == "productNumber" || name == "revision";
+        if (name == "path" && !value.empty() &&
+            (!std::filesystem::is_regular_file(file, error) ||
+             std::filesystem::equivalent(file, m_findings.file(), error))) {
             m_findings.add(Severity::Warning, "missing-file", attribute,
-                           written(attribute) + " is not there: a relative path counts from the "
-                                                "folder of the manifest");
+                           written(attribute) + " is no other file: a relative path counts from "
+                                                "the folder of the manifest");
+        } else if (isNumber && value.empty()) {
+            m_findings.add(Severity::Warning, "empty-number", attribute,
+                           written(attribute) + " fits only programs that have none, either");
         } else if (name == "tag" && value != kTag &&
                    (isMisspelt(plain, kTag) || isMisspelt(plain, std::string(kTag) + ".xml"))) {
             m_findings.add(Severity::Error, "misspelt-tag", attribute,
                            written(attribute) + " is not '" + kTag + "': the file is not read");
-        } else if ((name == "productNumber" || name == "revision") && plain != value) {
+        } else if (isNumber && plain != value) {
             m_findings.add(
                 Severity::Warning, "blank-in-number", attribute,
                 written(attribute) +
@@ -97,32 +103,32 @@ private:
     }
 
     const std::filesystem::path m_folder;
-    const XmlText& m_text;
+    XmlText& m_text;
     Findings& m_findings;
 };
 
 } // namespace
 
-bool isManifest(const XmlText& text) { return isMisspelt(text.rootName, kRoot); }
-
-void checkManifest(const std::string& path, const XmlText& text, Findings& findings) {
-    if (text.readError != 0) {
-        addNotLoaded(text, {}, findings);
-        return;
-    }
+void checkManifest(const std::string& path, XmlText& text, Findings& findings) {
     Checker checker(text, findings);
     std::vector<platform::loadmodules::LoadModule> modules;
     const int result = platform::loadmodules::readManifest(path, modules, checker);
-    if (result != 0 && !findings.hasError()) {
-        findings.add(Severity::Error, "not-loaded", TiXmlElement(""),
-                     "the whole manifest is refused: error " + std::to_string(result) +
-                         " of the embedded load-module handler");
+    text.addErrors();
+    if (result != VELK_OK ? !findings.hasError() : !text.wasRead()) {
+        text.addNotLoaded({}, "error " + std::to_string(result) +
+                                  " of the embedded load-module handler");
+    } else if (result == VELK_OK && modules.empty()) {
+        findings.add({{findings.file()},
+                      Severity::Warning,
+                      "no-load-module",
+                      "the manifest names no load module"});
     }
 }
 
 std::vector<Finding> findManifestMistakes(const std::string& path) {
-    Findings findings(path);
-    checkManifest(path, checkText(path, findings), findings);
+    Findings findings(path, std::string::npos);
+    XmlText text(path, findings);
+    checkManifest(path, text, findings);
     return findings.take();
 }
 

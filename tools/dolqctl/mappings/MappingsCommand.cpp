@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <optional>
 #include <regex>
 
@@ -7,7 +8,7 @@
 #include "Output.h"
 #include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
-#include "mappings/Inventory.h"
+#include "mappings/MappingFiles.h"
 
 namespace dolqctl {
 
@@ -80,8 +81,7 @@ nlohmann::ordered_json jsonOf(const Discovery& discovery, const Inventory& inven
               {"revision", discovery.identity.revision},
               {"failedCategories", discovery.failedCategories},
               {"loadModules", Json::array()},
-              {"unreadable", inventory.unreadable},
-              {"skipped", inventory.skipped},
+              {"findings", inventory.findings},
               {"mappings", Json::array()}};
     for (const Discovery::LoadModule& loadModule : discovery.loadModules) {
         if (loadModule.matches) {
@@ -115,7 +115,9 @@ int runMappings(const MappingsArguments& arguments, Output& output) {
     if (mappings.empty() && !inventory.mappings.empty()) {
         tell("no mapping fits; without --fault, --class and --alarm all of them are shown");
     }
-    const bool isComplete = discovery.failedCategories.empty() && inventory.unreadable.empty();
+    const bool isComplete =
+        discovery.failedCategories.empty() &&
+        std::none_of(inventory.findings.begin(), inventory.findings.end(), costsTheFile);
     return isComplete && !mappings.empty() ? kFine : kFindings;
 }
 

@@ -1,17 +1,21 @@
+#include "mappings/MappingFiles.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <limits>
 
+#include <nlohmann/json.hpp>
 #include <tinyxml.h>
 
 #include "Output.h"
 #include "adapter/MinorType.h"
-#include "mappings/Checkers.h"
+#include "common/XmlDocument.h"
+#include "mappings/XmlChecks.h"
 #include "xmlconf/MappingFileFormat.h"
 #include "xmlconf/dolqXmlConfigurator.h"
 
@@ -68,7 +72,7 @@ std::string minorTypeText(std::uint32_t minorType) {
 
 /// What to write in place of a number that is not read as it is meant: "; write "7"", or nothing.
 std::string meantNumber(const std::string& value, bool isMinorType) {
-    std::string plain = plainText(value).letters;
+    std::string plain = plainText(value).letters; // of "131 073", "“131073”"
     plain.erase(std::remove_if(plain.begin(), plain.end(),
                                [](char c) { return c == ' ' || c == '"' || c == '\''; }),
                 plain.end());
@@ -91,32 +95,50 @@ std::string meantNumber(const std::string& value, bool isMinorType) {
 
 } // namespace
 
-std::vector<Finding> MappingFileChecker::check(const std::string& path, const std::string& name) {
+void MappingFileReader::read(const std::string& path, const std::string& name) {
     m_findings = Findings(name, m_most);
-    m_text = checkText(path, m_findings);
-    if (isManifest(m_text)) {
-        checkManifest(path, m_text, m_findings);
-    } else {
-        dolq::xmlconf::MappingXmlConfigurator().readMappingFile(path, *this);
+    m_mapsNothing = false;
+    XmlText text(path, m_findings);
+    m_text = &text;
+    if (text.isManifest()) {
+        checkManifest(path, text, m_findings);
+    } else if (dolq::xmlconf::MappingXmlConfigurator().readMappingFile(path, *this)) {
+        text.addErrors();
     }
-    return m_findings.take();
+    if (m_mapsNothing) {
+        m_findings.add({{name},
+                        Severity::Error,
+                        "no-mapping",
+                        "the file maps nothing: all its 'mapping' elements are skipped"});
+    }
+    std::vector<Finding> findings = m_findings.take();
+    m_inventory.findings.insert(m_inventory.findings.end(),
+                                std::make_move_iterator(findings.begin()),
+                                std::make_move_iterator(findings.end()));
 }
 
-void MappingFileChecker::onNotLoaded(const TiXmlDocument& document) {
-    addNotLoaded(m_text, document, m_findings);
+void MappingFileReader::onNotLoaded(const TiXmlDocument& document) {
+    const common::XmlLimits limits;
+    m_text->addNotLoaded(document, "more than " + std::to_string(limits.depth) +
+                                       " levels of elements, or more than " +
+                                       std::to_string(limits.attributes) + " attributes in one");
 }
 
-void MappingFileChecker::onNoRoot() { addNotLoaded(m_text, {}, m_findings); }
+void MappingFileReader::onNoRoot() {
+    m_text->addNotLoaded({}, "no element is found, as behind a document type that declares "
+                             "something");
+}
 
-void MappingFileChecker::onRoot(const TiXmlElement& root) {
-    if (root.ValueStr() != kRoot && isMisspelt(root.ValueStr(), kRoot)) {
-        m_findings.add(Severity::Warning, "misspelt-root", root,
+void MappingFileReader::onRoot(const TiXmlElement& root) {
+    if (root.ValueStr() != kRoot) {
+        m_findings.add(Severity::Warning, "root-name", root,
                        "the root element " + inShortQuotes(root.Value()) +
                            " is read, but its name is '" + kRoot + "'");
     }
     addUnreadText(root, m_findings);
     checkChildren(root);
-    if (root.FirstChildElement(kMapping) == nullptr) {
+    m_mapsNothing = root.FirstChildElement(kMapping) != nullptr; // until one is recorded
+    if (!m_mapsNothing) {
         m_findings.add(
             Severity::Error, "no-mapping", root,
             "the file maps nothing: its root element " + inShortQuotes(root.Value()) +
@@ -126,7 +148,7 @@ void MappingFileChecker::onRoot(const TiXmlElement& root) {
 }
 
 /// The depth is bounded: the reader gives no deeper document to the parser.
-void MappingFileChecker::checkChildren(const TiXmlElement& element) {
+void MappingFileReader::checkChildren(const TiXmlElement& element) {
     const bool isRoot = element.Parent()->ToDocument() != nullptr;
     for (const TiXmlElement* child = element.FirstChildElement(); child != nullptr;
          child = child->NextSiblingElement()) {
@@ -144,7 +166,7 @@ void MappingFileChecker::checkChildren(const TiXmlElement& element) {
     }
 }
 
-void MappingFileChecker::checkMapping(const TiXmlElement& element) {
+void MappingFileReader::checkMapping(const TiXmlElement& element) {
     checkNumber(element, kFaultId);
     checkNumber(element, kMinorType);
     if (const TiXmlAttribute* const list = findAttribute(element, kMoClass)) {
@@ -157,7 +179,7 @@ void MappingFileChecker::checkMapping(const TiXmlElement& element) {
     addUnknownAttributes(element, {kFaultId, kMinorType, kMoClass}, m_findings);
 }
 
-void MappingFileChecker::checkNumber(const TiXmlElement& element, const char* name) {
+void MappingFileReader::checkNumber(const TiXmlElement& element, const char* name) {
     int number = 0;
     const int outcome = element.QueryIntAttribute(name, &number); // as the reader asks
     if (outcome == TIXML_NO_ATTRIBUTE) {
@@ -198,7 +220,7 @@ void MappingFileChecker::checkNumber(const TiXmlElement& element, const char* na
     }
 }
 
-void MappingFileChecker::checkClassList(const TiXmlAttribute& list) {
+void MappingFileReader::checkClassList(const TiXmlAttribute& list) {
     std::string classes = list.Value();
     classes.erase(std::remove(classes.begin(), classes.end(), ' '), classes.end());
     if (classes.empty()) {
@@ -217,7 +239,7 @@ void MappingFileChecker::checkClassList(const TiXmlAttribute& list) {
     }
 }
 
-void MappingFileChecker::checkUnread(const TiXmlElement& element) {
+void MappingFileReader::checkUnread(const TiXmlElement& element) {
     const bool hasIds =
         element.Attribute(kFaultId) != nullptr || element.Attribute(kMinorType) != nullptr;
     const bool isMapping = hasIds || isMisspelt(element.ValueStr(), kMapping);
@@ -226,38 +248,79 @@ void MappingFileChecker::checkUnread(const TiXmlElement& element) {
                        (isMapping ? std::string(": did you mean '") + kMapping + "'?" : ""));
 }
 
-void MappingFileChecker::onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
-                                               std::uint32_t minorType) {
-    remember(element, faultId, minorType, {});
+void MappingFileReader::onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
+                                              std::uint32_t minorType) {
+    record({faultId, {}, minorType, positionOf(m_findings.file(), element)});
 }
 
-void MappingFileChecker::onMapping(const TiXmlElement& element, std::uint32_t faultId,
-                                   std::uint32_t minorType, const std::string& moClass) {
-    checkClass(*findAttribute(element, kMoClass), moClass);
-    remember(element, faultId, minorType, moClass);
+void MappingFileReader::onMapping(const TiXmlElement& element, std::uint32_t faultId,
+                                  std::uint32_t minorType, const std::string& moClass) {
+    if (record({faultId, moClass, minorType, positionOf(m_findings.file(), element)})) {
+        checkClass(*findAttribute(element, kMoClass), moClass);
+    }
 }
 
-void MappingFileChecker::checkClass(const TiXmlAttribute& list, const std::string& moClass) {
+/// False for one that the same element has given already.
+bool MappingFileReader::record(const Mapping& mapping) {
+    m_mapsNothing = false;
+    std::vector<Mapping>& history = m_inventory.mappings[{mapping.faultId, mapping.moClass}];
+    const FilePosition position = mapping.position;
+    const bool isNew = history.empty();
+    const FilePosition earlier = isNew ? FilePosition() : history.back().position;
+    const bool sameFile = earlier.file == position.file;
+    const bool sameElement =
+        sameFile && earlier.line == position.line && earlier.column == position.column;
+    if (!isNew && !(sameElement && mapping.moClass.empty())) {
+        const std::uint32_t other = history.back().minorType;
+        const std::string text = minorTypeText(mapping.minorType);
+        const bool isError = sameFile && other != mapping.minorType;
+        m_findings.add({position, isError ? Severity::Error : Severity::Warning,
+                        sameFile ? "duplicate" : "override",
+                        "fault " + std::to_string(mapping.faultId) +
+                            (mapping.moClass.empty() ? " without a class"
+                                                     : " on " + inShortQuotes(mapping.moClass)) +
+                            (other == mapping.minorType ? " is mapped to " + text + " already at "
+                                                        : " gets " + text + " in place of " +
+                                                              minorTypeText(other) + " at ") +
+                            positionText(earlier),
+                        earlier});
+    }
+    if (!sameElement) {
+        history.push_back(mapping);
+    }
+    return !sameElement;
+}
+
+void MappingFileReader::checkClass(const TiXmlAttribute& list, const std::string& moClass) {
     if (moClass.empty()) {
         m_findings.add(Severity::Warning, "empty-class", list,
                        "an empty piece of the class list is an entry without a class");
         return;
     }
     const std::string theClass = "the class " + inShortQuotes(moClass);
-    const auto [plain, visible, first] = plainText(moClass);
+    const PlainText plain = plainText(moClass);
     for (const auto& [characters, severity, rule, reason] : kOddCharacters) {
-        if (plain.find_first_of(characters) != plain.npos) {
+        if (plain.letters.find_first_of(characters) != std::string::npos &&
+            !m_text->hasErrorIn(list.Row())) { // which may be where they come from
             m_findings.add(severity, rule, list, theClass + reason);
         }
     }
-    if (!first.empty()) {
-        const bool isInvisible = visible == plain;
-        m_findings.add(Severity::Error, isInvisible ? "invisible-in-class" : "look-alike", list,
-                       theClass + " holds " + first +
-                           (isInvisible ? ", which cannot be seen but is part of it"
-                                        : ", which looks like another character") +
-                           ": write " + inShortQuotes(plain));
+    if (!plain.isUtf8) {
+        m_findings.add(Severity::Error, "not-utf-8", list,
+                       theClass + " is not UTF-8: save the file as UTF-8, and begin it with "
+                                  "<?xml version=\"1.0\" encoding=\"UTF-8\"?>");
+    } else if (!plain.odd.empty()) {
+        m_findings.add(Severity::Error, plain.isInvisible ? "invisible-in-class" : "look-alike",
+                       list,
+                       theClass + " holds " + plain.odd +
+                           (plain.isInvisible ? ", which cannot be seen but is part of it"
+                                              : ", which looks like another character") +
+                           ": write " + inShortQuotes(plain.letters));
     }
+    checkSpelling(list, moClass);
+}
+
+void MappingFileReader::checkSpelling(const TiXmlAttribute& list, const std::string& moClass) {
     std::string lowerCase = moClass;
     std::transform(lowerCase.begin(), lowerCase.end(), lowerCase.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
@@ -266,32 +329,44 @@ void MappingFileChecker::checkClass(const TiXmlAttribute& list, const std::strin
         m_spellings.try_emplace(std::move(lowerCase), moClass, position).first->second;
     if (spelling != moClass) {
         m_findings.add(Severity::Warning, "class-case", list,
-                       theClass + " is written " + inShortQuotes(spelling) + " at " +
-                           positionText(earlier) + ": letter case makes them two classes");
+                       "the class " + inShortQuotes(moClass) + " is written " +
+                           inShortQuotes(spelling) + " at " + positionText(earlier) +
+                           ": letter case makes them two classes");
     }
 }
 
-void MappingFileChecker::remember(const TiXmlElement& element, std::uint32_t faultId,
-                                  std::uint32_t minorType, const std::string& moClass) {
-    const Earlier mapping{minorType, positionOf(m_findings.file(), element)};
-    const auto [entry, isNew] = m_mappings.try_emplace({faultId, moClass}, mapping);
-    const auto [earlierType, earlier] = std::exchange(entry->second, mapping);
-    const bool sameFile = earlier.file == mapping.position.file;
-    const bool sameElement = sameFile && earlier.line == mapping.position.line &&
-                             earlier.column == mapping.position.column;
-    if (isNew || (moClass.empty() && sameElement)) {
-        return; // empty pieces of one list are told already
+std::string alarmText(std::uint32_t minorType) {
+    return std::to_string(dolq::majorIdOf(minorType)) + '/' +
+           std::to_string(dolq::minorIdOf(minorType));
+}
+
+Inventory readMappingFiles(const std::vector<std::string>& paths) {
+    constexpr std::size_t kEnough =
+        1000; // of one rule: what was left out could be the one asked for
+    Inventory inventory;
+    MappingFileReader reader(inventory, kEnough);
+    for (const std::string& path : paths) {
+        reader.read(path, path);
     }
-    const bool sameAlarm = earlierType == minorType;
-    m_findings.add({mapping.position, sameFile && !sameAlarm ? Severity::Error : Severity::Warning,
-                    sameFile ? "duplicate" : "override",
-                    "fault " + std::to_string(faultId) +
-                        (moClass.empty() ? " without a class" : " on " + inShortQuotes(moClass)) +
-                        (sameAlarm ? " is mapped to " + minorTypeText(minorType) + " already at "
-                                   : " gets " + minorTypeText(minorType) + " in place of " +
-                                         minorTypeText(earlierType) + " at ") +
-                        positionText(earlier),
-                    earlier});
+    return inventory;
+}
+
+void to_json(nlohmann::ordered_json& json, const Mapping& mapping) {
+    char hex[sizeof("0x00010002")];
+    std::snprintf(hex, sizeof(hex), "0x%08X", mapping.minorType);
+    json = {{"faultId", mapping.faultId},
+            {"class", mapping.moClass},
+            {"minorType", mapping.minorType},
+            {"minorTypeHex", hex},
+            {"majorId", dolq::majorIdOf(mapping.minorType)},
+            {"minorId", dolq::minorIdOf(mapping.minorType)}};
+    json.update(nlohmann::ordered_json(mapping.position));
+}
+
+nlohmann::ordered_json effectiveJson(const std::vector<Mapping>& history) {
+    nlohmann::ordered_json json = history.back();
+    json["overrides"] = std::vector<Mapping>(std::next(history.rbegin()), history.rend());
+    return json;
 }
 
 } // namespace dolqctl
