@@ -294,7 +294,6 @@ std::string problemOfWords(const CLI::App& app) {
     const auto option = std::find_if(words.begin(), words.end(),
                                      [](const auto& word) { return word.rfind('-', 0) == 0; });
     const bool isOption = option != words.end();
-    const bool isCommand = app.get_parent() != nullptr;
     const std::string unknown = isOption ? *option : words.front();
     std::vector<std::string> names;
     for (const CLI::App* const each : app.get_subcommands({})) {
@@ -312,7 +311,8 @@ std::string problemOfWords(const CLI::App& app) {
             names.push_back(each->get_name());
         }
     }
-    const char* const kind = isOption ? "option " : isCommand ? "argument " : "command ";
+    const bool isCommand = app.get_parent() == nullptr;
+    const char* const kind = isOption ? "option " : isCommand ? "command " : "argument ";
     return std::string("unknown ") + kind + inQuotes(unknown) +
            (names.empty() ? "" : ": did you mean " + joined(names, " or ") + '?');
 }
@@ -337,7 +337,12 @@ std::string problemOf(const CLI::ParseError& error) {
 }
 
 /// Fills the arguments of the command that is named, and runs it.
-void parse(CLI::App& program, std::vector<std::string> arguments, Output& output) {
+void parse(CLI::App& program, int argc, char** argv, Output& output) {
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (!arguments.empty() && arguments.front() == "help") {
+        std::replace(arguments.begin(), arguments.end(), std::string("help"),
+                     std::string("--help"));
+    }
     std::reverse(arguments.begin(), arguments.end()); // the order that the parser takes
     try {
         program.parse(arguments);
@@ -398,12 +403,7 @@ See also dolqctl(1).)");
     DoctorArguments doctor;
     addDoctor(program, doctor, pid).callback([&] { exitCode = runDoctor(doctor, output); });
 
-    std::vector<std::string> arguments(argv + 1, argv + argc);
-    if (!arguments.empty() && arguments.front() == "help") {
-        std::replace(arguments.begin(), arguments.end(), std::string("help"),
-                     std::string("--help"));
-    }
-    parse(program, std::move(arguments), output);
+    parse(program, argc, argv, output);
     if (!output.flush()) {
         throw CommandError("standard output cannot be written");
     }

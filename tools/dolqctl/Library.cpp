@@ -3,7 +3,7 @@
 #include <csignal>
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 
 #include <dlfcn.h>
 #include <sys/resource.h>
@@ -58,8 +58,9 @@ Library::Library(const char* soname)
 }
 
 std::string Library::content() const {
-    std::ifstream stream(file(), std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    std::ostringstream bytes;
+    bytes << std::ifstream(file(), std::ios::binary).rdbuf();
+    return bytes.str();
 }
 
 bool Library::contains(std::string_view text) const {
