@@ -1,6 +1,8 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <future>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
@@ -10,9 +12,11 @@
 #include <unistd.h>
 
 #include "Library.h"
+#include "Output.h"
 #include "common/AisNames.h"
 #include "common/Environment.h"
 #include "doctor/Diagnosis.h"
+#include "platform/ntf/FaultSchedule.h"
 #include "platform/ntf/log/LogPath.h"
 
 // A sanitizer's allocator can tell by itself; without one these are null. The names are its own.
@@ -20,7 +24,6 @@
 extern "C" {
 [[gnu::weak]] int __sanitizer_get_ownership(const volatile void* block);
 [[gnu::weak]] std::size_t __sanitizer_get_allocated_size(const volatile void* block);
-extern const char _end; // of this program, behind which malloc's memory begins
 }
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
@@ -33,16 +36,14 @@ std::size_t sizeOfBlock(SaNameT* name) {
     if (__sanitizer_get_ownership != nullptr) {
         return __sanitizer_get_ownership(name) != 0 ? __sanitizer_get_allocated_size(name) : 0;
     }
-    constexpr std::uintptr_t kAlignment = alignof(std::max_align_t);
+    static const char ofThisProgram = '\0'; // whose memory lies below malloc's
     const auto address = reinterpret_cast<std::uintptr_t>(name);
-    const auto heapEnd = reinterpret_cast<std::uintptr_t>(sbrk(0));
-    if (address % kAlignment != 0 || address <= reinterpret_cast<std::uintptr_t>(&_end) ||
-        address >= heapEnd) {
-        return 0;
-    }
+    const auto end = reinterpret_cast<std::uintptr_t>(sbrk(0));
+    const bool isOnHeap = address % alignof(std::max_align_t) == 0 && address < end &&
+                          address > reinterpret_cast<std::uintptr_t>(&ofThisProgram);
     // Inside of a block this reads the block's content in place of a size.
-    const std::size_t size = malloc_usable_size(name);
-    return size >= kAlignment && size < heapEnd - address ? size : 0;
+    const std::size_t size = isOnHeap ? malloc_usable_size(name) : 0;
+    return size < end - address ? size : 0;
 }
 
 /// A client library built with the stock length of 256 gives the names of a notification less room
@@ -52,20 +53,18 @@ void checkNames(Diagnosis& diagnosis, const SaNtfNotificationHeaderT& header) {
     const std::string length = std::to_string(SA_MAX_NAME_LENGTH);
     const auto one = reinterpret_cast<std::uintptr_t>(header.notificationObject);
     const auto other = reinterpret_cast<std::uintptr_t>(header.notifyingObject);
-    const auto first = sizeOfBlock(header.notificationObject);
-    const auto second = sizeOfBlock(header.notifyingObject);
+    const std::size_t size = sizeOfBlock(header.notificationObject); // and of the other alike
     // Whatever the memory is: two names cannot be nearer than one of them is long.
     if ((one > other ? one - other : other - one) < sizeof(SaNameT) ||
-        (first != 0 && first < sizeof(SaNameT)) || (second != 0 && second < sizeof(SaNameT))) {
+        (size != 0 && size < sizeof(SaNameT))) {
         diagnosis.fail(kCheck, "less room than " + length + " bytes",
                        "use an NTF client library built with SA_MAX_NAME_LENGTH " + length +
                            ": with this one every alarm overruns the memory of its program");
-    } else if (first != 0 && second != 0) {
+    } else if (size != 0) {
         diagnosis.ok(kCheck, "room for " + length + " bytes");
     } else {
         diagnosis.warn(kCheck, "it is unknown whether there is room for " + length + " bytes",
-                       "ask whoever built the NTF client library whether it was built with "
-                       "SA_MAX_NAME_LENGTH " +
+                       "ask who built the NTF client library whether with SA_MAX_NAME_LENGTH " +
                            length);
     }
 }
@@ -88,57 +87,81 @@ void checkEventTime(Diagnosis& diagnosis, const SaTimeT* time) {
                    "reception alone");
 }
 
-/// The library repeats a call for ever while the service is busy; a doctor gives up.
-template <typename Call> SaAisErrorT whileBusy(Call call) {
+/// Whether `call` gives a `handle`, otherwise a failure. The library repeats a call for ever while
+/// the service is busy; a doctor gives up.
+template <typename Call>
+bool ask(Diagnosis& diagnosis, const char* check, const SaUint64T& handle, const char* advice,
+         Call call) {
     using namespace std::chrono;
-    for (const auto end = steady_clock::now() + seconds(10);;) {
-        const SaAisErrorT answer = call();
-        if (answer != SA_AIS_ERR_TRY_AGAIN || steady_clock::now() >= end) {
-            return answer;
+    std::promise<void> answered;
+    const auto teller = std::async(std::launch::async, [check, end = answered.get_future()] {
+        if (end.wait_for(seconds(1)) == std::future_status::timeout) {
+            tell("asking the service: " + std::string(check) + "...");
         }
+    });
+    SaAisErrorT answer = call();
+    for (const auto end = steady_clock::now() + seconds(10);
+         answer == SA_AIS_ERR_TRY_AGAIN && steady_clock::now() < end; answer = call()) {
         std::this_thread::sleep_for(milliseconds(100));
     }
-}
-
-/// 0: none.
-SaNtfHandleT openSession(Diagnosis& diagnosis, Library& ntf) {
-    constexpr char kCheck[] = "NTF session";
-    SaNtfHandleT handle = 0;
-    const SaAisErrorT answer = whileBusy([&] {
-        SaVersionT version = {'A', 1, 1};
-        return ntf.function<decltype(saNtfInitialize)>("saNtfInitialize")(&handle, nullptr,
-                                                                          &version);
-    });
-    if (answer == SA_AIS_OK) {
-        diagnosis.ok(kCheck, "opens");
-        return handle;
+    answered.set_value();
+    if (answer == SA_AIS_OK && handle != 0) {
+        return true;
     }
-    diagnosis.fail(kCheck, "the service answers " + common::aisText(answer),
+    diagnosis.fail(check,
+                   "the service answers " + common::aisText(answer) +
+                       (answer == SA_AIS_OK ? ", but gives none" : ""),
                    answer == SA_AIS_ERR_TRY_AGAIN
                        ? "wait, or start the service: it is busy, and programs hang so long"
-                       : "start the notification service, or put the libSaNtf.so.0 of the running "
-                         "one first in the loader path");
-    return 0;
+                       : advice);
+    return false;
 }
 
-void checkNotification(Diagnosis& diagnosis, Library& ntf, SaNtfHandleT handle) {
+void checkSession(Diagnosis& diagnosis, Library& ntf) {
+    constexpr char kSession[] = "NTF session";
     constexpr SaUint16T kEmptyText = 1; // its NUL
+    auto* const initialize = ntf.function<decltype(saNtfInitialize)>("saNtfInitialize");
     auto* const allocate =
         ntf.function<decltype(saNtfAlarmNotificationAllocate)>("saNtfAlarmNotificationAllocate");
-    SaNtfAlarmNotificationT notification{};
-    const SaAisErrorT answer = whileBusy([&] {
-        return allocate(handle, &notification, 0, kEmptyText, 0, 0, 0, 0,
-                        SA_NTF_ALLOC_SYSTEM_LIMIT);
-    });
-    if (answer != SA_AIS_OK) {
-        diagnosis.fail("NTF notification", "the service answers " + common::aisText(answer),
-                       "look into the service's own log: it allocates no notification");
+    SaNtfHandleT session = 0;
+    SaNtfAlarmNotificationT alarm{};
+    if (!ask(diagnosis, kSession, session,
+             "start the notification service, or put the libSaNtf.so.0 of the running one first in "
+             "the loader path",
+             [&] {
+                 SaVersionT version = {'A', 1, 1};
+                 return initialize(&session, nullptr, &version);
+             })) {
         return;
     }
-    checkNames(diagnosis, notification.notificationHeader);
-    checkEventTime(diagnosis, notification.notificationHeader.eventTime);
-    ntf.function<decltype(saNtfNotificationFree)>("saNtfNotificationFree")(
-        notification.notificationHandle);
+    diagnosis.ok(kSession, "opens");
+    if (ask(diagnosis, "NTF notification", alarm.notificationHandle,
+            "look into the service's own log: it allocates no notification", [&] {
+                return allocate(session, &alarm, 0, kEmptyText, 0, 0, 0, 0,
+                                SA_NTF_ALLOC_SYSTEM_LIMIT);
+            })) {
+        checkNames(diagnosis, alarm.notificationHeader);
+        checkEventTime(diagnosis, alarm.notificationHeader.eventTime);
+        ntf.function<decltype(saNtfNotificationFree)>("saNtfNotificationFree")(
+            alarm.notificationHandle);
+    }
+    ntf.function<decltype(saNtfFinalize)>("saNtfFinalize")(session);
+}
+
+/// The embedded service reads it as here.
+void checkFaults(Diagnosis& diagnosis, const std::string& schedule) {
+    constexpr char kCheck[] = "fault schedule";
+    constexpr char kAdvice[] = "unset it: it is for trying an application out";
+    const std::string finding = "RUXA_NTF_FAULTS is '" + schedule + "': the service refuses ";
+    try {
+        if (platform::ntf::FaultSchedule(schedule).refusesAlarms()) {
+            diagnosis.fail(kCheck, finding + "calls that alarms need", kAdvice);
+        } else {
+            diagnosis.warn(kCheck, finding + "no call that alarms need, but may delay it", kAdvice);
+        }
+    } catch (const std::invalid_argument& mistake) {
+        diagnosis.warn(kCheck, std::string("no faults are made: ") + mistake.what(), kAdvice);
+    }
 }
 
 } // namespace
@@ -193,20 +216,14 @@ void checkNtfService(Diagnosis& diagnosis) {
     diagnosis.ok(kCheck, ntf.file() + (isEmbedded ? ": the embedded service" : ""));
     if (isEmbedded) {
         if (const std::string faults = common::environment("RUXA_NTF_FAULTS"); !faults.empty()) {
-            diagnosis.fail("fault schedule",
-                           "RUXA_NTF_FAULTS is '" + faults +
-                               "': the service refuses or delays the calls that this names",
-                           "unset it: it is for trying an application out");
+            checkFaults(diagnosis, faults);
         }
         checkNotificationLog(diagnosis);
         if (platform::ntf::notificationLogPath().empty()) {
             return; // nor is there a session
         }
     }
-    if (const SaNtfHandleT handle = openSession(diagnosis, ntf); handle != 0) {
-        checkNotification(diagnosis, ntf, handle);
-        ntf.function<decltype(saNtfFinalize)>("saNtfFinalize")(handle);
-    }
+    checkSession(diagnosis, ntf);
 }
 
 } // namespace dolqctl
