@@ -18,16 +18,13 @@ namespace dolqctl {
 namespace {
 
 constexpr std::string_view kRules[] = {
-    "beyond-32-bits",    "blank-in-class",     "blank-in-number",
-    "class-case",        "class-character",    "class-never-matches",
-    "duplicate",         "empty-class",        "empty-number",
-    "final-comma",       "invisible-in-class", "look-alike",
-    "missing-attribute", "missing-class",      "missing-file",
-    "misspelt-tag",      "nested-mapping",     "no-class",
-    "no-load-module",    "no-major-id",        "no-mapping",
-    "not-an-integer",    "not-loaded",         "not-utf-8",
-    "not-well-formed",   "override",           "root-name",
-    "text-after-number", "unknown-attribute",  "unknown-element",
+    "beyond-32-bits",  "blank-in-class",      "blank-in-number",   "class-case",
+    "class-character", "class-never-matches", "duplicate",         "empty-class",
+    "empty-number",    "invisible-in-class",  "look-alike",        "missing-attribute",
+    "missing-class",   "missing-file",        "misspelt-tag",      "no-class",
+    "no-load-module",  "no-major-id",         "no-mapping",        "not-an-integer",
+    "not-loaded",      "not-utf-8",           "not-well-formed",   "override",
+    "root-name",       "text-after-number",   "unknown-attribute", "unknown-element",
     "unread-text"};
 
 constexpr std::size_t kMostOfOneRule = 10;

@@ -131,6 +131,9 @@ PlainText plainText(std::string_view text) {
     PlainText plain;
     bool isForeign = false;
     for (std::size_t length = 0, at = 0; at < text.size(); at += length) {
+        if (length = 1; std::isspace(static_cast<unsigned char>(text[at])) != 0) {
+            continue;
+        }
         wchar_t character = 0;
         std::mbstate_t state{};
         length = std::mbrtowc(&character, &text[at], text.size() - at, &state);
@@ -155,12 +158,9 @@ PlainText plainText(std::string_view text) {
 }
 
 std::string folded(const std::string& text) {
-    std::string letters;
-    for (const char c : plainText(text).letters) {
-        if (std::isspace(static_cast<unsigned char>(c)) == 0) {
-            letters += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        }
-    }
+    std::string letters = plainText(text).letters;
+    std::transform(letters.begin(), letters.end(), letters.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return letters;
 }
 

@@ -85,7 +85,7 @@ struct PlainText {
 /// Words of languages that have such letters stay as they are.
 PlainText plainText(std::string_view text);
 
-/// Its letters as they look, in lower case and without white space.
+/// `letters` in lower case.
 std::string folded(const std::string& text);
 
 void to_json(nlohmann::ordered_json& json, const FilePosition& position);

@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <map>
 #include <system_error>
@@ -32,16 +30,9 @@ public:
     }
 
     void onOtherElement(const TiXmlElement& element, const char* expected) override {
-        const std::string name = element.Value();
-        std::string message = "the whole manifest is refused: " + inShortQuotes(name) +
-                              " in place of '" + expected + "'";
-        if (expected == std::string(kRoot) &&
-            element.FirstChildElement(dolq::xmlconf::kMapping) != nullptr) {
-            message += "; it looks like a mapping file";
-        } else if (name == "file") {
-            message += "; a 'file' belongs into a 'loadModule'";
-        }
-        m_findings.add(Severity::Error, "unknown-element", element, message);
+        m_findings.add(Severity::Error, "unknown-element", element,
+                       "the whole manifest is refused: " + inShortQuotes(element.Value()) +
+                           " in place of '" + expected + "'");
     }
 
     void onMissingAttribute(const TiXmlElement& element, const char* name) override {
@@ -63,20 +54,13 @@ public:
                 checkValue(*attribute);
             }
         }
-        if (element.FirstChildElement() != nullptr && element.ValueStr() == "file") {
-            m_findings.add(Severity::Error, "unknown-element", *element.FirstChildElement(),
-                           "nothing inside a 'file' is read");
-        }
     }
 
 private:
     void checkValue(const TiXmlAttribute& attribute) {
         const std::string name = attribute.Name();
         const std::string value = attribute.Value();
-        std::string plain = plainText(value).letters;
-        plain.erase(std::remove_if(plain.begin(), plain.end(),
-                                   [](unsigned char c) { return std::isspace(c) != 0; }),
-                    plain.end());
+        const std::string plain = plainText(value).letters;
         std::error_code error;
         const auto file = m_folder / value;
         const bool isNumber = name == "productNumber" || name == "revision";

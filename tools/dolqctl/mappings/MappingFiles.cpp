@@ -8,13 +8,13 @@
 #include <cstring>
 #include <iterator>
 #include <limits>
+#include <sstream>
 
 #include <nlohmann/json.hpp>
 #include <tinyxml.h>
 
 #include "Output.h"
 #include "adapter/MinorType.h"
-#include "common/XmlDocument.h"
 #include "mappings/XmlChecks.h"
 #include "xmlconf/MappingFileFormat.h"
 #include "xmlconf/dolqXmlConfigurator.h"
@@ -55,12 +55,12 @@ constexpr struct {
 
 /// Whether a blank stands between two other characters of one class.
 bool hasInnerBlank(const std::string& list) {
-    for (std::size_t at = list.find(' '); at != list.npos; at = list.find(' ', at)) {
-        const std::size_t behind = list.find_first_not_of(' ', at);
-        if (at > 0 && behind != list.npos && list[at - 1] != ',' && list[behind] != ',') {
+    std::istringstream classes(list);
+    for (std::string moClass; std::getline(classes, moClass, ',');) {
+        const std::size_t first = moClass.find_first_not_of(' ');
+        if (moClass.find(' ', first) < moClass.find_last_not_of(' ') && first != moClass.npos) {
             return true;
         }
-        at = std::min(behind, list.size());
     }
     return false;
 }
@@ -73,9 +73,9 @@ std::string minorTypeText(std::uint32_t minorType) {
 /// What to write in place of a number that is not read as it is meant: "; write "7"", or nothing.
 std::string meantNumber(const std::string& value, bool isMinorType) {
     std::string plain = plainText(value).letters; // of "131 073", "“131073”"
-    plain.erase(std::remove_if(plain.begin(), plain.end(),
-                               [](char c) { return c == ' ' || c == '"' || c == '\''; }),
-                plain.end());
+    plain.erase(
+        std::remove_if(plain.begin(), plain.end(), [](char c) { return c == '"' || c == '\''; }),
+        plain.end());
     const bool isHexadecimal = plain.find_first_of("xX") == 1;
     char* end = nullptr;
     const long long number = std::strtoll(plain.c_str(), &end, isHexadecimal ? 16 : 10);
@@ -97,19 +97,19 @@ std::string meantNumber(const std::string& value, bool isMinorType) {
 
 void MappingFileReader::read(const std::string& path, const std::string& name) {
     m_findings = Findings(name, m_most);
-    m_mapsNothing = false;
+    m_mapsNothing = true;
     XmlText text(path, m_findings);
     m_text = &text;
     if (text.isManifest()) {
         checkManifest(path, text, m_findings);
     } else if (dolq::xmlconf::MappingXmlConfigurator().readMappingFile(path, *this)) {
         text.addErrors();
-    }
-    if (m_mapsNothing) {
-        m_findings.add({{name},
-                        Severity::Error,
-                        "no-mapping",
-                        "the file maps nothing: all its 'mapping' elements are skipped"});
+        if (m_mapsNothing) {
+            m_findings.add({{name},
+                            Severity::Error,
+                            "no-mapping",
+                            "the file maps nothing: it has no 'mapping' that is used"});
+        }
     }
     std::vector<Finding> findings = m_findings.take();
     m_inventory.findings.insert(m_inventory.findings.end(),
@@ -118,15 +118,11 @@ void MappingFileReader::read(const std::string& path, const std::string& name) {
 }
 
 void MappingFileReader::onNotLoaded(const TiXmlDocument& document) {
-    const common::XmlLimits limits;
-    m_text->addNotLoaded(document, "more than " + std::to_string(limits.depth) +
-                                       " levels of elements, or more than " +
-                                       std::to_string(limits.attributes) + " attributes in one");
+    m_text->addNotLoaded(document, "too many levels of elements, or attributes of one");
 }
 
 void MappingFileReader::onNoRoot() {
-    m_text->addNotLoaded({}, "no element is found, as behind a document type that declares "
-                             "something");
+    m_text->addNotLoaded({}, "no element is found: a document type may declare nothing");
 }
 
 void MappingFileReader::onRoot(const TiXmlElement& root) {
@@ -137,14 +133,6 @@ void MappingFileReader::onRoot(const TiXmlElement& root) {
     }
     addUnreadText(root, m_findings);
     checkChildren(root);
-    m_mapsNothing = root.FirstChildElement(kMapping) != nullptr; // until one is recorded
-    if (!m_mapsNothing) {
-        m_findings.add(
-            Severity::Error, "no-mapping", root,
-            "the file maps nothing: its root element " + inShortQuotes(root.Value()) +
-                " holds no 'mapping'" +
-                (root.ValueStr() == kMapping ? ", it is one: put it into a root element" : ""));
-    }
 }
 
 /// The depth is bounded: the reader gives no deeper document to the parser.
@@ -155,12 +143,15 @@ void MappingFileReader::checkChildren(const TiXmlElement& element) {
         const bool isMapping = child->ValueStr() == kMapping;
         if (isMapping && isRoot) {
             checkMapping(*child);
-        } else if (isMapping) {
-            m_findings.add(Severity::Error, "nested-mapping", *child,
-                           "a 'mapping' inside " + inShortQuotes(element.Value()) +
-                               " is not read: only children of the root element are");
-        } else if (isRoot || element.ValueStr() == kMapping) {
-            checkUnread(*child);
+        } else {
+            const bool isMeant = isMapping || child->Attribute(kFaultId) != nullptr ||
+                                 child->Attribute(kMinorType) != nullptr ||
+                                 isMisspelt(child->ValueStr(), kMapping);
+            m_findings.add(isMeant ? Severity::Error : Severity::Warning, "unknown-element", *child,
+                           "the element " + inShortQuotes(child->Value()) + " is not read" +
+                               (isMapping ? ": only those directly in the root element are"
+                                : isMeant ? std::string(": did you mean '") + kMapping + "'?"
+                                          : ""));
         }
         checkChildren(*child);
     }
@@ -233,19 +224,6 @@ void MappingFileReader::checkClassList(const TiXmlAttribute& list) {
                        written(list) + " is read without its blanks, as " + inShortQuotes(classes) +
                            ": is a comma missing?");
     }
-    if (classes.back() == ',') {
-        m_findings.add(Severity::Warning, "final-comma", list,
-                       written(list) + " has no class behind its last comma");
-    }
-}
-
-void MappingFileReader::checkUnread(const TiXmlElement& element) {
-    const bool hasIds =
-        element.Attribute(kFaultId) != nullptr || element.Attribute(kMinorType) != nullptr;
-    const bool isMapping = hasIds || isMisspelt(element.ValueStr(), kMapping);
-    m_findings.add(isMapping ? Severity::Error : Severity::Warning, "unknown-element", element,
-                   "the element " + inShortQuotes(element.Value()) + " is not read" +
-                       (isMapping ? std::string(": did you mean '") + kMapping + "'?" : ""));
 }
 
 void MappingFileReader::onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
@@ -300,7 +278,7 @@ void MappingFileReader::checkClass(const TiXmlAttribute& list, const std::string
     const std::string theClass = "the class " + inShortQuotes(moClass);
     const PlainText plain = plainText(moClass);
     for (const auto& [characters, severity, rule, reason] : kOddCharacters) {
-        if (plain.letters.find_first_of(characters) != std::string::npos &&
+        if ((moClass + plain.letters).find_first_of(characters) != std::string::npos &&
             !m_text->hasErrorIn(list.Row())) { // which may be where they come from
             m_findings.add(severity, rule, list, theClass + reason);
         }
@@ -352,12 +330,9 @@ Inventory readMappingFiles(const std::vector<std::string>& paths) {
 }
 
 void to_json(nlohmann::ordered_json& json, const Mapping& mapping) {
-    char hex[sizeof("0x00010002")];
-    std::snprintf(hex, sizeof(hex), "0x%08X", mapping.minorType);
     json = {{"faultId", mapping.faultId},
             {"class", mapping.moClass},
             {"minorType", mapping.minorType},
-            {"minorTypeHex", hex},
             {"majorId", dolq::majorIdOf(mapping.minorType)},
             {"minorId", dolq::minorIdOf(mapping.minorType)}};
     json.update(nlohmann::ordered_json(mapping.position));

@@ -67,14 +67,13 @@ private:
     void checkClassList(const TiXmlAttribute& list);
     void checkClass(const TiXmlAttribute& list, const std::string& moClass);
     void checkSpelling(const TiXmlAttribute& list, const std::string& moClass);
-    void checkUnread(const TiXmlElement& element);
     bool record(const Mapping& mapping);
 
     Inventory& m_inventory;
     Findings m_findings;
     const std::size_t m_most;
-    XmlText* m_text = nullptr;  ///< of the file that is read
-    bool m_mapsNothing = false; ///< as far as was seen
+    XmlText* m_text = nullptr; ///< of the file that is read
+    bool m_mapsNothing = true;
     std::map<std::string, std::pair<std::string, FilePosition>> m_spellings; ///< by lower case
 };
 
