@@ -28,7 +28,6 @@ void loadUseAndUnload() {
     auto* const freeV2 = find<void()>(library, "_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv");
     ASSERT_TRUE(get && free && getV2 && freeV2);
     get()->getConfiguration()->setMapping(7, 1, "Unit");
-    delete get()->createFaultManagement();
     {
         const std::unique_ptr<ruxa::fm::fmi::v1::FaultManagementI> client(
             get()->createFaultManagement());

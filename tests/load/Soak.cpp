@@ -20,6 +20,7 @@
 
 #include "SoakApplication.h"
 #include "platform/ntf/log/AlarmRecord.h"
+#include "support/TestSupport.h"
 
 namespace {
 
@@ -27,11 +28,9 @@ namespace fs = std::filesystem;
 
 constexpr char kUsage[] = R"(usage: soak [SECONDS [SEED]]
 
-Runs applications on the embedded platform, round after round for SECONDS (120), and disturbs them:
-threads come and go, processes fork, are stopped and killed or exit while they raise alarms; the log
-is rotated and its disk runs full, mapping files are replaced, the service is busy or refuses. After
-each round every alarm has to be in the log exactly once or traced as lost, but for the one that a
-thread was at when its process ended; and memory, descriptors and threads have to be where they were.
+Runs applications on the embedded platform, round after round for SECONDS (120), and disturbs them.
+After each round every alarm has to be in the log exactly once or traced as lost, but for the one that
+a thread was at when its process ended; and memory, descriptors and threads have to be where they were.
 
 SEED (the time) is that of the first round, the next rounds take the numbers after it. A seed gives
 the same threads, alarms, faults and disturbances each time; when exactly they meet is the machine's
@@ -215,8 +214,7 @@ private:
         m_alarms.clear();
         m_ids.clear();
         for (const auto& file : fs::directory_iterator(m_disk)) {
-            std::ifstream log(file.path());
-            for (std::string line; std::getline(log, line);) {
+            for (const std::string& line : linesOf(file.path())) {
                 readLogLine(line);
             }
         }
@@ -265,8 +263,7 @@ private:
     /// A failure names no alarm: it is the one that the same thread spoke of last.
     void readTraces() {
         std::map<std::string, std::string> current;
-        std::ifstream traces(m_folder / "trace");
-        for (std::string line; std::getline(traces, line);) {
+        for (const std::string& line : linesOf(m_folder / "trace")) {
             // The last one in it, where a killed thread left half a line.
             const std::size_t object = line.rfind(" soak.");
             if (object == std::string::npos) {

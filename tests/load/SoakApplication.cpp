@@ -9,7 +9,6 @@
 #include <vector>
 
 #include <malloc.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
@@ -100,8 +99,7 @@ void liveADay(Ledger& ledger, Dice& dice, bool frees, bool exits) {
     shared.reset();
     v2::freeFmiFactory();
     for (const pid_t child : children) {
-        int status = 0;
-        if (waitpid(child, &status, 0) != child || status != 0) {
+        if (const int status = statusOf(child); status != 0) {
             std::fprintf(stderr, "a forked child ended with status 0x%x\n", status);
             _exit(1);
         }
