@@ -7,10 +7,6 @@ namespace {
 
 std::unique_ptr<FakePlatform> g_platform = std::make_unique<FakePlatform>();
 
-bool isTrace(const std::string& event) {
-    return std::isdigit(static_cast<unsigned char>(event.front())) != 0;
-}
-
 } // namespace
 
 thread_local int PlatformCode::t_depth = 0;
@@ -59,7 +55,7 @@ std::vector<std::string> FakePlatform::traces(int group) const {
 std::vector<std::string> FakePlatform::calls() const {
     std::vector<std::string> found;
     for (const std::string& event : events) {
-        if (!isTrace(event)) {
+        if (std::isdigit(static_cast<unsigned char>(event.front())) == 0) { // no trace
             found.push_back(event);
         }
     }

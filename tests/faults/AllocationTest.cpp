@@ -82,6 +82,13 @@ protected:
         });
     }
 
+    static std::shared_ptr<FaultManagementI> newAdapter(int generation) {
+        if (generation == 2) {
+            return v2::getFmiFactory()->createFaultManagement();
+        }
+        return std::shared_ptr<FaultManagementI>(v1::getFmiFactory()->createFaultManagement());
+    }
+
     static void expectThatAnAlarmPasses(FaultManagementI& client) {
         client.ceaseAlarm(kUnitObject, 7, kName);
         EXPECT_EQ(platform().sent.size(), 1U);
@@ -103,14 +110,13 @@ protected:
 class AlarmAllocationTest : public AllocationTest, public testing::WithParamInterface<Operation> {};
 
 TEST_P(AlarmAllocationTest, AFailureReachesTheCallerAndNothingElse) {
-    const std::unique_ptr<FaultManagementI> client(v1::getFmiFactory()->createFaultManagement());
-    const auto clientV2 = v2::getFmiFactory()->createFaultManagement();
-    for (FaultManagementI* const each : {client.get(), clientV2.get()}) {
+    for (const int generation : {1, 2}) {
+        const auto client = newAdapter(generation);
         const std::size_t registrations = platform().traceObjects.size();
         failEachAllocation(
-            nothing, [&] { GetParam().call(*each); },
+            nothing, [&] { GetParam().call(*client); },
             [&] {
-                GetParam().call(*each);
+                GetParam().call(*client);
                 EXPECT_EQ(platform().sent.size(), 1U);
                 EXPECT_EQ(platform().traceObjects.size(), registrations);
             });
@@ -129,20 +135,16 @@ TEST_F(AllocationTest, GettingAFactoryFailsAndLeavesNothing) {
         v2::freeFmiFactory();
         EXPECT_TRUE(platform().holdsNothing());
     };
-    const std::pair<std::function<void()>, std::function<void()>> rows[] = {
-        {[] { v1::getFmiFactory(); },
-         [] {
-             expectThatAnAlarmPasses(
-                 *std::unique_ptr<FaultManagementI>(v1::getFmiFactory()->createFaultManagement()));
-         }},
-        {[] { v2::getFmiFactory(); },
-         [] { expectThatAnAlarmPasses(*v2::getFmiFactory()->createFaultManagement()); }}};
     const auto modules = platform().loadModules;
-    for (const auto& [get, use] : rows) {
-        const auto giveBack = [&, useIt = use] {
+    for (const int generation : {1, 2}) {
+        const auto get = [=] {
+            generation == 1 ? static_cast<void>(v1::getFmiFactory())
+                            : static_cast<void>(v2::getFmiFactory());
+        };
+        const auto giveBack = [&] {
             freeAll();
             platform().loadModules = modules;
-            useIt();
+            expectThatAnAlarmPasses(*newAdapter(generation));
             freeAll();
         };
         EXPECT_GT(failEachAllocation(nothing, get, giveBack, Leaks::OfTinyXml), 0);
@@ -161,11 +163,10 @@ TEST_F(AllocationTest, AnAdapterIsMadeWholeOrNotAtAll) {
     };
     // An open session, and one that the service refuses, with its trace.
     for (const SaAisErrorT result : {SA_AIS_OK, SA_AIS_ERR_LIBRARY}) {
-        const auto prepare = [&] { platform().results["initialize"] = {result}; };
-        failEachAllocation(
-            prepare, [&] { client.reset(v1::getFmiFactory()->createFaultManagement()); }, forget);
-        failEachAllocation(
-            prepare, [&] { client = v2::getFmiFactory()->createFaultManagement(); }, forget);
+        for (const int generation : {1, 2}) {
+            failEachAllocation([&] { platform().results["initialize"] = {result}; },
+                               [&] { client = newAdapter(generation); }, forget);
+        }
     }
 }
 
@@ -173,32 +174,28 @@ TEST_F(AllocationTest, AnAdaptersMemoryIsTakenWhenItsSessionIsOpen) {
     v1::getFmiFactory();
     v2::getFmiFactory();
     platform().onCall["initialize"] = [] { startFailingMalloc(1, false, PlatformCode::isRunning); };
-    const auto expectTheSessionClosedNext = [] {
+    for (const int generation : {1, 2}) {
+        EXPECT_THROW(newAdapter(generation), std::bad_alloc);
         EXPECT_TRUE(stopFailingMalloc());
         const Texts& events = platform().events;
         const auto opened = std::find(events.begin(), events.end(), "initialize A 1 1 null");
         ASSERT_GE(events.end() - opened, 2);
         EXPECT_EQ(opened[1], "finalize"); // and no step of an adapter in between
         platform().events.clear();
-    };
-    EXPECT_THROW(v1::getFmiFactory()->createFaultManagement(), std::bad_alloc);
-    expectTheSessionClosedNext();
-    EXPECT_THROW(v2::getFmiFactory()->createFaultManagement(), std::bad_alloc);
-    expectTheSessionClosedNext();
+    }
 }
 
 TEST_F(AllocationTest, DestructionReleasesEverythingAndThrowsNothing) {
-    FaultManagementI* client = nullptr;
-    std::shared_ptr<FaultManagementI> clientV2;
+    std::shared_ptr<FaultManagementI> clients[2];
     failEachAllocation(
         [&] {
-            client = v1::getFmiFactory()->createFaultManagement();
-            clientV2 = v2::getFmiFactory()->createFaultManagement();
+            clients[0] = newAdapter(1);
+            clients[1] = newAdapter(2);
             platform().results["finalize"] = {SA_AIS_ERR_LIBRARY, SA_AIS_ERR_LIBRARY};
         },
         [&] {
-            delete client;
-            clientV2.reset();
+            clients[0].reset();
+            clients[1].reset();
             v1::freeFmiFactory();
             v2::freeFmiFactory();
         },
@@ -226,8 +223,7 @@ TEST_F(AllocationTest, AMappingIsSetWholeOrNotAtAll) {
         failEachAllocation([] { v1::getFmiFactory(); }, change,
                            [&] {
                                change();
-                               expectThatAnAlarmPasses(*std::unique_ptr<FaultManagementI>(
-                                   v1::getFmiFactory()->createFaultManagement()));
+                               expectThatAnAlarmPasses(*newAdapter(1));
                                v1::freeFmiFactory();
                            });
     }

@@ -120,8 +120,7 @@ int main() {
     const fs::path& folder = temporary.path();
     makePlatform(folder);
     long places = 0;
-    long deaths = 0;
-    long leaks = 0;
+    long faults = 0;
     for (const Step& step : allSteps()) {
         for (const int variant : {0, 1, 2, 3}) {
             const bool warm = (variant & 1) != 0;
@@ -136,19 +135,17 @@ int main() {
                     break;
                 }
                 ++places;
-                const bool died = !WIFEXITED(status);
-                const bool leaked = !died && WEXITSTATUS(status) == kLeaked;
-                deaths += died ? 1 : 0;
-                leaks += leaked ? 1 : 0;
-                if (died || leaked) {
+                const bool leaked = WIFEXITED(status) && WEXITSTATUS(status) == kLeaked;
+                if (leaked || !WIFEXITED(status)) {
+                    ++faults;
                     std::printf("%s, %s, allocation %ld%s: %s\n", step.name,
                                 warm ? "once more" : "the first time", place,
-                                lasting ? " and all after it" : "", died ? "died" : "leaked");
+                                lasting ? " and all after it" : "", leaked ? "leaked" : "died");
                 }
             }
         }
     }
     const bool sent = fs::exists(folder / "log");
-    std::printf("%ld places, %ld deaths, %ld leaks\n", places, deaths, leaks);
-    return places > 0 && sent && deaths == 0 && leaks == 0 ? 0 : 1;
+    std::printf("%ld places, %ld of them a death or a leak\n", places, faults);
+    return places > 0 && sent && faults == 0 ? 0 : 1;
 }

@@ -101,16 +101,6 @@ bool trace(const char* text, void* object = nullptr, TraceGroup::e group = Trace
     return true;
 }
 
-void inThreads(int count, const std::function<void(int)>& work) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < count; ++i) {
-        threads.emplace_back(work, i);
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-}
-
 // How often `text` stands in `output`.
 int occurrences(const std::string& output, const std::string& text) {
     int found = 0;
@@ -414,11 +404,17 @@ TEST(TraceStderr, UnreadOrLeftByItsReaderStopsNoThreadAndNoFork) {
     for (const bool isPipe : {true, false}) {
         errorsOf({}, [isPipe] {
             const int reader = makeStderr(isPipe);
-            inThreads(kThreads, [](int) {
-                for (int i = 0; i < kLines; ++i) {
-                    trace("text");
-                }
-            });
+            std::vector<std::thread> threads(kThreads);
+            for (std::thread& thread : threads) {
+                thread = std::thread([] {
+                    for (int i = 0; i < kLines; ++i) {
+                        trace("text");
+                    }
+                });
+            }
+            for (std::thread& thread : threads) {
+                thread.join();
+            }
             const bool forks = succeeds([] { return trace("child"); });
             const std::string before = readAll(reader);
             trace("again");
@@ -442,27 +438,19 @@ TEST(TraceStderr, UnreadOrLeftByItsReaderStopsNoThreadAndNoFork) {
 
 TEST(TraceObject, HasAHandleOfItsOwnPerRegistration) {
     const std::string lines = errorsOf({{kPrefix, ""}}, [] {
-        constexpr int kThreads = 8;
-        constexpr int kEach = 100;
-        void* handles[kThreads][kEach];
-        inThreads(kThreads, [&handles](int thread) {
-            for (void*& handle : handles[thread]) {
-                handle = TraceBackend::registerTraceObject("same");
-            }
-        });
         void* const first = TraceBackend::getDefaultTraceObject();
-        std::set<void*> distinct{nullptr, first};
-        distinct.insert(&handles[0][0], &handles[0][0] + kThreads * kEach);
+        void* const one = TraceBackend::registerTraceObject("same");
+        void* const other = TraceBackend::registerTraceObject("same");
         int none = 0;
-        void* const released[] = {handles[0][0], handles[0][0], nullptr, first, &none};
+        void* const released[] = {one, one, nullptr, first, &none};
         for (void* const object : released) {
             TraceBackend::deregisterTraceObject(object);
         }
         TraceBackend::registerTraceObject("later");
-        trace("released", handles[0][0]);
-        trace("alive", handles[0][1]);
+        trace("released", one);
+        trace("alive", other);
         trace("always", first);
-        return distinct.size() == 2 + kThreads * kEach;
+        return std::set<void*>{nullptr, first, one, other}.size() == 4;
     });
     EXPECT_EQ(lines, "(unregistered) 0 unit:7 released\n"
                      "same 0 unit:7 alive\n"

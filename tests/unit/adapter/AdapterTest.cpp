@@ -168,6 +168,9 @@ const char kSkipped[] =
 TEST_P(CorrelationTest, TracesWhatIsMissing) {
     const Refusal& row = GetParam();
     const auto client = adapter();
+    client->raisePrimaryAlarm(PLAIN, std::string("u"), "", ""); // in another environment
+    platform().sent.clear();
+    platform().events.clear();
     setenv("SYSTEM_UUID", "s", 1);
     setenv("COMPUTE_NAME", "c", 1);
     platform().underivableEvents = {13, 14};
@@ -292,16 +295,6 @@ TEST_F(AdapterTest, ListsOfNumbersAreTracedWithoutTheLocalesGrouping) {
               std::string::npos);
 }
 
-TEST_F(AdapterTest, ReadsTheEnvironmentAnewAtEachAlarm) {
-    const auto client = adapter();
-    client->raisePrimaryAlarm(PLAIN, std::string("u"), "", "");
-    const ScopedEnvironment moved("COMPUTE_NAME", "compute-2");
-    client->raisePrimaryAlarm(PLAIN, std::string("u"), "", "");
-    ASSERT_EQ(platform().sent.size(), 2U);
-    EXPECT_EQ(platform().sent.back().additionalInfo.front(),
-              R"(CI={"C": [{"I": "the environment's system UUID","n": "compute-2"}],"P": "u"})");
-}
-
 TEST_F(AdapterTest, FormatsNothingWhenNoGroupIsEnabled) {
     const auto client = adapter();
     platform().enabledGroups.clear();
@@ -311,14 +304,16 @@ TEST_F(AdapterTest, FormatsNothingWhenNoGroupIsEnabled) {
     EXPECT_EQ(platform().formattedTexts, 0);
 }
 
-TEST_F(AdapterTest, DestroyingOneAdapterLeavesTheOtherWorking) {
+TEST_F(AdapterTest, DestroyingOneAdapterClosesItsOwnSessionAlone) {
     auto first = adapter();
     const auto second = adapter();
+    platform().results["finalize"] = {SA_AIS_ERR_TRY_AGAIN, SA_AIS_ERR_TIMEOUT};
     first.reset();
-    EXPECT_EQ(
-        platform().calls(),
-        (Texts{"deregisterTraceObject prefix.DolqTraceLU", "getDefaultTraceObject", "finalize",
-               "deregisterTraceObject prefix.DolqTraceLU", "getDefaultTraceObject"}));
+    EXPECT_EQ(platform().calls(),
+              (Texts{"deregisterTraceObject prefix.DolqTraceLU", "getDefaultTraceObject",
+                     "finalize", "usleep 100000", "finalize",
+                     "deregisterTraceObject prefix.DolqTraceLU", "getDefaultTraceObject"}));
+    EXPECT_EQ(platform().traces(0), Texts{"dolqNtfSessionImpl|Finalize Session: errorCode:5"});
     second->ceaseAlarm(kObject, 7, "");
     EXPECT_EQ(platform().sent.size(), 1U);
     EXPECT_NE(platform().traces(4).front().find("Cease Alarm initiated"), std::string::npos);
