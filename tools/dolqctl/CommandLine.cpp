@@ -107,19 +107,12 @@ CLI::App& addMappings(CLI::App& program, MappingsArguments& arguments) {
     CLI::App& command =
         *program.add_subcommand("mappings", "Show which mappings programs get, and from where");
     addIdentity(command, arguments.identity);
-    addValue(command, "--fault", "ID", arguments.faultId, "Only mappings of this fault id")
-        ->check(problemOfNumber);
-    addValue(command, "--class", "NAME", arguments.moClass,
-             "Only mappings of this managed object class, byte for byte");
-    addValue(command, "--alarm", "MAJOR/MINOR", arguments.alarm,
-             "Only mappings to this alarm, for instance 2/17, or a minor type");
     addJson(command, arguments.json);
     command.footer(
-        R"(Exit codes: 0 all mappings were read; 1 nothing to show, or something could not
-be read; 2 wrong usage.
+        R"(Exit codes: 0 all mapping files were read; 1 not all were; 2 wrong usage.
 
 Example:
-  dolqctl mappings --product CXC1370001 --revision R1A --alarm 2/17)");
+  dolqctl mappings --product CXC1370001 --revision R1A | grep 2/17)");
     return command;
 }
 
@@ -167,8 +160,8 @@ CLI::App& addExplain(CLI::App& program, ExplainArguments& arguments,
     addJson(command, arguments.json);
     command.footer(R"(Opens a session with the notification service as 'doctor' does; sends nothing.
 
-Exit codes: 0 a raise would go out; 1 it would not, or only on a condition;
-2 wrong usage.
+Exit codes: 0 a raise would go out; 1 it would not, or with a "but"; 2 wrong
+usage.
 
 Example:
   dolqctl explain --product CXC1370001 --revision R1A \

@@ -39,9 +39,6 @@ struct Identity {
 
 struct MappingsArguments {
     Identity identity;
-    std::optional<std::uint32_t> faultId;
-    std::optional<std::string> moClass;
-    std::optional<std::string> alarm; ///< as written, e.g. 2/17
     bool json = false;
 };
 int runMappings(const MappingsArguments& arguments, Output& output);

@@ -1,12 +1,18 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <nlohmann/json_fwd.hpp>
+
+#include "Table.h"
+
 namespace dolqctl {
+
+struct Discovery;
+struct Inventory;
 
 /// One thing that was looked at.
 struct Observation {
@@ -19,6 +25,9 @@ struct Observation {
     Status status;
     std::string finding;
     std::string advice; ///< what to do; empty for `Ok`
+
+    /// What was looked at and found; printable.
+    std::string text() const;
 };
 
 class Diagnosis {
@@ -35,29 +44,34 @@ public:
         ++m_failures;
     }
 
-    /// The worst first.
+    /// The worst first, and in the order of the checks.
     const std::vector<Observation>& observations() const { return m_observations; }
+    Observation::Status worst() const { return m_observations.front().status; }
     std::size_t failures() const { return m_failures; }
 
+    /// All observations, `conclusion`, and what no check tries.
+    void print(const std::string& conclusion, Output& output) const;
+
 private:
-    void add(Observation observation) {
-        const auto place = std::upper_bound(
-            m_observations.begin(), m_observations.end(), observation,
-            [](const auto& one, const auto& other) { return one.status > other.status; });
-        m_observations.insert(place, std::move(observation));
-    }
+    void add(Observation observation);
 
     std::vector<Observation> m_observations;
     std::size_t m_failures = 0;
 };
 
+Style styleOf(Observation::Status status);
+void to_json(nlohmann::ordered_json& json, const Diagnosis& diagnosis);
+
 // The checks; `doctor` runs them one after the other.
 void checkTraces(Diagnosis& diagnosis); // EnvironmentChecks.cpp
-void checkEnvironment(Diagnosis& diagnosis);
+void checkIdentity(Diagnosis& diagnosis);
+void checkReporter(Diagnosis& diagnosis);
 void checkNotificationLog(Diagnosis& diagnosis); // of the embedded service
-void checkMappings(Diagnosis& diagnosis);        // MappingChecks.cpp
 void checkLibrary(Diagnosis& diagnosis);         // PlatformChecks.cpp
 void checkCorrelationService(Diagnosis& diagnosis);
 void checkNtfService(Diagnosis& diagnosis);
+/// Whether the load module is there, and its mapping files are read (MappingChecks.cpp).
+void checkLoadModule(Diagnosis& diagnosis, const Discovery& discovery, const Inventory& inventory);
+void checkMappings(Diagnosis& diagnosis, const Discovery& discovery, const Inventory& inventory);
 
 } // namespace dolqctl

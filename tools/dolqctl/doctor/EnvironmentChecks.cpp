@@ -145,13 +145,16 @@ void checkTraces(Diagnosis& diagnosis) {
     }
 }
 
-void checkEnvironment(Diagnosis& diagnosis) {
-    constexpr char kNoIdentity[] = "alarms whose program does not name its system are refused";
+void checkIdentity(Diagnosis& diagnosis) {
     for (const char* const name : {"ZBN_NO", "ZBN_REV"}) {
         checkVariable(diagnosis, name, "no load module is found, and so no mapping", R"(\s)",
                       "with white space in it",
                       "compare it with the load modules': white space counts");
     }
+}
+
+void checkReporter(Diagnosis& diagnosis) {
+    constexpr char kNoIdentity[] = "alarms whose program does not name its system are refused";
     checkVariable(diagnosis, "SYSTEM_UUID", kNoIdentity,
                   "^(?![0-9a-fA-F]{8}(-[0-9a-fA-F]{4}){3}-[0-9a-fA-F]{12}$)", "which is no UUID",
                   "set the system's UUID: systems without one share their correlation UUIDs");

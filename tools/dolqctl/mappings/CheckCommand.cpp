@@ -93,7 +93,7 @@ int runCheck(const CheckArguments& arguments, Output& output) {
     if (arguments.discovered) {
         const Discovery discovery = discover(arguments.identity);
         paths = discovery.mappingFiles;
-        isComplete = discovery.failedCategories.empty();
+        isComplete = discovery.problems.empty();
         if (paths.empty()) {
             throw CommandError(discovery.whyNoMappingFile());
         }
@@ -107,7 +107,7 @@ int runCheck(const CheckArguments& arguments, Output& output) {
     Inventory inventory;
     MappingFileReader reader(inventory, kMostOfOneRule);
     for (const std::string& path : paths) {
-        reader.read(path == "-" ? keptStandardInput() : path, path);
+        reader.read(path == "-" ? keptStandardInput() : path, path, !arguments.discovered);
     }
     std::vector<Finding> findings;
     std::copy_if(inventory.findings.begin(), inventory.findings.end(), std::back_inserter(findings),

@@ -1,13 +1,11 @@
 #include "mappings/Discovery.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <system_error>
 
 #include <Velk.h>
-#include <nlohmann/json.hpp>
 
 #include "Library.h"
 #include "Output.h"
@@ -28,43 +26,27 @@ public:
     explicit Recorder(Discovery& discovery) : m_discovery(discovery) {}
 
     void onFailedCategory(const std::string& category, int errorCode) override {
-        m_discovery.failedCategories.push_back({category, errorCode});
+        m_discovery.problems.push_back("the load-module handler answers error " +
+                                       std::to_string(errorCode) + " for the category '" +
+                                       category + "'");
     }
-    void onLoadModule(const std::string& category, const Velk_lm& loadModule,
+    void onLoadModule(const std::string& /*category*/, const Velk_lm& loadModule,
                       bool matches) override {
-        const Identity identity{orEmpty(loadModule.productNumber), orEmpty(loadModule.revision)};
-        m_discovery.loadModules.push_back({category, identity, matches, {}});
-    }
-    void onMappingFile(const std::string& path) override {
-        m_discovery.loadModules.back().mappingFiles.push_back(path);
+        m_discovery.isFound = m_discovery.isFound || matches;
+        m_discovery.loadModules.push_back(
+            {orEmpty(loadModule.productNumber), orEmpty(loadModule.revision)});
     }
 
 private:
     Discovery& m_discovery;
 };
 
-/// In quotes, for white space counts.
-std::string quoted(const Identity& identity) {
-    return inQuotes(identity.productNumber) + ' ' + inQuotes(identity.revision);
-}
-
-/// The load modules of the product, perhaps written otherwise.
-std::set<std::string> nearest(const Discovery& discovery) {
-    std::set<std::string> near;
-    for (const Discovery::LoadModule& each : discovery.loadModules) {
-        if (folded(each.identity.productNumber) == folded(discovery.identity.productNumber)) {
-            near.insert(quoted(each.identity));
-        }
-    }
-    return near;
-}
-
 /// Of the folder that the embedded handler reads, in which a missing file is an empty category.
-std::vector<std::string> manifestProblems() {
-    constexpr char kRule[] = "manifests are central.xml, local.xml and dynamic.xml in ";
+void checkManifests(Discovery& discovery) {
     const std::string chosen = common::trustedEnvironment("VELK_MANIFEST_DIR");
     const fs::path folder = chosen.empty() ? "/etc/ruxa/loadmodules" : chosen;
-    const std::string where = kRule + inQuotes(folder.string()) +
+    const std::string where = "manifests are central.xml, local.xml and dynamic.xml in " +
+                              inQuotes(folder.string()) +
                               (chosen.empty() ? " (VELK_MANIFEST_DIR is not set)" : "");
     std::vector<std::string> problems;
     std::error_code error;
@@ -81,49 +63,26 @@ std::vector<std::string> manifestProblems() {
             }
             isEmpty = false;
             for (const Finding& finding : findManifestMistakes(path.string())) {
-                if (finding.severity == Severity::Error) {
-                    problems.push_back(positionText(finding.position) + ": " + finding.message);
+                if (finding.rule != std::string("missing-file")) { // told when it is read
+                    (finding.severity == Severity::Error ? problems : discovery.doubts)
+                        .push_back(positionText(finding.position) + ": " + finding.message);
                 }
             }
         }
     }
-    if (error) {
-        return {where + ": " + error.message()};
-    }
     if (isEmpty && problems.empty()) {
-        return {where + ", where there is none of them"};
+        problems.push_back(where +
+                           (error ? ": " + error.message() : ", where there is none of them"));
     }
-    return problems;
-}
-
-std::vector<std::string> problemsOf(const Discovery& discovery) {
-    std::vector<std::string> mistakes =
-        Library(kLoadModuleLibrary).contains("VELK_MANIFEST_DIR") // no other handler knows it
-            ? manifestProblems()
-            : std::vector<std::string>();
-    if (!mistakes.empty()) {
-        return mistakes;
+    if (!problems.empty()) { // they say more than error codes
+        discovery.problems = std::move(problems);
     }
-    std::vector<std::string> problems;
-    for (const Discovery::FailedCategory& failure : discovery.failedCategories) {
-        problems.push_back("the load-module handler answers error " +
-                           std::to_string(failure.errorCode) + " for the category '" +
-                           failure.category + "'");
-    }
-    return problems;
 }
 
 } // namespace
 
-void to_json(nlohmann::ordered_json& json, const Discovery::LoadModule& loadModule) {
-    json = {{"category", loadModule.category},
-            {"productNumber", loadModule.identity.productNumber},
-            {"revision", loadModule.identity.revision},
-            {"mappingFiles", loadModule.mappingFiles}};
-}
-
-void to_json(nlohmann::ordered_json& json, const Discovery::FailedCategory& failure) {
-    json = {{"category", failure.category}, {"errorCode", failure.errorCode}};
+std::string quoted(const Identity& identity) {
+    return inQuotes(identity.productNumber) + ' ' + inQuotes(identity.revision);
 }
 
 void silenceTraces() { setenv("RUXA_TRACE_GROUPS", "none", 0); }
@@ -135,7 +94,9 @@ Discovery discover(const Identity& identity) {
     Recorder recorder(discovery);
     discovery.mappingFiles = dolq::xmlconf::MappingXmlConfigurator().findAllMappingFiles(
         identity.productNumber, identity.revision, recorder);
-    discovery.problems = problemsOf(discovery);
+    if (Library(kLoadModuleLibrary).contains("VELK_MANIFEST_DIR")) { // no other handler knows it
+        checkManifests(discovery);
+    }
     return discovery;
 }
 
@@ -143,47 +104,23 @@ std::string Discovery::whyNoMappingFile() const {
     if (!mappingFiles.empty()) {
         return {};
     }
-    if (std::any_of(loadModules.begin(), loadModules.end(),
-                    [](const LoadModule& module) { return module.matches; })) {
-        const std::string what =
-            "the load module " + quoted(identity) + " has no file tagged alarm_mapping";
-        const auto misspelt =
-            std::find_if(problems.begin(), problems.end(), [](const std::string& problem) {
-                return problem.find("alarm_mapping") != problem.npos;
-            });
-        return misspelt == problems.end() ? what : what + ": " + *misspelt;
+    const std::string reason = problems.empty() ? "" : ": " + problems.front();
+    if (isFound) {
+        return "the load module " + quoted(identity) + " has no file tagged alarm_mapping" + reason;
     }
-    std::vector<std::string> missing;
-    if (identity.productNumber.empty()) {
-        missing.push_back("no product number (ZBN_NO)");
+    std::set<std::string> others; // of the product, perhaps written otherwise
+    for (const Identity& each : loadModules) {
+        if (folded(each.productNumber) == folded(identity.productNumber)) {
+            others.insert(quoted(each));
+        }
     }
-    if (identity.revision.empty()) {
-        missing.push_back("no revision (ZBN_REV)");
-    }
-    const std::string what = missing.empty() ? "there is no load module " + quoted(identity)
-                                             : "the program has " + joined(missing, " and ");
-    if (const std::set<std::string> near = nearest(*this); !near.empty()) {
-        return what + ", but " + joined(near);
-    }
-    return what + (!problems.empty()  ? ": " + problems.front()
-                   : !missing.empty() ? std::string()
-                                      : ", nor another one of that product among " +
-                                            counted(loadModules.size(), "load module"));
-}
-
-std::string Discovery::commonFolder() const {
-    std::string common = mappingFiles.empty() ? "" : mappingFiles.front();
-    for (const std::string& path : mappingFiles) {
-        const auto end = std::mismatch(common.begin(), common.end(), path.begin(), path.end());
-        common.erase(end.first, common.end());
-    }
-    return common.substr(0, common.rfind('/') + 1);
-}
-
-std::string Discovery::heading() const {
-    const std::string folder = commonFolder();
-    return "Load module " + quoted(identity) +
-           (folder.empty() ? "" : "\nMapping files in " + printable(folder));
+    const bool isNamed = !identity.productNumber.empty() && !identity.revision.empty();
+    return (isNamed ? "there is no load module " : "ZBN_NO and ZBN_REV name no load module: ") +
+           quoted(identity) +
+           (!others.empty() ? ", but " + joined(others)
+            : isNamed       ? " among " + std::to_string(loadModules.size())
+                            : "") +
+           reason;
 }
 
 } // namespace dolqctl

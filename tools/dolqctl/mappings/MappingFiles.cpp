@@ -95,12 +95,12 @@ std::string meantNumber(const std::string& value, bool isMinorType) {
 
 } // namespace
 
-void MappingFileReader::read(const std::string& path, const std::string& name) {
+void MappingFileReader::read(const std::string& path, const std::string& name, bool mayBeManifest) {
     m_findings = Findings(name, m_most);
     m_mapsNothing = true;
     XmlText text(path, m_findings);
     m_text = &text;
-    if (text.isManifest()) {
+    if (mayBeManifest && text.isManifest()) {
         checkManifest(path, text, m_findings);
     } else if (dolq::xmlconf::MappingXmlConfigurator().readMappingFile(path, *this)) {
         text.addErrors();
@@ -324,7 +324,7 @@ Inventory readMappingFiles(const std::vector<std::string>& paths) {
     Inventory inventory;
     MappingFileReader reader(inventory, kEnough);
     for (const std::string& path : paths) {
-        reader.read(path, path);
+        reader.read(path, path, false);
     }
     return inventory;
 }

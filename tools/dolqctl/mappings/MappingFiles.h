@@ -48,9 +48,9 @@ public:
     MappingFileReader(Inventory& inventory, std::size_t most)
         : m_inventory(inventory), m_findings({}, most), m_most(most) {}
 
-    /// Reads `path` on top of the files before it, and calls it `name`. A manifest is recognized
-    /// and checked as one.
-    void read(const std::string& path, const std::string& name);
+    /// Reads `path` on top of the files before it, and calls it `name`. With `mayBeManifest`, a
+    /// manifest is recognized and checked as one; otherwise it is a file without mappings.
+    void read(const std::string& path, const std::string& name, bool mayBeManifest);
 
     void onNotLoaded(const TiXmlDocument& document) override;
     void onNoRoot() override;

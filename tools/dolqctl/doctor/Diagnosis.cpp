@@ -1,0 +1,75 @@
+#include "doctor/Diagnosis.h"
+
+#include <algorithm>
+#include <cstring>
+#include <regex>
+
+#include <nlohmann/json.hpp>
+
+#include "Output.h"
+
+namespace dolqctl {
+
+namespace {
+
+constexpr char kNotTried[] =
+    "Not tried: whether the service accepts an alarm and delivers it ('dolqctl raise' sends one). "
+    "Not known: what a program maps or changes in its surroundings itself. A program that has run "
+    "since before a restart of the service can hang where this one does not: --pid shows its "
+    "surroundings, and the library's probes what it waits for.";
+
+constexpr struct {
+    const char* name;
+    Style style;
+} kLooks[] = {{"ok", Style::Good}, {"warning", Style::Warning}, {"failed", Style::Bad}};
+
+/// What was made printable before has backslashes that must not be doubled.
+std::string shown(const std::string& text) {
+    static const std::regex doubled(R"(\\\\)");
+    return std::regex_replace(printable(text), doubled, R"(\)");
+}
+
+const char* nameOf(Observation::Status status) {
+    return kLooks[static_cast<std::size_t>(status)].name;
+}
+
+} // namespace
+
+Style styleOf(Observation::Status status) { return kLooks[static_cast<std::size_t>(status)].style; }
+
+std::string Observation::text() const { return check + ": " + shown(finding); }
+
+void Diagnosis::add(Observation observation) {
+    const auto place = std::upper_bound(
+        m_observations.begin(), m_observations.end(), observation,
+        [](const auto& one, const auto& other) { return one.status > other.status; });
+    m_observations.insert(place, std::move(observation));
+}
+
+void Diagnosis::print(const std::string& conclusion, Output& output) const {
+    const std::string indent(9, ' ');
+    for (const Observation& each : m_observations) {
+        const char* const name = nameOf(each.status);
+        output.stream() << output.styled(styleOf(each.status), name)
+                        << indent.substr(std::strlen(name));
+        output.wrapped(each.text(), indent);
+        if (!each.advice.empty()) {
+            output.stream() << indent;
+            output.wrapped("-> " + shown(each.advice), indent);
+        }
+    }
+    output.line('\n' + output.styled(styleOf(worst()), conclusion));
+    output.wrapped(kNotTried);
+}
+
+void to_json(nlohmann::ordered_json& json, const Diagnosis& diagnosis) {
+    json = {{"failures", diagnosis.failures()}, {"checks", nlohmann::ordered_json::array()}};
+    for (const Observation& each : diagnosis.observations()) {
+        json["checks"].push_back({{"check", each.check},
+                                  {"status", nameOf(each.status)},
+                                  {"finding", each.finding},
+                                  {"advice", each.advice}});
+    }
+}
+
+} // namespace dolqctl
