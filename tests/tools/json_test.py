@@ -22,7 +22,7 @@ GOOD = MISTAKES | {"ZBN_NO": "CXC1370001", "ZBN_REV": "R1A",
 LOG = "tests/tools/files/notifications.jsonl"
 RUNS = [  # arguments, environment
     ("alarms --history --log " + LOG, {}),
-    ("alarms --log /dev/null", {}),
+    ("alarms --severity critical --since 1m --log " + LOG, {}),
     ("check --discovered", MISTAKES),
     ("check tests/tools/files/silent.xml tests/tools/files/unclosed.xml", {}),
     ("doctor", {}),

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <regex>
 #include <utility>
@@ -221,44 +222,39 @@ Example:
     return command;
 }
 
-constexpr const char* kOrders[] = {"severity", "time"};
-
-/// Which alarms are listed, and in which order.
-void addSelection(CLI::App& command, AlarmsArguments& arguments) {
-    command.add_flag("--history", arguments.history, "Also the alarms that were ceased");
-    addValue(command, "--severity", joined(common::kClientSeverityNames, "|"), arguments.severity,
-             "Only these, joined by commas; minor+ means minor and worse");
-    addValue(command, "--object", "DN", arguments.object,
-             "Only this notification object and those it contains, e.g. managedElement=1");
-    addValue(command, "--since", "TIME", arguments.since,
-             "Only those raised or ceased since then: 2024-02-29T12:34:56Z, or 90s, 10m, "
-             "6h, 2d ago");
-    addChoice(command, "--sort", kOrders, arguments.sort,
-              "The worst first, or the latest first, as --history does by default");
-    addValue(command, "--limit", "N", arguments.limit, "Only the first so many of the list")
-        ->check(problemOfNumber);
+/// "10m" becomes its seconds. Returns what is wrong with it.
+std::string toSeconds(std::string& text) {
+    if (!std::regex_match(text, std::regex("[0-9]{1,12}[smhd]"))) {
+        return inQuotes(text) + " is no time: say how long ago, as in 90s, 10m, 6h or 2d";
+    }
+    return CLI::AsNumberWithUnit(std::map<std::string, std::int64_t>{
+        {"s", 1}, {"m", 60}, {"h", 60 * 60}, {"d", 24 * 60 * 60}})(text);
 }
 
 CLI::App& addAlarms(CLI::App& program, AlarmsArguments& arguments) {
     CLI::App& command = *program.add_subcommand("alarms", "List the active alarms");
     addValue(command, "--log", "FILE", arguments.log, "The notification log to read");
-    addSelection(command, arguments);
-    command.add_flag("--long", arguments.isLong, "All that an alarm says, below its line");
-    command.add_flag("--follow", arguments.follow, "Then wait for changes and print each");
+    command.add_flag("--history", arguments.history,
+                     "Also the alarms that were ceased; the latest first");
+    addChoice(command, "--severity", common::kClientSeverityNames, arguments.severity,
+              "Only these and worse ones, indeterminate being the least");
+    addValue(command, "--object", "DN", arguments.object,
+             "Only this notification object and those it contains, e.g. managedElement=1");
+    addValue(command, "--since", "AGO", arguments.since,
+             "Only those raised or ceased since: 90s, 10m, 6h or 2d ago")
+        ->transform(CLI::Validator(toSeconds, ""));
+    command.add_flag("--long", arguments.isLong, "All that an alarm says, nothing cut");
     addJson(command, arguments.json);
     command.footer(R"(The log is the one that the embedded notification service writes: --log, or
 else RUXA_NTF_LOG, or else ruxa/notifications.jsonl in XDG_STATE_HOME or
 ~/.local/state. Notifications of one object and one notification class are one
-alarm: the latest raise says what it is, and a cease ends it. Lines that are no
-notifications are counted, reported on standard error and left out.
+alarm: the latest raise says what it is, and a cease ends it. AGE is how long it
+has been active, or was, and UPDATED when it was last raised, or ceased. Lines
+that are no notifications are counted, reported on standard error and left out.
 
-With --follow the active alarms come first, then every change until SIGINT or
-SIGTERM, which end the command with exit code 0. It goes on when the log is
-rotated or truncated; alarms stay active until they are ceased. --json then
-prints one document a line.
-
-Example:
-  dolqctl alarms --severity major+ --object managedElement=1 --since 2h)");
+Examples:
+  dolqctl alarms --severity major --object managedElement=1 --since 2h
+  watch -n 1 dolqctl alarms)");
     return command;
 }
 

@@ -84,13 +84,10 @@ int runRaise(const RaiseArguments& arguments, Output& output);
 
 struct AlarmsArguments {
     std::string log;
-    std::string severity; ///< as written, e.g. major+
+    std::optional<std::uint32_t> severity; ///< a client's code: the least
     std::string object;
-    std::string since;                 ///< as written, e.g. 2h
-    std::optional<std::uint32_t> sort; ///< 0: by severity, 1: by time
-    std::optional<std::uint32_t> limit;
+    std::optional<std::int64_t> since; ///< so many seconds ago
     bool history = false;
-    bool follow = false;
     bool isLong = false;
     bool json = false;
 };

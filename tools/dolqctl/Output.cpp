@@ -32,10 +32,6 @@ std::size_t widthOf(int file) {
     return size.ws_col != 0 ? size.ws_col : 80;
 }
 
-std::string dump(const nlohmann::ordered_json& json, int indent) {
-    return json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
-}
-
 /// How many characters have to be changed, added or removed to make `to` of `from`.
 std::size_t distance(const std::string& from, const std::string& to) {
     std::vector<std::size_t> row(to.size() + 1);
@@ -76,9 +72,9 @@ void Output::wrapped(const std::string& text, const std::string& indent) {
     line(dolqctl::wrapped(text, width(), indent));
 }
 
-void Output::print(const nlohmann::ordered_json& json) { line(dump(json, 2)); }
-
-void Output::printLine(const nlohmann::ordered_json& json) { line(dump(json, -1)); }
+void Output::print(const nlohmann::ordered_json& json) {
+    line(json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+}
 
 std::ostream& Output::stream() { return std::cout; }
 

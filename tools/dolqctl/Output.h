@@ -25,11 +25,9 @@ public:
     void line(std::string_view text = {});
     /// In lines that a terminal has room for, the others indented; whole for scripts.
     void wrapped(const std::string& text, const std::string& indent = {});
-    void print(Table& table) { table.write(*this); }
+    void print(const Table& table) { table.write(*this); }
     /// Indented. Bytes that are not UTF-8 become U+FFFD.
     void print(const nlohmann::ordered_json& json);
-    /// The same on one line.
-    void printLine(const nlohmann::ordered_json& json);
 
     /// For what is neither. Foreign text goes through `printable` first.
     std::ostream& stream();

@@ -72,32 +72,21 @@ void Table::add(std::vector<Cell> cells) {
     for (std::size_t i = 0; i < cells.size(); ++i) {
         m_columns[i].width = std::max(m_columns[i].width, displayWidth(cells[i].text));
     }
-    m_rows.push_back({std::move(cells), {}});
+    m_rows.push_back(std::move(cells));
 }
 
-void Table::addBelow(std::string_view text) { m_rows.back().below.push_back(printable(text)); }
-
-void Table::write(Output& output) {
+void Table::write(Output& output) const {
     std::size_t excess = (m_columns.size() - 1) * kGap; // of a row, beyond the terminal's width
+    std::vector<Cell> headings;
     for (const Column& column : m_columns) {
         excess += column.width;
+        headings.emplace_back(column.heading, Style::Bold);
     }
     excess -= std::min(excess, output.width());
-    if (!m_hasHeading) {
-        std::vector<Cell> headings;
-        for (const Column& column : m_columns) {
-            headings.emplace_back(column.heading, Style::Bold);
-        }
-        writeRow(headings, excess, output);
+    writeRow(headings, excess, output);
+    for (const std::vector<Cell>& row : m_rows) {
+        writeRow(row, excess, output);
     }
-    m_hasHeading = true;
-    for (const Row& row : m_rows) {
-        writeRow(row.cells, excess, output);
-        for (const std::string& text : row.below) {
-            output.line("    " + text);
-        }
-    }
-    m_rows.clear();
 }
 
 void Table::writeRow(const std::vector<Cell>& cells, std::size_t excess, Output& output) const {

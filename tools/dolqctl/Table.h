@@ -20,8 +20,8 @@ public:
     struct Column {
         std::string heading;
         Align align = Align::Left;
-        std::size_t width = 0;  ///< at least
         bool mayShrink = false; ///< its texts are cut in the middle where a terminal is too narrow
+        std::size_t width = 0;  ///< of the widest text; the table's own
     };
     struct Cell {
         Cell(std::string_view cellText, Style cellStyle = Style::Plain);
@@ -35,23 +35,15 @@ public:
 
     /// One cell a column; foreign text may be given as it is.
     void add(std::vector<Cell> cells);
-    /// A line of its own below the row that was added last.
-    void addBelow(std::string_view text);
     bool isEmpty() const { return m_rows.empty(); }
 
-    /// Writes what was added since, the first time below the heading.
-    void write(Output& output);
+    void write(Output& output) const;
 
 private:
-    struct Row {
-        std::vector<Cell> cells;
-        std::vector<std::string> below;
-    };
     void writeRow(const std::vector<Cell>& cells, std::size_t excess, Output& output) const;
 
     std::vector<Column> m_columns;
-    std::vector<Row> m_rows;
-    bool m_hasHeading = false;
+    std::vector<std::vector<Cell>> m_rows;
 };
 
 /// How many places of a terminal `text` takes: none for a combining character or

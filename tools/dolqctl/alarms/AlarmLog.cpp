@@ -1,97 +1,106 @@
 #include "alarms/AlarmLog.h"
 
 #include <cerrno>
+#include <fstream>
+#include <limits>
 #include <system_error>
+#include <unordered_map>
 #include <utility>
 
-#include <sys/stat.h>
-
+#include "Commands.h"
 #include "Library.h"
+#include "Output.h"
 
 namespace dolqctl {
 
 namespace {
 
-constexpr std::size_t kLongestLine = std::size_t{4} * 1024 * 1024;
+using platform::ntf::AlarmRecord;
 
-[[noreturn]] void fail(const std::filesystem::path& path) {
-    throw std::system_error(errno, std::generic_category(), "cannot read " + path.string());
+constexpr std::streamsize kLongestLine = 4L * 1024 * 1024; // of a longer one the beginning is read
+constexpr std::uint32_t kCleared = 0;                      // SA_NTF_SEVERITY_CLEARED
+
+using ActiveAlarms = std::unordered_map<std::string, Alarm>; // by class and object
+
+void apply(AlarmRecord record, ActiveAlarms& active, std::vector<Alarm>* ceased) {
+    const std::string key = std::to_string(record.vendorId) + '/' + std::to_string(record.majorId) +
+                            '/' + std::to_string(record.minorId) + ' ' + record.notificationObject;
+    if (record.perceivedSeverity == kCleared) {
+        auto ended = active.extract(key);
+        if (!ended.empty() && ceased != nullptr) {
+            ended.mapped().endTimeNs = record.eventTimeNs;
+            ceased->push_back(std::move(ended.mapped()));
+        }
+        return;
+    }
+    Alarm& alarm = active[key];
+    if (alarm.timesRaised++ == 0) {
+        alarm.firstTimeNs = record.eventTimeNs;
+    }
+    alarm.raised = std::move(record);
+}
+
+[[noreturn]] void failToRead(const std::filesystem::path& path) {
+    throw std::system_error(errno, std::generic_category(), "cannot read " + pathText(path));
 }
 
 } // namespace
 
-AlarmLog::AlarmLog(std::filesystem::path path, bool follows)
-    : m_path(std::move(path)), m_follows(follows), m_file(nullptr, &std::fclose) {}
-
-bool AlarmLog::open() {
-    m_file.reset(std::fopen(m_path.c_str(), "re"));
-    if (!m_file && errno != ENOENT) {
-        fail(m_path);
+AlarmLog readAlarmLog(const std::filesystem::path& path, bool withCeased) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error) && !error) { // opening a FIFO would wait
+        throw CommandError("cannot read " + pathText(path) + ": it is no regular file");
     }
-    return m_file != nullptr;
-}
-
-bool AlarmLog::next(std::optional<platform::ntf::AlarmRecord>& record) {
-    while (!readLine()) {
-        if (m_follows && !isReplaced()) {
-            return false;
-        }
-        if (m_follows && readLine()) { // written between the two looks, and nobody goes on writing
-            break;
-        }
-        const bool goesOn = m_follows && open();
-        if (!m_line.empty()) { // the last line, without its newline
-            break;
-        }
-        if (!goesOn) {
-            return false;
-        }
+    std::ifstream file(path);
+    if (!file.is_open()) {
+        failToRead(path);
     }
-    record = platform::ntf::parseLine(m_line);
-    if (record && m_counts.notifications++ == 0) {
-        m_counts.firstTimeNs = record->eventTimeNs;
-    } else if (!record && m_line.find_first_not_of(' ') != m_line.npos) {
-        ++m_counts.skipped;
-    }
-    m_line.clear();
-    return true;
-}
-
-/// Goes on with the line that is begun. False while its newline is not there.
-bool AlarmLog::readLine() {
-    if (!m_file) {
-        return false;
-    }
-    for (int next; (next = getc_unlocked(m_file.get())) != EOF;) {
-        if (next == '\n') {
-            return true;
+    AlarmLog log;
+    ActiveAlarms active;
+    std::string buffer(kLongestLine, '\0');
+    while (file.getline(buffer.data(), kLongestLine) || file.gcount() != 0) {
+        const auto length = static_cast<std::size_t>(file.gcount()) - (file.good() ? 1 : 0);
+        const auto line = std::string_view(buffer).substr(0, length);
+        if (std::optional<AlarmRecord> record = platform::ntf::parseLine(line)) {
+            if (log.notifications++ == 0) {
+                log.firstTimeNs = record->eventTimeNs;
+            }
+            apply(std::move(*record), active, withCeased ? &log.alarms : nullptr);
+        } else if (line.find_first_not_of(' ') != line.npos) {
+            ++log.skippedLines;
         }
-        if (m_line.size() < kLongestLine) {
-            m_line += static_cast<char>(next);
+        if (file.fail() && !file.bad()) { // there is more of it
+            file.clear();
+            file.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
         }
     }
-    if (std::ferror(m_file.get()) != 0 && errno != EINTR) {
-        fail(m_path);
+    if (file.bad()) {
+        failToRead(path);
     }
-    std::clearerr(m_file.get()); // more may come
-    return false;
-}
-
-/// Whether the path now holds another file, or less than was read.
-bool AlarmLog::isReplaced() const {
-    struct stat ours {};
-    struct stat there {};
-    if (!m_file || ::fstat(fileno(m_file.get()), &ours) != 0 ||
-        ::stat(m_path.c_str(), &there) != 0 || ours.st_ino != there.st_ino ||
-        ours.st_dev != there.st_dev) {
-        return true;
+    if (log.notifications == 0 && log.skippedLines != 0) {
+        throw CommandError(pathText(path) + " holds no notification: is it a notification log?");
     }
-    return S_ISREG(ours.st_mode) && ours.st_size < ::ftello(m_file.get());
+    for (auto& [key, alarm] : active) {
+        log.alarms.push_back(std::move(alarm));
+    }
+    return log;
 }
 
 std::string otherService() {
     const Library service(kNtfLibrary);
     return !service.isLoaded() || service.contains("RUXA_NTF_LOG") ? "" : service.file();
+}
+
+std::string whyElsewhere() {
+    Library service(kNtfLibrary);
+    if (!service.has("saNtfNotificationSend")) {
+        return "programs here have no notification service: " + printable(service.error()) +
+               "\nSee 'dolqctl doctor'.";
+    }
+    const std::string other = otherService();
+    return other.empty() ? ""
+                         : "alarms go to another service here, " + pathText(other) +
+                               ":\nlook with its own reader, for OpenSAF ntfread or ntfsubscribe.";
 }
 
 } // namespace dolqctl

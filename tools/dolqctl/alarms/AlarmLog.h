@@ -1,54 +1,45 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/ntf/log/AlarmRecord.h"
 
 namespace dolqctl {
 
-/// The notifications of a log that others append to, rotate and truncate meanwhile. Needs the
-/// memory of one line; of a line beyond 4 MiB it takes only the beginning.
-class AlarmLog {
-public:
-    /// `follows`: goes on with the next file when the log is rotated, and at the beginning when it
-    /// is truncated, and takes a last line for one that is still being written.
-    AlarmLog(std::filesystem::path path, bool follows);
+/// One alarm from its first raise to its cease.
+struct Alarm {
+    platform::ntf::AlarmRecord raised;     ///< what the latest raise said
+    std::int64_t firstTimeNs = 0;          ///< of the first raise; times are since 1970, UTC
+    std::optional<std::int64_t> endTimeNs; ///< of the cease, if it came
+    std::uint64_t timesRaised = 0;
 
-    /// False when there is no file. Throws `std::system_error` when it may not be read.
-    bool open();
-
-    /// What the next line holds. False at the end of what is there now, or when a signal came while
-    /// it waited. Throws `std::system_error`.
-    bool next(std::optional<platform::ntf::AlarmRecord>& record);
-
-    /// What went by.
-    struct Counts {
-        std::uint64_t notifications = 0;
-        std::uint64_t skipped = 0;    ///< lines that are no whole notification
-        std::int64_t firstTimeNs = 0; ///< of the first notification
-    };
-    const Counts& counts() const { return m_counts; }
-
-    const std::filesystem::path& path() const { return m_path; }
-
-private:
-    bool readLine();
-    bool isReplaced() const;
-
-    const std::filesystem::path m_path;
-    const bool m_follows;
-    Counts m_counts;
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> m_file;
-    std::string m_line; ///< as far as it is there
+    /// Of what was last heard of it.
+    std::int64_t changeTimeNs() const { return endTimeNs.value_or(raised.eventTimeNs); }
 };
+
+/// What the notifications of a log amount to, in the order of its lines: those of the same
+/// notification object and notification class are one alarm, and severity cleared ends it.
+struct AlarmLog {
+    std::vector<Alarm> alarms; ///< in no particular order
+    std::uint64_t notifications = 0;
+    std::int64_t firstTimeNs = 0;   ///< of the first notification
+    std::uint64_t skippedLines = 0; ///< that are no whole notification
+};
+
+/// Reads the active alarms and, `withCeased`, the others. Others may append meanwhile: a last line
+/// without its newline counts if it is a whole notification. Throws when the file cannot be read,
+/// and when it has lines, but no notification.
+AlarmLog readAlarmLog(const std::filesystem::path& path, bool withCeased);
 
 /// The file of the notification service that programs here are given, if that is not the embedded
 /// one, which writes the log; otherwise empty.
 std::string otherService();
+
+/// Why alarms of programs here are in no log, and where to look instead. Empty if they are in one.
+std::string whyElsewhere();
 
 } // namespace dolqctl

@@ -1,18 +1,17 @@
 #include <algorithm>
-#include <csignal>
 #include <ctime>
 #include <functional>
-#include <optional>
+#include <iterator>
+#include <map>
+#include <system_error>
 #include <tuple>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Output.h"
-#include "alarms/AlarmFilter.h"
-#include "alarms/AlarmList.h"
 #include "alarms/AlarmLog.h"
-#include "alarms/AlarmView.h"
 #include "common/AlarmNames.h"
 #include "platform/ntf/log/LogPath.h"
 
@@ -22,173 +21,227 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+constexpr std::int64_t kNsPerSecond = 1'000'000'000;
 constexpr char kOtherLogs[] =
     "Other users, and programs with another RUXA_NTF_LOG, log elsewhere: see --log.";
 
-volatile std::sig_atomic_t hasEnded = 0;
-
-/// SIGINT and SIGTERM end --follow in order, also out of a read that waits.
-void endOnSignals() {
-    struct sigaction action {};
-    action.sa_handler = [](int) { hasEnded = 1; };
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+const char* nameOf(std::uint32_t severity) {
+    return common::nameOf(severity, common::kSeverityNames);
 }
 
-void open(AlarmLog& log, const AlarmsArguments& arguments) {
-    if (log.path().empty()) {
+/// Its severity, behind "ceased" if it is.
+Table::Cell severityOf(const Alarm& alarm) {
+    constexpr std::uint32_t kMajor = 4; // SA_NTF_SEVERITY_MAJOR
+    const std::string name = nameOf(alarm.raised.perceivedSeverity);
+    if (alarm.endTimeNs) {
+        return {"ceased " + name, Style::Faint};
+    }
+    return {name, alarm.raised.perceivedSeverity >= kMajor ? Style::Bad : Style::Warning};
+}
+
+/// "2/17"
+std::string idOf(const Alarm& alarm) {
+    return std::to_string(alarm.raised.majorId) + '/' + std::to_string(alarm.raised.minorId);
+}
+
+/// "2024-02-29T12:34:56Z", as in traces.
+std::string timeText(std::int64_t timeNs) {
+    return platform::ntf::formatTime(timeNs).substr(0, 19) + 'Z';
+}
+
+/// For how long it has been active, or was: "45s", "3m", "2h", "5d". Empty where the clock was set
+/// back meanwhile.
+std::string ageOf(const Alarm& alarm) {
+    constexpr std::pair<std::int64_t, char> kUnits[] = {
+        {24 * 60 * 60, 'd'}, {60 * 60, 'h'}, {60, 'm'}, {1, 's'}};
+    const std::int64_t end = alarm.endTimeNs ? *alarm.endTimeNs / kNsPerSecond : std::time(nullptr);
+    const std::int64_t seconds = end - alarm.firstTimeNs / kNsPerSecond;
+    for (const auto& [length, unit] : kUnits) {
+        if (seconds >= length) {
+            return std::to_string(seconds / length) + unit;
+        }
+    }
+    return seconds == 0 ? "0s" : "";
+}
+
+std::string programGroupOf(const Alarm& alarm) {
+    const auto& actions = alarm.raised.proposedRepairActions;
+    return actions.empty() ? "" : actions.front().value.value_or("");
+}
+
+Json toJson(const Alarm& alarm) {
+    const platform::ntf::AlarmRecord& raised = alarm.raised;
+    const auto time = [](std::int64_t timeNs) { return Json(platform::ntf::formatTime(timeNs)); };
+    const std::string group = programGroupOf(alarm);
+    Json info = Json::array();
+    for (const platform::ntf::Element& element : raised.additionalInfo) {
+        info.push_back(element.value.value_or(""));
+    }
+    return {
+        {"state", alarm.endTimeNs ? "ceased" : "active"},
+        {"object", raised.notificationObject},
+        {"classId",
+         {{"vendorId", raised.vendorId}, {"majorId", raised.majorId}, {"minorId", raised.minorId}}},
+        {"severity", nameOf(raised.perceivedSeverity)},
+        {"firstTime", time(alarm.firstTimeNs)},
+        {"lastTime", time(raised.eventTimeNs)},
+        {"endTime", alarm.endTimeNs ? time(*alarm.endTimeNs) : Json(nullptr)},
+        {"timesRaised", alarm.timesRaised},
+        {"text", raised.additionalText},
+        {"info", info},
+        {"programGroup", group.empty() ? Json(nullptr) : Json(group)}};
+}
+
+void printTable(const std::vector<Alarm>& alarms, Output& output) {
+    Table table({{"SEVERITY"},
+                 {"AGE", Align::Right},
+                 {"UPDATED"},
+                 {"ALARM"},
+                 {"OBJECT", Align::Left, true}});
+    for (const Alarm& alarm : alarms) {
+        table.add({severityOf(alarm),
+                   {ageOf(alarm)},
+                   {timeText(alarm.changeTimeNs())},
+                   {idOf(alarm)},
+                   {alarm.raised.notificationObject}});
+    }
+    output.print(table);
+}
+
+void printLong(const std::vector<Alarm>& alarms, Output& output) {
+    const auto below = [&output](const char* what, const std::string& text) {
+        output.stream() << "    ";
+        output.wrapped(what + printable(text), "        ");
+    };
+    for (const Alarm& alarm : alarms) {
+        const platform::ntf::AlarmRecord& raised = alarm.raised;
+        const Table::Cell severity = severityOf(alarm);
+        output.line(output.styled(severity.style, severity.text) + ' ' + idOf(alarm) + " on " +
+                    printable(raised.notificationObject));
+        below("active for: ",
+              ageOf(alarm) + (alarm.endTimeNs ? ", until " + timeText(*alarm.endTimeNs) : ""));
+        below("raised: ", counted(alarm.timesRaised, "time") + ", first " +
+                              timeText(alarm.firstTimeNs) + ", last " +
+                              timeText(raised.eventTimeNs));
+        below("text: ", raised.additionalText);
+        for (const platform::ntf::Element& element : raised.additionalInfo) {
+            below("info: ", element.value.value_or(""));
+        }
+        below("program group: ", programGroupOf(alarm));
+    }
+}
+
+void printJson(const std::filesystem::path& path, const AlarmLog& log, Output& output) {
+    const auto text = [](const Json& json) {
+        return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    };
+    output.stream() << "{\n  \"log\": " << text(path.string())
+                    << ",\n  \"notifications\": " << log.notifications
+                    << ",\n  \"skippedLines\": " << log.skippedLines << ",\n  \"alarms\": [";
+    const char* separator = "\n    ";
+    for (const Alarm& alarm : log.alarms) {
+        output.stream() << separator << text(toJson(alarm));
+        separator = ",\n    ";
+    }
+    output.line("\n  ]\n}");
+}
+
+/// "1 critical, 2 minor": how many there are of each severity, the worst first.
+std::string severitiesText(const std::vector<Alarm>& alarms) {
+    std::map<std::uint32_t, std::size_t, std::greater<>> counts;
+    for (const Alarm& alarm : alarms) {
+        ++counts[alarm.raised.perceivedSeverity];
+    }
+    std::vector<std::string> texts;
+    for (const auto& [severity, count] : counts) {
+        texts.push_back(std::to_string(count) + ' ' + nameOf(severity));
+    }
+    return joined(texts);
+}
+
+std::filesystem::path findLog(const std::string& given) {
+    const std::filesystem::path path =
+        given.empty() ? platform::ntf::notificationLogPath() : std::filesystem::path(given);
+    if (path.empty()) {
         throw CommandError("neither RUXA_NTF_LOG nor XDG_STATE_HOME nor HOME says where the "
                            "notification log is: set RUXA_NTF_LOG, or give --log");
     }
-    const std::string service = arguments.log.empty() ? otherService() : "";
-    const std::string elsewhere =
-        "alarms go to another service here, " + pathText(service) +
-        ":\nlook with its own reader, for OpenSAF ntfread or ntfsubscribe";
-    const bool isThere = log.open();
-    const std::string path = pathText(log.path().string());
-    if (!isThere && !arguments.follow) {
-        throw CommandError(service.empty()
-                               ? "there is no log " + path +
-                                     ": none was written, or it was moved\n" + kOtherLogs
-                               : elsewhere);
+    const std::string why = given.empty() ? whyElsewhere() : "";
+    std::error_code error;
+    if (std::filesystem::status(path, error).type() == std::filesystem::file_type::not_found) {
+        throw CommandError(why.empty() ? "there is no log " + pathText(path) +
+                                             ": none was written, or it was moved\n" + kOtherLogs
+                                       : why);
     }
-    if (!service.empty()) {
-        tell(elsewhere + ".\nThis is the log of the embedded service.");
+    if (!why.empty()) {
+        tell(why + "\nThis is the log of the embedded service.");
     }
-    if (!isThere) {
-        tell("there is no log yet: waiting for " + path);
-    }
+    return path;
 }
 
-/// Takes what the log holds now into the list.
-void read(AlarmLog& log, AlarmList& list,
-          const std::function<void(const AlarmList::Applied&)>& onChange) {
-    const std::uint64_t skippedBefore = log.counts().skipped;
-    for (std::optional<platform::ntf::AlarmRecord> record; hasEnded == 0 && log.next(record);) {
-        const AlarmList::Applied applied =
-            record ? list.apply(std::move(*record)) : AlarmList::Applied();
-        if (applied.alarm != nullptr) {
-            onChange(applied);
-        }
+/// Takes away the alarms that are not asked for.
+void filter(std::vector<Alarm>& alarms, const AlarmsArguments& arguments) {
+    const std::int64_t since = std::time(nullptr) - arguments.since.value_or(0);
+    const char* const* severity = std::begin(common::kSeverityNames);
+    if (arguments.severity) { // those are in the order of their severity
+        severity = std::find(severity, std::end(common::kSeverityNames),
+                             common::kClientSeverityNames[*arguments.severity]);
     }
-    if (log.counts().skipped != skippedBefore) {
-        tell("lines of " + pathText(log.path().string()) +
-             " that are no whole notifications, left out: " + std::to_string(log.counts().skipped));
-    }
-}
-
-/// Those that match, and all of `ceased`, in the order of the output.
-std::vector<const Alarm*> inOrder(const AlarmList& list, const std::vector<Alarm>& ceased,
-                                  const AlarmFilter& filter, bool bySeverity) {
-    std::vector<const Alarm*> alarms = list.active();
-    const auto isOther = [&](const Alarm* alarm) { return !filter.matches(*alarm); };
+    const auto isOther = [&](const Alarm& alarm) {
+        const std::string& object = alarm.raised.notificationObject;
+        return alarm.raised.perceivedSeverity < severity - std::begin(common::kSeverityNames) ||
+               (arguments.since && alarm.changeTimeNs() / kNsPerSecond < since) ||
+               !(arguments.object.empty() || object == arguments.object ||
+                 object.rfind(arguments.object + ',', 0) == 0);
+    };
     alarms.erase(std::remove_if(alarms.begin(), alarms.end(), isOther), alarms.end());
-    for (const Alarm& alarm : ceased) {
-        alarms.push_back(&alarm);
-    }
-    const auto place = [bySeverity](const Alarm& alarm) { // ~: the greatest first
-        const platform::ntf::AlarmRecord& raised = alarm.raised;
-        return std::make_tuple(bySeverity ? ~raised.perceivedSeverity : 0, ~alarm.changeTimeNs(),
-                               std::string_view(raised.notificationObject), raised.majorId,
-                               raised.minorId);
+}
+
+/// The worst first, or the latest.
+void sort(std::vector<Alarm>& alarms, bool bySeverity) {
+    const auto place = [bySeverity](const Alarm& alarm) {
+        return std::make_tuple(bySeverity ? alarm.raised.perceivedSeverity : 0,
+                               alarm.changeTimeNs(), alarm.raised.notificationId);
     };
     std::sort(alarms.begin(), alarms.end(),
-              [&](const Alarm* left, const Alarm* right) { return place(*left) < place(*right); });
-    return alarms;
+              [&](const Alarm& left, const Alarm& right) { return place(left) > place(right); });
 }
 
-const char* stateText(const Alarm& alarm) { return alarm.endTimeNs ? "ceased" : "active"; }
-
-void printSummary(const AlarmsArguments& arguments, const AlarmLog& log,
-                  const std::vector<const Alarm*>& alarms, std::size_t shown, Output& output) {
-    const bool isFiltered = !(arguments.severity + arguments.object + arguments.since).empty();
+void printSummary(const AlarmsArguments& arguments, const std::string& path, const AlarmLog& log,
+                  Output& output) {
+    const bool isFiltered = arguments.severity || arguments.since || !arguments.object.empty();
     const std::string what = arguments.history ? "alarm" : "active alarm";
     const std::string matching = isFiltered ? " that match" : "";
-    output.line(alarms.empty()
-                    ? "No " + what + 's' + matching
-                    : counted(alarms.size(), what) + matching + ": " + severitiesText(alarms) +
-                          (shown < alarms.size() ? "; " + std::to_string(shown) + " shown" : ""));
-    const AlarmLog::Counts& counts = log.counts();
-    const std::string path = pathText(log.path().string());
-    output.line(counts.notifications == 0
-                    ? "No notifications in " + path
-                    : counted(counts.notifications, "notification") + " since " +
-                          timeText(counts.firstTimeNs) + " in " + path);
-    if (alarms.empty() && arguments.log.empty()) {
-        output.line(std::string(kOtherLogs));
+    output.line(log.alarms.empty() ? "No " + what + 's' + matching
+                                   : counted(log.alarms.size(), what) + matching + ": " +
+                                         severitiesText(log.alarms));
+    const std::string since = log.notifications == 0 ? "" : " since " + timeText(log.firstTimeNs);
+    output.line(counted(log.notifications, "notification") + since + " in " + path);
+    if (log.alarms.empty() && arguments.log.empty()) {
+        output.line(kOtherLogs);
     }
 }
 
 } // namespace
 
 int runAlarms(const AlarmsArguments& arguments, Output& output) {
-    const AlarmFilter filter(arguments.severity, arguments.object, arguments.since);
-    AlarmLog log(arguments.log.empty() ? platform::ntf::notificationLogPath()
-                                       : std::filesystem::path(arguments.log),
-                 arguments.follow);
-    AlarmList list;
-    AlarmView view(output, arguments.history || arguments.follow, arguments.isLong);
-    const auto show = [&](const Alarm& alarm, const char* state) {
-        if (arguments.json) {
-            output.printLine(toJson(alarm, state));
-        } else {
-            view.add(alarm, state);
-        }
-    };
-    open(log, arguments);
-    if (arguments.follow) {
-        endOnSignals();
-        if (!arguments.json) {
-            view.print(); // the heading, while the log is read
-        }
-        output.flush();
+    const std::filesystem::path path = findLog(arguments.log);
+    AlarmLog log = readAlarmLog(path, arguments.history);
+    if (log.skippedLines != 0) {
+        tell("lines of " + pathText(path) +
+             " that are no whole notifications, left out: " + std::to_string(log.skippedLines));
     }
-    std::vector<Alarm> ceased;
-    read(log, list, [&](const AlarmList::Applied& applied) {
-        if (arguments.history && applied.alarm->endTimeNs && filter.matches(*applied.alarm)) {
-            ceased.push_back(*applied.alarm);
-        }
-    });
-    if (hasEnded != 0) {
+    filter(log.alarms, arguments);
+    sort(log.alarms, !arguments.history);
+    if (arguments.json) {
+        printJson(path, log, output);
         return kFine;
     }
-    const bool bySeverity = arguments.sort.value_or(arguments.history ? 1 : 0) == 0;
-    const std::vector<const Alarm*> alarms = inOrder(list, ceased, filter, bySeverity);
-    std::vector<const Alarm*> shown = alarms;
-    shown.resize(std::min<std::size_t>(shown.size(), arguments.limit.value_or(shown.size())));
-    if (arguments.json && !arguments.follow) {
-        Json document = {{"log", log.path().string()}, {"alarms", Json::array()}};
-        for (const Alarm* const alarm : shown) {
-            document["alarms"].push_back(toJson(*alarm, stateText(*alarm)));
-        }
-        document["notifications"] = log.counts().notifications;
-        document["ceasesWithoutAlarm"] = list.ceasesWithoutAlarm();
-        document["skippedLines"] = log.counts().skipped;
-        output.print(document);
-        return kFine;
+    if (!log.alarms.empty()) {
+        arguments.isLong ? printLong(log.alarms, output) : printTable(log.alarms, output);
+        output.line();
     }
-    for (const Alarm* const alarm : shown) {
-        show(*alarm, stateText(*alarm));
-    }
-    if (!arguments.json) {
-        if (!shown.empty()) {
-            view.print();
-            output.line();
-        }
-        printSummary(arguments, log, alarms, shown.size(), output);
-    }
-    constexpr timespec kInterval = {0, 200'000'000};
-    while (arguments.follow && hasEnded == 0 && output.flush()) {
-        nanosleep(&kInterval, nullptr);
-        read(log, list, [&](const AlarmList::Applied& applied) {
-            if (filter.matches(*applied.alarm)) {
-                show(*applied.alarm, applied.change);
-            }
-        });
-        if (!arguments.json) {
-            view.print();
-        }
-    }
+    printSummary(arguments, pathText(path), log, output);
     return kFine;
 }
 
