@@ -105,9 +105,9 @@ TEST_F(LoadModules, WrongArgumentsLeaveAnEmptyList) {
 
 TEST_F(LoadModules, NobodyChoosesThemForASetUserIdProgram) {
     write("local.xml", module(""));
-    g_setUserId = true;
+    runsWithOthersRights = true;
     EXPECT_EQ(contentOf("local"), "");
-    g_setUserId = false;
+    runsWithOthersRights = false;
 }
 
 TEST_F(LoadModules, OneFailedMallocHasItsOwnCodeAndLeavesNothing) {

@@ -87,7 +87,7 @@ TEST_F(NtfFaultsDeathTest, AreNotMadeForAProgramWithAnotherUsersRights) {
     const ScopedEnvironment faults("RUXA_NTF_FAULTS", "initialize:BUSY");
     const ScopedEnvironment log("RUXA_NTF_LOG", "/dev/null");
     const auto initialize = [] {
-        g_setUserId = true;
+        runsWithOthersRights = true;
         SaNtfHandleT handle = 0;
         SaVersionT version = {'A', 1, 1};
         std::exit(static_cast<int>(saNtfInitialize(&handle, nullptr, &version)));

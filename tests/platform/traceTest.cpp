@@ -251,7 +251,7 @@ TEST_F(TraceFile, SettingsAreUsedOrReportedOnce) {
 
 TEST(Trace, TrustsNoVariableOfASetUserIdProgram) {
     const std::string lines = errorsOf({{kPrefix, "p."}, {kGroups, "none"}, {kSink, "syslog"}}, [] {
-        g_setUserId = true;
+        runsWithOthersRights = true;
         return trace("text", TraceBackend::getDefaultTraceObject());
     });
     EXPECT_EQ(lines, "platform-trace-test.default 0 unit:7 text\n");
