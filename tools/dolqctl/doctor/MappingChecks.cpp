@@ -32,9 +32,7 @@ void checkLoadModule(Diagnosis& diagnosis, const Discovery& discovery, const Inv
                                       counted(discovery.mappingFiles.size(), "mapping file"));
     } else {
         diagnosis.fail(kLoadModule, whyNone,
-                       discovery.problems.empty()
-                           ? "correct ZBN_NO and ZBN_REV, or install the load module"
-                           : "correct the manifest, or ZBN_NO and ZBN_REV");
+                       "correct ZBN_NO and ZBN_REV or the manifest, or install the load module");
     }
     for (const Finding& finding : inventory.findings) {
         if (costsTheFile(finding)) {

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <iterator>
 #include <regex>
 #include <string>
@@ -23,19 +22,8 @@ using History = std::vector<Mapping>; // of one fault and class; the last one is
 
 constexpr char kMapping[] = "mapping";
 
-/// Failures with which some alarms go out all the same; others stop every one.
-constexpr struct {
-    const char* check;
-    const char* which;
-} kConditions[] = {
-    {"SYSTEM_UUID", "only if the program names its system itself: SYSTEM_UUID is "},
-    {"COMPUTE_NAME", "only if the program names its compute node itself: COMPUTE_NAME is "},
-    {"correlation service", "only without event ids: correlation service: "},
-    {"mapping files", ""}};
-
 std::string placeText(const Mapping& mapping) {
-    return alarmText(mapping.minorType) + " (minor type " + std::to_string(mapping.minorType) +
-           ") at " + lineText(mapping.position);
+    return alarmText(mapping.minorType) + " at " + lineText(mapping.position);
 }
 
 /// The class, and what becomes of a text that is too long.
@@ -70,26 +58,25 @@ const History* lookUp(Diagnosis& diagnosis, std::uint32_t faultId, const std::st
             continue;
         }
         const bool isNear = !moClass.empty() && folded(other) == folded(moClass);
-        const std::string place = lineText(each->second.back().position);
         others.insert(isNear ? others.begin() : others.end(),
                       (other.empty() ? "objects without a class" : inQuotes(other)) +
-                          (!isNear                          ? ""
-                           : other.size() == moClass.size() ? " (letter case, in " + place + ')'
-                                                            : " (white space, in " + place + ')'));
+                          (isNear ? " (in " + lineText(each->second.back().position) +
+                                        "; mind letter case and white space)"
+                                  : ""));
     }
     // Elements that name the fault, and the class if any mapping of the fault was read.
     const std::regex number("(^|[^0-9])" + std::to_string(faultId) + "([^0-9]|$)");
     const std::string meant = used == nullptr && others.empty() ? "" : folded(moClass);
     for (const Finding& each : inventory.findings) {
-        const bool isAbout = !each.other && std::regex_search(each.about, number) &&
-                             folded(each.about).find(meant) != std::string::npos;
-        const std::string text = positionText(each.position) + ": " + each.message;
-        if (isAbout && used == nullptr && each.severity == Severity::Error) {
-            diagnosis.fail(kMapping, text, "correct the element");
-        } else if (isAbout && used != nullptr &&
-                   !(each.severity == Severity::Warning && moClass.empty())) {
-            diagnosis.warn(kMapping, text, "correct the element");
+        const bool isMinor = each.severity == Severity::Warning;
+        if (each.other || !std::regex_search(each.about, number) ||
+            folded(each.about).find(meant) == std::string::npos ||
+            (isMinor && (used == nullptr || moClass.empty()))) {
+            continue;
         }
+        const std::string text = positionText(each.position) + ": " + each.message;
+        used == nullptr ? diagnosis.fail(kMapping, text, "correct the element")
+                        : diagnosis.warn(kMapping, text, "correct the element");
     }
     if (used != nullptr) {
         std::string text = "alarm " + placeText(used->back());
@@ -107,26 +94,16 @@ const History* lookUp(Diagnosis& diagnosis, std::uint32_t faultId, const std::st
     return used;
 }
 
-/// The first sentence: whether a raise would go out, and as what or why not.
-std::string answer(const Diagnosis& diagnosis, const History* used) {
-    std::vector<std::string> conditions;
-    for (const Observation& each : diagnosis.observations()) { // the worst first
-        const auto* const condition =
-            std::find_if(std::begin(kConditions), std::end(kConditions),
-                         [&](const auto& known) { return each.check == known.check; });
-        const bool isFailure = each.status == Observation::Status::Failed;
-        if (isFailure && used == nullptr) {
-            return "not be sent: " + each.finding;
-        }
-        if (isFailure && condition == std::end(kConditions)) {
-            return "not be sent: " + each.text();
-        }
+/// What the alarm depends on, or what it is like; empty when all is as it should be.
+std::string reservations(const Diagnosis& diagnosis) {
+    std::vector<std::string> texts;
+    for (const Observation& each : diagnosis.observations()) {
         if (each.status != Observation::Status::Ok) {
-            conditions.push_back(isFailure ? condition->which + each.finding : each.text());
+            const bool isFailure = each.status == Observation::Status::Failed;
+            texts.push_back(each.text() + (isFailure ? " (" + each.advice + ')' : ""));
         }
     }
-    return "go out as alarm " + alarmText(used->back().minorType) +
-           (conditions.empty() ? "" : ", but " + joined(conditions, "; and "));
+    return texts.empty() ? "" : ", but " + joined(texts, "; and ");
 }
 
 } // namespace
@@ -138,7 +115,9 @@ int runExplain(const ExplainArguments& arguments, Output& output) {
     Diagnosis diagnosis;
     checkObject(diagnosis, arguments.object, moClass);
     const History* const used = lookUp(diagnosis, arguments.faultId, moClass.name, inventory);
-    (used != nullptr ? checkLoadModule : checkMappings)(diagnosis, discovery, inventory);
+    if (used == nullptr) {
+        checkMappings(diagnosis, discovery, inventory);
+    }
     if (used == nullptr && diagnosis.failures() == 0) {
         diagnosis.fail(kMapping,
                        discovery.problems.empty()
@@ -147,29 +126,36 @@ int runExplain(const ExplainArguments& arguments, Output& output) {
                                  discovery.problems.front(),
                        "map it, or correct what the other checks find");
     }
+    checkNtfService(diagnosis);
+    checkLibrary(diagnosis);
+    // What fails from here on stops some alarms, not all.
+    const bool isSent = diagnosis.failures() == 0;
+    if (used != nullptr) {
+        checkLoadModule(diagnosis, discovery, inventory);
+    }
     if (!arguments.identityGiven) {
         checkReporter(diagnosis);
     }
-    checkNtfService(diagnosis);
     checkCorrelationService(diagnosis);
-    checkLibrary(diagnosis);
-    const std::string sentence = "Fault " + std::to_string(arguments.faultId) + " on " +
-                                 inShortQuotes(arguments.object) + ": a raise would " +
-                                 answer(diagnosis, used);
+    const Observation& worst = diagnosis.observations().front();
+    const std::string sentence =
+        "Fault " + std::to_string(arguments.faultId) + " on " + inShortQuotes(arguments.object) +
+        ": a raise would " +
+        (isSent ? "go out as alarm " + alarmText(used->back().minorType) + reservations(diagnosis)
+                : "not be sent: " + (used == nullptr ? worst.finding : worst.text()));
     if (arguments.json) {
-        nlohmann::ordered_json json{{"answer", sentence}, {"mapping", nullptr}};
-        if (used != nullptr) {
-            json["mapping"] = effectiveJson(*used);
-        }
-        json.update(nlohmann::ordered_json(diagnosis));
+        using Json = nlohmann::ordered_json;
+        Json json{{"answer", sentence},
+                  {"mapping", used == nullptr ? Json() : effectiveJson(*used)}};
+        json.update(Json(diagnosis));
         output.print(json);
     } else {
-        output.wrapped(output.styled(styleOf(diagnosis.worst()), sentence));
+        output.wrapped(output.styled(styleOf(worst.status), sentence));
         output.line();
         diagnosis.print("The same goes for a cease, but it needs no system, compute node or event.",
                         output);
     }
-    return diagnosis.worst() == Observation::Status::Ok ? kFine : kFindings;
+    return worst.status == Observation::Status::Ok ? kFine : kFindings;
 }
 
 } // namespace dolqctl
