@@ -152,15 +152,15 @@ std::string severitiesText(const std::vector<Alarm>& alarms) {
     for (const Alarm& alarm : alarms) {
         ++counts[alarm.raised.perceivedSeverity];
     }
-    std::vector<std::string> texts;
+    std::string text;
     for (const auto& [severity, count] : counts) {
-        texts.push_back(std::to_string(count) + ' ' + nameOf(severity));
+        text += (text.empty() ? "" : ", ") + std::to_string(count) + ' ' + nameOf(severity);
     }
-    return joined(texts);
+    return text;
 }
 
 std::filesystem::path findLog(const std::string& given) {
-    const std::filesystem::path path =
+    std::filesystem::path path =
         given.empty() ? platform::ntf::notificationLogPath() : std::filesystem::path(given);
     if (path.empty()) {
         throw CommandError("neither RUXA_NTF_LOG nor XDG_STATE_HOME nor HOME says where the "
