@@ -71,20 +71,18 @@ void checkNames(Diagnosis& diagnosis, const SaNtfNotificationHeaderT& header) {
 
 /// Without the build option the library sends whatever the service has left in the field.
 void checkEventTime(Diagnosis& diagnosis, const SaTimeT* time) {
-    const Library library(kDolqLibrary);
-    if (library.contains("RUXA_DOLQ_EVENT_TIME_UNKNOWN=1") ||
+    constexpr char kCheck[] = "event time";
+    const std::string left = time != nullptr ? std::to_string(*time) : "nothing";
+    if (Library(kDolqLibrary).contains("RUXA_DOLQ_EVENT_TIME_UNKNOWN=1") ||
         (time != nullptr && *time == SA_TIME_UNKNOWN)) {
-        diagnosis.ok("event time", "left open (SA_TIME_UNKNOWN) for the service to set");
-        return;
+        diagnosis.ok(kCheck, "left open (SA_TIME_UNKNOWN) for the service to set");
+    } else {
+        diagnosis.warn(kCheck,
+                       "the service allocates it as " + left +
+                           ", which is sent, unless the library or the service replaces it",
+                       "build the library with -DRUXA_DOLQ_EVENT_TIME_UNKNOWN=ON, or trust the "
+                       "time of reception alone");
     }
-    diagnosis.warn("event time",
-                   "the service allocates it as " +
-                       (time != nullptr ? std::to_string(*time) : "nothing") +
-                       (library.contains("RUXA_DOLQ_EVENT_TIME_UNKNOWN=0")
-                            ? ", and the library sends it so, unless the service replaces that"
-                            : ", and it is unknown whether the library replaces that"),
-                   "build the library with -DRUXA_DOLQ_EVENT_TIME_UNKNOWN=ON, or trust the time of "
-                   "reception alone");
 }
 
 /// Whether `call` gives a `handle`, otherwise a failure. The library repeats a call for ever while
