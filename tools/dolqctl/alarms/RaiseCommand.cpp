@@ -8,7 +8,6 @@
 #include <iterator>
 #include <mutex>
 #include <optional>
-#include <regex>
 #include <string>
 #include <type_traits>
 
@@ -21,7 +20,6 @@
 #include "alarms/AlarmLog.h"
 #include "common/AisNames.h"
 #include "common/AlarmNames.h"
-#include "common/Escape.h"
 
 namespace {
 
@@ -114,17 +112,6 @@ namespace {
 
 using ruxa::fm::fmi::v1::FaultManagementI;
 
-/// What explains why there is no alarm, in any shell.
-std::string explainCommand(const CeaseArguments& arguments) {
-    const auto quoted = [](const std::string& word) {
-        return "'" + std::regex_replace(common::escapedText(word), std::regex("'"), R"('\'')") +
-               "'";
-    };
-    return "dolqctl explain --fault " + std::to_string(arguments.faultId) + " --object " +
-           quoted(arguments.object) + " --product " + quoted(arguments.identity.productNumber) +
-           " --revision " + quoted(arguments.identity.revision);
-}
-
 /// Returns when `work` has ended or the user gives up; tells after a second what it waits for.
 void waitFor(const std::future<void>& work) {
     using namespace std::chrono_literals;
@@ -157,20 +144,22 @@ int conclude(const CeaseArguments& arguments, Output& output) {
         text += ", which is another object: the first " + std::to_string(kLongest) + " of the " +
                 std::to_string(arguments.object.size()) + " bytes given";
     }
-    if (!isSent) {
-        text += (isHandedOver ? "; " : "") +
-                (isDropped ? "the library dropped it, for the reason in its traces of group 0"
-                           : answerText()) +
-                (givenUp != 0         ? "; given up"
-                 : isOk && !isDropped ? ", but gives no notification"
-                                      : "");
+    if (isDropped) {
+        text = "the library dropped it, for the reason in its traces of group 0";
+    } else if (!isSent) {
+        text += (isHandedOver ? "; " : "") + answerText() +
+                (givenUp != 0 ? "; given up"
+                 : isOk       ? ", but gives no notification"
+                              : "");
     }
     output.line(output.styled(isSent ? Style::Good : Style::Bad, verdict) + text);
     const std::string reader =
         otherService().empty() ? "dolqctl alarms" : "the service's own reader, for OpenSAF ntfread";
-    output.line("Next: " + (isSent || isUnknown ? reader
-                            : isDropped         ? explainCommand(arguments)
-                                                : "dolqctl doctor"));
+    output.line("Next: " +
+                (isSent || isUnknown ? reader
+                 : isDropped
+                     ? "dolqctl explain, with the same --object, --fault, --product and --revision"
+                     : "dolqctl doctor"));
     if (!output.flush()) {
         tell(verdict + text);
     }
@@ -190,9 +179,8 @@ int send(const CeaseArguments& arguments, Output& output,
         Library library(kDolqLibrary);
         auto* const getFactory =
             library.function<FmiFactory*()>("_ZN4ruxa2fm4dolq2v213getFmiFactoryEv");
-        auto* const freeFactory = library.function<void()>("_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv");
         operation(*getFactory()->createFaultManagement());
-        freeFactory();
+        library.function<void()>("_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv")();
     });
     waitFor(work);
     if (givenUp != 0) {
