@@ -44,6 +44,26 @@ void checkObject(Diagnosis& diagnosis, const std::string& object, const dolq::Mo
     }
 }
 
+/// Mistakes in the element that is used, and in others that name the fault and the class; `moClass`
+/// is empty for any.
+void checkElements(Diagnosis& diagnosis, std::uint32_t faultId, const std::string& moClass,
+                   const History* used, const std::vector<Finding>& findings) {
+    const std::regex number("(^|[^0-9])" + std::to_string(faultId) + "([^0-9]|$)");
+    const std::string usedAt = used == nullptr ? "" : positionText(used->back().position);
+    for (const Finding& each : findings) {
+        const std::string at = positionText(each.position);
+        const bool isAbout =
+            at == usedAt || (std::regex_search(each.about, number) &&
+                             folded(each.about).find(folded(moClass)) != std::string::npos);
+        if (isAbout && used == nullptr && each.severity == Severity::Error) {
+            diagnosis.fail(kMapping, at + ": " + each.message, "correct the element");
+        } else if (isAbout && used != nullptr &&
+                   (each.severity == Severity::Error || (!moClass.empty() && !each.other))) {
+            diagnosis.warn(kMapping, at + ": " + each.message, "correct the element");
+        }
+    }
+}
+
 /// Looks the fault up as an adapter does: only both, fault id and class, find a mapping.
 const History* lookUp(Diagnosis& diagnosis, std::uint32_t faultId, const std::string& moClass,
                       const Inventory& inventory) {
@@ -64,20 +84,8 @@ const History* lookUp(Diagnosis& diagnosis, std::uint32_t faultId, const std::st
                                         "; mind letter case and white space)"
                                   : ""));
     }
-    // Elements that name the fault, and the class if any mapping of the fault was read.
-    const std::regex number("(^|[^0-9])" + std::to_string(faultId) + "([^0-9]|$)");
-    const std::string meant = used == nullptr && others.empty() ? "" : folded(moClass);
-    for (const Finding& each : inventory.findings) {
-        const bool isMinor = each.severity == Severity::Warning;
-        if (each.other || !std::regex_search(each.about, number) ||
-            folded(each.about).find(meant) == std::string::npos ||
-            (isMinor && (used == nullptr || moClass.empty()))) {
-            continue;
-        }
-        const std::string text = positionText(each.position) + ": " + each.message;
-        used == nullptr ? diagnosis.fail(kMapping, text, "correct the element")
-                        : diagnosis.warn(kMapping, text, "correct the element");
-    }
+    checkElements(diagnosis, faultId, used == nullptr && others.empty() ? "" : moClass, used,
+                  inventory.findings);
     if (used != nullptr) {
         std::string text = "alarm " + placeText(used->back());
         for (auto each = std::next(used->rbegin()); each != used->rend(); ++each) {

@@ -73,8 +73,8 @@ std::string positionText(const FilePosition& position) {
     return lineText(position) + (position.column == 0 ? "" : ':' + std::to_string(position.column));
 }
 
-std::string lineText(const FilePosition& position, std::size_t skipped) {
-    return printable(position.file.substr(skipped)) +
+std::string lineText(const FilePosition& position) {
+    return printable(position.file) +
            (position.line == 0 ? "" : ':' + std::to_string(position.line));
 }
 

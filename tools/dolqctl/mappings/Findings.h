@@ -26,8 +26,8 @@ FilePosition positionOf(const std::string& file, const TiXmlBase& part);
 
 /// "file:line:column", or less where there is none; printable.
 std::string positionText(const FilePosition& position);
-/// "file:line", the file without the first `skipped` characters of its path.
-std::string lineText(const FilePosition& position, std::size_t skipped = 0);
+/// "file:line"; printable.
+std::string lineText(const FilePosition& position);
 
 /// An error is a mapping that is lost or is not what is written, a warning something that works but
 /// was hardly meant.
