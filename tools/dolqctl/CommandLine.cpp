@@ -243,14 +243,16 @@ CLI::App& addAlarms(CLI::App& program, AlarmsArguments& arguments) {
     addValue(command, "--since", "AGO", arguments.since,
              "Only those raised or ceased since: 90s, 10m, 6h or 2d ago")
         ->transform(CLI::Validator(toSeconds, ""));
+    addValue(command, "--limit", "N", arguments.limit, "Only the first so many of the list")
+        ->check(problemOfNumber);
     command.add_flag("--long", arguments.isLong, "All that an alarm says, nothing cut");
     addJson(command, arguments.json);
     command.footer(R"(The log is the one that the embedded notification service writes: --log, or
 else RUXA_NTF_LOG, or else ruxa/notifications.jsonl in XDG_STATE_HOME or
 ~/.local/state. Notifications of one object and one notification class are one
 alarm: the latest raise says what it is, and a cease ends it. AGE is how long it
-has been active, or was, and UPDATED when it was last raised, or ceased. Lines
-that are no notifications are counted, reported on standard error and left out.
+has been active, or was; times are local. Lines that are no notifications are
+counted, reported on standard error and left out.
 
 Examples:
   dolqctl alarms --severity major --object managedElement=1 --since 2h

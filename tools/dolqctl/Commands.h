@@ -87,6 +87,7 @@ struct AlarmsArguments {
     std::optional<std::uint32_t> severity; ///< a client's code: the least
     std::string object;
     std::optional<std::int64_t> since; ///< so many seconds ago
+    std::optional<std::uint32_t> limit;
     bool history = false;
     bool isLong = false;
     bool json = false;

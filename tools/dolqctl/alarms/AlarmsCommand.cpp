@@ -1,8 +1,10 @@
 #include <algorithm>
 #include <ctime>
 #include <functional>
+#include <iomanip>
 #include <iterator>
 #include <map>
+#include <sstream>
 #include <system_error>
 #include <tuple>
 #include <utility>
@@ -44,9 +46,23 @@ std::string idOf(const Alarm& alarm) {
     return std::to_string(alarm.raised.majorId) + '/' + std::to_string(alarm.raised.minorId);
 }
 
-/// "2024-02-29T12:34:56Z", as in traces.
-std::string timeText(std::int64_t timeNs) {
-    return platform::ntf::formatTime(timeNs).substr(0, 19) + 'Z';
+/// Local time in the words of strftime(3).
+std::string timeText(std::int64_t timeNs, const char* format = "%F %T") {
+    const std::time_t seconds = timeNs / kNsPerSecond;
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    std::ostringstream text;
+    text << std::put_time(&local, format);
+    return text.str();
+}
+
+/// "12:34:56" within a day, "Nov 21 12:34" within half a year, otherwise "2024-02-29".
+std::string shortTimeText(std::int64_t timeNs) {
+    constexpr std::time_t kDay = 24L * 60 * 60;
+    const std::time_t age = std::time(nullptr) - timeNs / kNsPerSecond;
+    return timeText(timeNs, age >= 0 && age < kDay         ? "%T"
+                            : age >= 0 && age < 183 * kDay ? "%b %e %H:%M"
+                                                           : "%F");
 }
 
 /// For how long it has been active, or was: "45s", "3m", "2h", "5d". Empty where the clock was set
@@ -95,13 +111,15 @@ Json toJson(const Alarm& alarm) {
 void printTable(const std::vector<Alarm>& alarms, Output& output) {
     Table table({{"SEVERITY"},
                  {"AGE", Align::Right},
-                 {"UPDATED"},
+                 {"LAST RAISED"},
+                 {"TIMES", Align::Right},
                  {"ALARM"},
                  {"OBJECT", Align::Left, true}});
     for (const Alarm& alarm : alarms) {
         table.add({severityOf(alarm),
                    {ageOf(alarm)},
-                   {timeText(alarm.changeTimeNs())},
+                   {shortTimeText(alarm.raised.eventTimeNs)},
+                   {std::to_string(alarm.timesRaised)},
                    {idOf(alarm)},
                    {alarm.raised.notificationObject}});
     }
@@ -207,19 +225,13 @@ void sort(std::vector<Alarm>& alarms, bool bySeverity) {
               [&](const Alarm& left, const Alarm& right) { return place(left) > place(right); });
 }
 
-void printSummary(const AlarmsArguments& arguments, const std::string& path, const AlarmLog& log,
-                  Output& output) {
+/// "2 active alarms that match: 1 major, 1 minor"
+std::string summaryOf(const AlarmsArguments& arguments, const std::vector<Alarm>& alarms) {
     const bool isFiltered = arguments.severity || arguments.since || !arguments.object.empty();
     const std::string what = arguments.history ? "alarm" : "active alarm";
     const std::string matching = isFiltered ? " that match" : "";
-    output.line(log.alarms.empty() ? "No " + what + 's' + matching
-                                   : counted(log.alarms.size(), what) + matching + ": " +
-                                         severitiesText(log.alarms));
-    const std::string since = log.notifications == 0 ? "" : " since " + timeText(log.firstTimeNs);
-    output.line(counted(log.notifications, "notification") + since + " in " + path);
-    if (log.alarms.empty() && arguments.log.empty()) {
-        output.line(kOtherLogs);
-    }
+    return alarms.empty() ? "No " + what + 's' + matching
+                          : counted(alarms.size(), what) + matching + ": " + severitiesText(alarms);
 }
 
 } // namespace
@@ -233,6 +245,11 @@ int runAlarms(const AlarmsArguments& arguments, Output& output) {
     }
     filter(log.alarms, arguments);
     sort(log.alarms, !arguments.history);
+    std::string summary = summaryOf(arguments, log.alarms);
+    if (arguments.limit && *arguments.limit < log.alarms.size()) {
+        log.alarms.resize(*arguments.limit);
+        summary += "; " + std::to_string(log.alarms.size()) + " shown";
+    }
     if (arguments.json) {
         printJson(path, log, output);
         return kFine;
@@ -241,7 +258,12 @@ int runAlarms(const AlarmsArguments& arguments, Output& output) {
         arguments.isLong ? printLong(log.alarms, output) : printTable(log.alarms, output);
         output.line();
     }
-    printSummary(arguments, pathText(path), log, output);
+    output.line(summary);
+    const std::string since = log.notifications == 0 ? "" : " since " + timeText(log.firstTimeNs);
+    output.line(counted(log.notifications, "notification") + since + " in " + pathText(path));
+    if (log.alarms.empty() && arguments.log.empty()) {
+        output.line(kOtherLogs);
+    }
     return kFine;
 }
 
