@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
-#include "ResidentSize.h"
 #include "platform/ntf/log/AlarmRecord.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "support/TestSupport.h"

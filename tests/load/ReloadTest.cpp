@@ -5,9 +5,9 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include "ResidentSize.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "ruxa/fm/dolq/v2/FmiFactory.h"
+#include "support/TestSupport.h"
 
 namespace v1 = ruxa::fm::dolq::v1;
 namespace v2 = ruxa::fm::dolq::v2;

@@ -66,6 +66,15 @@ inline std::size_t entriesIn(const char* folder) {
     return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
 }
 
+/// What this process has in memory now.
+inline long residentKiB() {
+    std::ifstream statm("/proc/self/statm");
+    long total = 0;
+    long resident = 0;
+    statm >> total >> resident;
+    return resident * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
 /// Waits for a child and returns its wait status: 0 when it ended well.
 inline int statusOf(pid_t child) {
     int status = -1;
