@@ -83,16 +83,15 @@ void checkSink(Diagnosis& diagnosis, const std::string& sink) {
     constexpr char kCheck[] = "trace sink";
     constexpr std::string_view kScheme = "file:";
     const bool isFile = sink.rfind(kScheme, 0) == 0;
-    const std::string obstacle = isFile ? obstacleTo(sink.substr(kScheme.size()), O_WRONLY) : "";
-    if (!isFile && sink != "stderr" && sink != "syslog") {
-        diagnosis.warn(kCheck, "RUXA_TRACE_SINK is '" + sink + "'",
-                       "set it to stderr, file:PATH or syslog: anything else counts as stderr");
-    } else if (!obstacle.empty()) {
-        diagnosis.warn(kCheck, sink + " cannot be written: " + obstacle,
-                       "correct RUXA_TRACE_SINK or the permissions: the embedded backend traces to "
-                       "stderr instead");
-    } else {
+    const std::string obstacle = isFile ? obstacleTo(sink.substr(kScheme.size()), O_WRONLY)
+                                 : sink == "stderr" || sink == "syslog"
+                                     ? ""
+                                     : "it is none of stderr, file:PATH and syslog";
+    if (obstacle.empty()) {
         diagnosis.ok(kCheck, sink);
+    } else {
+        diagnosis.warn(kCheck, "RUXA_TRACE_SINK is '" + sink + "': " + obstacle,
+                       "correct it, or the permissions: the embedded backend traces to stderr");
     }
 }
 
@@ -109,9 +108,9 @@ void checkRoom(Diagnosis& diagnosis, const std::string& log, const fs::path& fol
                                   : ::geteuid() == 0 ? disk.free
                                                      : disk.available;
     const bool isLimit = allowed < onDisk;
-    const std::string finding = log + " has room for " + std::to_string(std::min(allowed, onDisk)) +
-                                " bytes only" +
-                                (isLimit ? ", by the limit on file sizes (ulimit -f)" : "");
+    const std::string finding =
+        log + " has room for " + std::to_string(std::min(allowed, onDisk)) + " bytes only" +
+        (isLimit ? ", by the limit on file sizes (ulimit -f)" : " on its disk");
     const char* const advice =
         isLimit ? "raise the limit, or rotate the log: SIGXFSZ kills programs that reach it"
                 : "make room, or set RUXA_NTF_LOG: the service refuses alarms on a full disk";
@@ -164,11 +163,6 @@ void checkReporter(Diagnosis& diagnosis) {
 
 void checkNotificationLog(Diagnosis& diagnosis) {
     const fs::path path = platform::ntf::notificationLogPath();
-    if (path.empty()) {
-        diagnosis.fail(kLog, "RUXA_NTF_LOG, XDG_STATE_HOME and HOME name no place for it",
-                       "set RUXA_NTF_LOG: the service refuses every session");
-        return;
-    }
     const bool isChosen = *common::environment("RUXA_NTF_LOG") != '\0';
     const std::string log = path.string() + (isChosen ? "" : " (RUXA_NTF_LOG is not set)");
     struct stat status {};
@@ -176,7 +170,10 @@ void checkNotificationLog(Diagnosis& diagnosis) {
     const bool isNull = isDevice && status.st_rdev == makedev(1, 3);
     const std::string obstacle =
         isDevice && !isNull ? "it is no regular file" : obstacleTo(path, O_RDWR);
-    if (!obstacle.empty()) {
+    if (path.empty()) {
+        diagnosis.fail(kLog, "RUXA_NTF_LOG, XDG_STATE_HOME and HOME name no place for it",
+                       "set RUXA_NTF_LOG: the service refuses every session");
+    } else if (!obstacle.empty()) {
         diagnosis.fail(kLog, log + " cannot be written: " + obstacle,
                        "correct RUXA_NTF_LOG or the permissions: the service refuses every alarm");
     } else if (isNull) {
