@@ -47,6 +47,7 @@ std::optional<std::string> plainOf(wchar_t character) {
 
 /// The attribute values of the element that `part` is, or is an attribute of; or its text.
 std::string valuesAround(const TiXmlBase& part) {
+    constexpr std::size_t kMost = 4000; // of one value: a class list can be long
     std::string values;
     const auto* first = dynamic_cast<const TiXmlAttribute*>(&part);
     if (const auto* const node = dynamic_cast<const TiXmlNode*>(&part)) {
@@ -57,8 +58,7 @@ std::string valuesAround(const TiXmlBase& part) {
         first = first->Previous();
     }
     for (; first != nullptr; first = first->Next()) {
-        values.append(" ").append(first->Value(),
-                                  std::min<std::size_t>(first->ValueStr().size(), 80));
+        values.append(" ").append(first->Value(), std::min(first->ValueStr().size(), kMost));
     }
     return values;
 }
