@@ -38,12 +38,12 @@ std::string versionText() {
           std::pair("load-module handler", kLoadModuleLibrary),
           std::pair("NTF library", kNtfLibrary)}) {
         const Library library(soname);
-        const std::string file = std::filesystem::weakly_canonical(library.file()).string();
         const std::string id = library.buildId();
-        text += std::string("\n") + part + ": " +
-                (!library.isLoaded() ? library.error()
-                 : id.empty()        ? file + ", without a build id"
-                                     : file + ", build id " + id);
+        text.append("\n").append(part).append(": ");
+        text += library.isLoaded() ? std::filesystem::weakly_canonical(library.file()).string()
+                                   : library.error();
+        text += !library.isLoaded() ? "" : id.empty() ? ", without a build id" : ", build id ";
+        text += id;
     }
     return text;
 }
@@ -310,7 +310,7 @@ std::string problemOfWords(const CLI::App& app) {
 
 /// The parser's message in this program's words.
 std::string problemOf(const CLI::ParseError& error) {
-    const std::string text = error.what();
+    std::string text = error.what();
     const std::string kind = error.get_name();
     if (kind == "RequiredError" && text.find("subcommand") != text.npos) {
         return "name a command";

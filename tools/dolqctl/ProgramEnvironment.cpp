@@ -82,6 +82,7 @@ void takeOnProgram(const std::string& pid, char** argv) {
         throw failure("its user cannot be taken on");
     }
     std::vector<char*> pointers;
+    pointers.reserve(variables.size() + 1);
     for (std::string& variable : variables) {
         pointers.push_back(variable.data());
     }
