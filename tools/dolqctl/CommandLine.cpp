@@ -245,7 +245,7 @@ CLI::App& addAlarms(CLI::App& program, AlarmsArguments& arguments) {
         ->transform(CLI::Validator(toSeconds, ""));
     addValue(command, "--limit", "N", arguments.limit, "Only the first so many of the list")
         ->check(problemOfNumber);
-    command.add_flag("--long", arguments.isLong, "All that an alarm says, nothing cut");
+    command.add_flag("--long", arguments.isLong, "All that an alarm says");
     addJson(command, arguments.json);
     command.footer(R"(The log is the one that the embedded notification service writes: --log, or
 else RUXA_NTF_LOG, or else ruxa/notifications.jsonl in XDG_STATE_HOME or

@@ -111,13 +111,6 @@ std::string printable(std::string_view text) {
     return text.empty() ? "-" : common::escapedText(text);
 }
 
-std::string pathText(const std::string& path) {
-    const std::string home = common::environment("HOME");
-    return home.size() > 1 && path.rfind(home + '/', 0) == 0
-               ? '~' + printable(path.substr(home.size()))
-               : printable(path);
-}
-
 std::string counted(std::size_t count, const std::string& what) {
     return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
 }

@@ -52,9 +52,6 @@ std::string inQuotes(std::string_view text);
 /// control character, no broken UTF-8, "-" in place of nothing.
 std::string printable(std::string_view text);
 
-/// The path of a file, printable, with "~" for the user's home.
-std::string pathText(const std::string& path);
-
 /// "3 files", "1 file".
 std::string counted(std::size_t count, const std::string& what);
 

@@ -14,14 +14,12 @@ enum class Style { Plain, Bold, Faint, Good, Warning, Bad };
 enum class Align { Left, Right };
 
 /// Rows under a heading, in columns two blanks apart that are as wide as a terminal shows them.
-/// No cell is left empty ("-" stands for nothing), and no line ends in blanks.
+/// No cell is left empty ("-" stands for nothing), and no line ends in blanks of the table's.
 class Table {
 public:
     struct Column {
-        std::string heading;
+        std::string_view heading;
         Align align = Align::Left;
-        bool mayShrink = false; ///< its texts are cut in the middle where a terminal is too narrow
-        std::size_t width = 0;  ///< of the widest text; the table's own
     };
     struct Cell {
         Cell(std::string_view cellText, Style cellStyle = Style::Plain);
@@ -31,19 +29,17 @@ public:
         Style style;
     };
 
-    explicit Table(std::vector<Column> columns);
+    explicit Table(const std::vector<Column>& columns);
 
     /// One cell a column; foreign text may be given as it is.
     void add(std::vector<Cell> cells);
-    bool isEmpty() const { return m_rows.empty(); }
+    bool isEmpty() const { return m_rows.size() == 1; }
 
     void write(Output& output) const;
 
 private:
-    void writeRow(const std::vector<Cell>& cells, std::size_t excess, Output& output) const;
-
-    std::vector<Column> m_columns;
-    std::vector<std::vector<Cell>> m_rows;
+    std::vector<Align> m_aligns;           // of the columns
+    std::vector<std::vector<Cell>> m_rows; // the first one holds the headings
 };
 
 /// How many places of a terminal `text` takes: none for a combining character or

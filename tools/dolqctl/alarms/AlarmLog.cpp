@@ -41,7 +41,8 @@ void apply(AlarmRecord record, ActiveAlarms& active, std::vector<Alarm>* ceased)
 }
 
 [[noreturn]] void failToRead(const std::filesystem::path& path) {
-    throw std::system_error(errno, std::generic_category(), "cannot read " + pathText(path));
+    throw std::system_error(errno, std::generic_category(),
+                            "cannot read " + printable(path.string()));
 }
 
 } // namespace
@@ -49,7 +50,7 @@ void apply(AlarmRecord record, ActiveAlarms& active, std::vector<Alarm>* ceased)
 AlarmLog readAlarmLog(const std::filesystem::path& path, bool withCeased) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error) && !error) { // opening a FIFO would wait
-        throw CommandError("cannot read " + pathText(path) + ": it is no regular file");
+        throw CommandError("cannot read " + printable(path.string()) + ": it is no regular file");
     }
     std::ifstream file(path);
     if (!file.is_open()) {
@@ -78,7 +79,8 @@ AlarmLog readAlarmLog(const std::filesystem::path& path, bool withCeased) {
         failToRead(path);
     }
     if (log.notifications == 0 && log.skippedLines != 0) {
-        throw CommandError(pathText(path) + " holds no notification: is it a notification log?");
+        throw CommandError(printable(path.string()) +
+                           " holds no notification: is it a notification log?");
     }
     for (auto& [key, alarm] : active) {
         log.alarms.push_back(std::move(alarm));
@@ -99,7 +101,7 @@ std::string whyElsewhere() {
     }
     const std::string other = otherService();
     return other.empty() ? ""
-                         : "alarms go to another service here, " + pathText(other) +
+                         : "alarms go to another service here, " + printable(other) +
                                ":\nlook with its own reader, for OpenSAF ntfread or ntfsubscribe.";
 }
 

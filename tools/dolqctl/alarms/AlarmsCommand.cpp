@@ -114,7 +114,7 @@ void printTable(const std::vector<Alarm>& alarms, Output& output) {
                  {"LAST RAISED"},
                  {"TIMES", Align::Right},
                  {"ALARM"},
-                 {"OBJECT", Align::Left, true}});
+                 {"OBJECT"}});
     for (const Alarm& alarm : alarms) {
         table.add({severityOf(alarm),
                    {ageOf(alarm)},
@@ -187,7 +187,7 @@ std::filesystem::path findLog(const std::string& given) {
     const std::string why = given.empty() ? whyElsewhere() : "";
     std::error_code error;
     if (std::filesystem::status(path, error).type() == std::filesystem::file_type::not_found) {
-        throw CommandError(why.empty() ? "there is no log " + pathText(path) +
+        throw CommandError(why.empty() ? "there is no log " + printable(path.string()) +
                                              ": none was written, or it was moved\n" + kOtherLogs
                                        : why);
     }
@@ -240,7 +240,7 @@ int runAlarms(const AlarmsArguments& arguments, Output& output) {
     const std::filesystem::path path = findLog(arguments.log);
     AlarmLog log = readAlarmLog(path, arguments.history);
     if (log.skippedLines != 0) {
-        tell("lines of " + pathText(path) +
+        tell("lines of " + printable(path.string()) +
              " that are no whole notifications, left out: " + std::to_string(log.skippedLines));
     }
     filter(log.alarms, arguments);
@@ -260,7 +260,8 @@ int runAlarms(const AlarmsArguments& arguments, Output& output) {
     }
     output.line(summary);
     const std::string since = log.notifications == 0 ? "" : " since " + timeText(log.firstTimeNs);
-    output.line(counted(log.notifications, "notification") + since + " in " + pathText(path));
+    output.line(counted(log.notifications, "notification") + since + " in " +
+                printable(path.string()));
     if (log.alarms.empty() && arguments.log.empty()) {
         output.line(kOtherLogs);
     }

@@ -23,7 +23,7 @@ void printTable(const Discovery& discovery, const Inventory& inventory, Output& 
                  {"ALARM"},
                  {"MINOR TYPE", Align::Right},
                  {"OVERRIDES"},
-                 {"FILE:LINE", Align::Left, true}});
+                 {"FILE:LINE"}});
     for (const auto& [key, history] : inventory.mappings) {
         const Mapping& mapping = history.back();
         std::vector<std::string> overridden;
