@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <nlohmann/json_fwd.hpp>
@@ -32,15 +31,13 @@ struct Observation {
 
 class Diagnosis {
 public:
-    void ok(std::string check, std::string finding) {
-        add({std::move(check), Observation::Status::Ok, std::move(finding), {}});
+    using Text = const std::string&;
+    void ok(Text check, Text finding) { add({check, Observation::Status::Ok, finding, {}}); }
+    void warn(Text check, Text finding, Text advice) {
+        add({check, Observation::Status::Warning, finding, advice});
     }
-    void warn(std::string check, std::string finding, std::string advice) {
-        add({std::move(check), Observation::Status::Warning, std::move(finding),
-             std::move(advice)});
-    }
-    void fail(std::string check, std::string finding, std::string advice) {
-        add({std::move(check), Observation::Status::Failed, std::move(finding), std::move(advice)});
+    void fail(Text check, Text finding, Text advice) {
+        add({check, Observation::Status::Failed, finding, advice});
         ++m_failures;
     }
 
