@@ -56,8 +56,6 @@ Output::Output()
     std::setlocale(LC_CTYPE, "C.UTF-8");
 }
 
-std::size_t Output::width() const { return widthOf(STDOUT_FILENO); }
-
 std::string Output::styled(Style style, std::string_view text) const {
     if (!m_colours || style == Style::Plain) {
         return std::string(text);
@@ -69,7 +67,7 @@ std::string Output::styled(Style style, std::string_view text) const {
 void Output::line(std::string_view text) { std::cout << text << '\n'; }
 
 void Output::wrapped(const std::string& text, const std::string& indent) {
-    line(dolqctl::wrapped(text, width(), indent));
+    line(dolqctl::wrapped(text, widthOf(STDOUT_FILENO), indent));
 }
 
 void Output::print(const nlohmann::ordered_json& json) {

@@ -16,9 +16,6 @@ class Output {
 public:
     Output();
 
-    /// How many characters a line of the terminal has room for; no bound for what is no terminal.
-    std::size_t width() const;
-
     /// `text` in the colour of `style`, or as it stands where there are no colours.
     std::string styled(Style style, std::string_view text) const;
 
