@@ -33,9 +33,10 @@ TEST_P(AnswerTest, IsAwaitedBeforeTheNotificationIsFreedAndAFailureTraced) {
         std::find_if(expected.begin(), expected.end(),
                      [&](const auto& event) { return event.rfind(row.call, 0) == 0; }) -
         expected.begin();
+    const Texts again{*(expected.begin() + first), "usleep 100000"};
     for (int i = 0; i < kBusyAnswers; ++i) {
         platform().results[row.call].push_front(SA_AIS_ERR_TRY_AGAIN);
-        expected.insert(expected.begin() + first, {row.events[first], "usleep 100000"});
+        expected.insert(expected.begin() + first, again.begin(), again.end());
     }
     raiseWithGroup(*client);
     EXPECT_EQ(platform().events, expected);
@@ -163,7 +164,7 @@ TEST_F(NtfSessionTest, ANotificationObjectIsSentUpTo599Bytes) {
 TEST_F(NtfSessionTest, AListIsSentUpTo65535Entries) {
     const auto client = adapter();
     platform().enabledGroups = {0};
-    for (const std::size_t given : {65534, 65535, 65536 + 5}) { // the correlation info comes on top
+    for (const std::size_t given : {65534U, 65535U, 65541U}) { // the correlation info comes on top
         platform().sent.clear();
         platform().events.clear();
         raise(*client, kObject, "", Texts(given, "i"));
