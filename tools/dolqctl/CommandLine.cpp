@@ -2,7 +2,9 @@
 // man page and the completion are made of them. The only file that includes the argument parser,
 // whose header takes longer than all else here.
 #include <algorithm>
+#include <clocale>
 #include <filesystem>
+#include <iostream>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -108,12 +110,14 @@ CLI::App& addMappings(CLI::App& program, MappingsArguments& arguments) {
     CLI::App& command =
         *program.add_subcommand("mappings", "Show which mappings programs get, and from where");
     addIdentity(command, arguments.identity);
+    addValue(command, "--alarm", "MAJOR/MINOR", arguments.alarm,
+             "Only the mappings to this alarm, for instance 2/17");
     addJson(command, arguments.json);
     command.footer(
         R"(Exit codes: 0 all mapping files were read; 1 not all were; 2 wrong usage.
 
 Example:
-  dolqctl mappings --product CXC1370001 --revision R1A | grep 2/17)");
+  dolqctl mappings --product CXC1370001 --revision R1A --alarm 2/17)");
     return command;
 }
 
@@ -328,7 +332,7 @@ std::string problemOf(const CLI::ParseError& error) {
 }
 
 /// Fills the arguments of the command that is named, and runs it.
-void parse(CLI::App& program, int argc, char** argv, Output& output) {
+void parse(CLI::App& program, int argc, char** argv) {
     std::vector<std::string> arguments(argv + 1, argv + argc);
     if (!arguments.empty() && arguments.front() == "help") {
         std::replace(arguments.begin(), arguments.end(), std::string("help"),
@@ -348,9 +352,9 @@ void parse(CLI::App& program, int argc, char** argv, Output& output) {
                 "\nTry 'dolqctl " + (chosen.empty() ? "" : command.get_name() + ' ') + "--help'.");
         }
         if (error.get_name() == "CallForVersion") {
-            output.wrapped(error.what(), "  ");
+            printWrapped(error.what(), "  ");
         } else {
-            output.stream() << program.help();
+            std::cout << program.help();
         }
     }
 }
@@ -358,6 +362,8 @@ void parse(CLI::App& program, int argc, char** argv, Output& output) {
 } // namespace
 
 int runCommandLine(int argc, char** argv) {
+    // Widths are those of UTF-8 whatever the user's locale; white space stays that of ASCII.
+    std::setlocale(LC_CTYPE, "C.UTF-8");
     CLI::App program("Sees, checks and drives the alarms of the fault-management library.",
                      "dolqctl");
     program.formatter(std::make_shared<HelpFormatter>());
@@ -371,7 +377,6 @@ int runCommandLine(int argc, char** argv) {
 
 'dolqctl help COMMAND' shows a command's options and an example.
 See also dolqctl(1).)");
-    Output output;
     int exitCode = kFine;
     std::optional<std::string> pid;
     program.parse_complete_callback([&] { // before that of the command
@@ -380,22 +385,22 @@ See also dolqctl(1).)");
         }
     });
     MappingsArguments mappings;
-    addMappings(program, mappings).callback([&] { exitCode = runMappings(mappings, output); });
+    addMappings(program, mappings).callback([&] { exitCode = runMappings(mappings); });
     CheckArguments check;
-    addCheck(program, check).callback([&] { exitCode = runCheck(check, output); });
+    addCheck(program, check).callback([&] { exitCode = runCheck(check); });
     ExplainArguments explain;
-    addExplain(program, explain, pid).callback([&] { exitCode = runExplain(explain, output); });
+    addExplain(program, explain, pid).callback([&] { exitCode = runExplain(explain); });
     RaiseArguments raise;
-    addRaise(program, raise).callback([&] { exitCode = runRaise(raise, output); });
+    addRaise(program, raise).callback([&] { exitCode = runRaise(raise); });
     CeaseArguments cease;
-    addCease(program, cease).callback([&] { exitCode = runCease(cease, output); });
+    addCease(program, cease).callback([&] { exitCode = runCease(cease); });
     AlarmsArguments alarms;
-    addAlarms(program, alarms).callback([&] { exitCode = runAlarms(alarms, output); });
+    addAlarms(program, alarms).callback([&] { exitCode = runAlarms(alarms); });
     DoctorArguments doctor;
-    addDoctor(program, doctor, pid).callback([&] { exitCode = runDoctor(doctor, output); });
+    addDoctor(program, doctor, pid).callback([&] { exitCode = runDoctor(doctor); });
 
-    parse(program, argc, argv, output);
-    if (!output.flush()) {
+    parse(program, argc, argv);
+    if (!std::cout.flush()) {
         throw CommandError("standard output cannot be written");
     }
     return exitCode;

@@ -8,8 +8,6 @@
 
 namespace dolqctl {
 
-class Output;
-
 /// What the shell is told.
 enum ExitCode {
     kFine = 0,
@@ -39,9 +37,10 @@ struct Identity {
 
 struct MappingsArguments {
     Identity identity;
+    std::string alarm; ///< as written, e.g. 2/17
     bool json = false;
 };
-int runMappings(const MappingsArguments& arguments, Output& output);
+int runMappings(const MappingsArguments& arguments);
 
 struct CheckArguments {
     std::vector<std::string> files;
@@ -51,7 +50,7 @@ struct CheckArguments {
     bool strict = false;
     bool json = false;
 };
-int runCheck(const CheckArguments& arguments, Output& output);
+int runCheck(const CheckArguments& arguments);
 
 struct ExplainArguments {
     std::uint32_t faultId = 0;
@@ -60,7 +59,7 @@ struct ExplainArguments {
     bool identityGiven = false; ///< each alarm names the program's system and compute node
     bool json = false;
 };
-int runExplain(const ExplainArguments& arguments, Output& output);
+int runExplain(const ExplainArguments& arguments);
 
 struct CeaseArguments {
     std::uint32_t faultId = 0;
@@ -68,7 +67,7 @@ struct CeaseArguments {
     Identity identity;
     bool verbose = false;
 };
-int runCease(const CeaseArguments& arguments, Output& output);
+int runCease(const CeaseArguments& arguments);
 
 struct RaiseArguments : CeaseArguments {
     std::uint32_t severity = 0; ///< a client's code
@@ -80,7 +79,7 @@ struct RaiseArguments : CeaseArguments {
     std::string systemUuid;
     std::string computeName;
 };
-int runRaise(const RaiseArguments& arguments, Output& output);
+int runRaise(const RaiseArguments& arguments);
 
 struct AlarmsArguments {
     std::string log;
@@ -92,11 +91,11 @@ struct AlarmsArguments {
     bool isLong = false;
     bool json = false;
 };
-int runAlarms(const AlarmsArguments& arguments, Output& output);
+int runAlarms(const AlarmsArguments& arguments);
 
 struct DoctorArguments {
     bool json = false;
 };
-int runDoctor(const DoctorArguments& arguments, Output& output);
+int runDoctor(const DoctorArguments& arguments);
 
 } // namespace dolqctl

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
-#include <clocale>
+#include <cwchar>
 #include <iostream>
 #include <limits>
 #include <numeric>
@@ -13,15 +13,13 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "common/Environment.h"
 #include "common/Escape.h"
 
 namespace dolqctl {
 
 namespace {
 
-/// Indexed by `Style`: the number of the terminal's attribute.
-constexpr const char* kAttributes[] = {"0", "1", "2", "32", "33", "31"};
+constexpr std::size_t kLeastWidth = 20; // of a table's last column
 
 /// How many characters a line of the terminal has room for; no bound for what is no terminal.
 std::size_t widthOf(int file) {
@@ -30,6 +28,37 @@ std::size_t widthOf(int file) {
         return std::numeric_limits<std::size_t>::max();
     }
     return size.ws_col != 0 ? size.ws_col : 80;
+}
+
+/// Takes the first character off `text`, and returns how many places of a terminal it takes: none
+/// for a combining one, two for a wide one.
+std::size_t takeCharacter(std::string_view& text) {
+    std::mbstate_t state{};
+    wchar_t character = 0;
+    const std::size_t length = std::mbrtowc(&character, text.data(), text.size(), &state);
+    const bool isBroken = length == 0 || length > text.size(); // NUL, malformed or cut off
+    text.remove_prefix(isBroken ? 1 : length);
+    return isBroken ? 1 : static_cast<std::size_t>(std::max(0, wcwidth(character)));
+}
+
+std::size_t displayWidth(std::string_view text) {
+    std::size_t width = 0;
+    while (!text.empty()) {
+        width += takeCharacter(text);
+    }
+    return width;
+}
+
+/// As much of it as there is room for.
+std::string endOf(std::string_view text, std::size_t room) {
+    std::size_t width = displayWidth(text);
+    if (width <= room) {
+        return std::string(text);
+    }
+    while (width + 1 > room) {
+        width -= takeCharacter(text);
+    }
+    return "…" + std::string(text);
 }
 
 /// How many characters have to be changed, added or removed to make `to` of `from`.
@@ -49,34 +78,39 @@ std::size_t distance(const std::string& from, const std::string& to) {
 
 } // namespace
 
-Output::Output()
-    : m_colours(isatty(STDOUT_FILENO) == 1 && common::environment("NO_COLOR", nullptr) == nullptr &&
-                std::string_view(common::environment("TERM", "dumb")) != "dumb") {
-    // Widths are those of UTF-8 whatever the user's locale; white space stays that of ASCII.
-    std::setlocale(LC_CTYPE, "C.UTF-8");
+void printLine(std::string_view text) { std::cout << text << '\n'; }
+
+void printWrapped(const std::string& text, const std::string& indent) {
+    printLine(wrapped(text, widthOf(STDOUT_FILENO), indent));
 }
 
-std::string Output::styled(Style style, std::string_view text) const {
-    if (!m_colours || style == Style::Plain) {
-        return std::string(text);
+void printTable(std::vector<std::vector<std::string>> rows) {
+    std::vector<std::size_t> widths(rows.front().size());
+    std::vector<bool> isNumber(widths.size(), rows.size() > 1);
+    for (std::vector<std::string>& row : rows) {
+        for (std::size_t i = 0; i < widths.size(); ++i) {
+            row[i] = printable(row[i]);
+            widths[i] = std::max(widths[i], displayWidth(row[i]));
+            isNumber[i] = isNumber[i] && (&row == &rows.front() ||
+                                          row[i].find_first_not_of("0123456789") == row[i].npos);
+        }
     }
-    return std::string("\033[") + kAttributes[static_cast<std::size_t>(style)] + 'm' +
-           std::string(text) + "\033[0m";
+    const std::size_t before = // of the last column
+        std::accumulate(widths.begin(), widths.end() - 1, 2 * (widths.size() - 1));
+    const std::size_t terminal = widthOf(STDOUT_FILENO);
+    for (const std::vector<std::string>& row : rows) {
+        std::string line;
+        for (std::size_t i = 0; i + 1 < row.size(); ++i) {
+            const std::string blanks(widths[i] - displayWidth(row[i]), ' ');
+            line += (isNumber[i] ? blanks + row[i] : row[i] + blanks) + "  ";
+        }
+        printLine(line + endOf(row.back(), std::max(terminal, before + kLeastWidth) - before));
+    }
 }
 
-void Output::line(std::string_view text) { std::cout << text << '\n'; }
-
-void Output::wrapped(const std::string& text, const std::string& indent) {
-    line(dolqctl::wrapped(text, widthOf(STDOUT_FILENO), indent));
+void printJson(const nlohmann::ordered_json& json) {
+    printLine(json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
 }
-
-void Output::print(const nlohmann::ordered_json& json) {
-    line(json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
-}
-
-std::ostream& Output::stream() { return std::cout; }
-
-bool Output::flush() { return static_cast<bool>(std::cout.flush()); }
 
 std::string wrapped(const std::string& text, std::size_t width, const std::string& indent) {
     if (const std::size_t end = text.find('\n'); end != text.npos) {

@@ -1,46 +1,31 @@
 #pragma once
 
-#include <ostream>
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <nlohmann/json_fwd.hpp>
 
-#include "Table.h"
-
 namespace dolqctl {
 
-/// What a command prints on standard output: lines, tables aligned for a terminal, or JSON. Colours
-/// are for terminals only, and never used when `NO_COLOR` is set.
-class Output {
-public:
-    Output();
-
-    /// `text` in the colour of `style`, or as it stands where there are no colours.
-    std::string styled(Style style, std::string_view text) const;
-
-    void line(std::string_view text = {});
-    /// In lines that a terminal has room for, the others indented; whole for scripts.
-    void wrapped(const std::string& text, const std::string& indent = {});
-    void print(const Table& table) { table.write(*this); }
-    /// Indented. Bytes that are not UTF-8 become U+FFFD.
-    void print(const nlohmann::ordered_json& json);
-
-    /// For what is neither. Foreign text goes through `printable` first.
-    std::ostream& stream();
-
-    /// False when something of what was printed could not be written.
-    bool flush();
-
-private:
-    bool m_colours;
-};
-
-/// `text` in lines that are at most so wide, all but the first indented. It may have lines itself.
-std::string wrapped(const std::string& text, std::size_t width, const std::string& indent = {});
+/// What a command answers, on standard output. Foreign text goes through `printable` or `inQuotes`
+/// first, except for JSON.
+void printLine(std::string_view text = {});
+/// In lines that a terminal has room for, all but the first indented; whole for scripts.
+void printWrapped(const std::string& text, const std::string& indent = {});
+/// Columns under headings, two blanks apart: numbers and what stands above them to the right, "-"
+/// for nothing. Where a terminal has no room, the beginnings of the last column's texts are left
+/// out.
+void printTable(std::vector<std::vector<std::string>> rows);
+/// Indented. Bytes that are not UTF-8 become U+FFFD.
+void printJson(const nlohmann::ordered_json& json);
 
 /// "dolqctl: <text>" on standard error, behind what was printed before, wrapped for a terminal.
 void tell(const std::string& text);
+
+/// `text` in lines that are at most so wide, all but the first indented. It may have lines itself.
+std::string wrapped(const std::string& text, std::size_t width, const std::string& indent = {});
 
 /// `text` made fit for a terminal, in quotes also when it is empty.
 std::string inQuotes(std::string_view text);

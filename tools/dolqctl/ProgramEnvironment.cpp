@@ -62,18 +62,10 @@ void takeOnProgram(const std::string& pid, char** argv) {
     const auto failure = [&](const std::string& what) {
         return CommandError("process " + pid + ": " + what + ": " + std::strerror(errno));
     };
-    std::vector<std::string> variables = {std::string(kTakenOn) + '=' + pid};
-    for (const char* const name : {"TERM", "NO_COLOR"}) { // of two, the first counts
-        if (const char* const value = common::environment(name, nullptr)) {
-            variables.push_back(std::string(name) + '=' + value);
-        }
-    }
-    std::ifstream environment(folder + "/environ");
-    if (!environment) {
+    std::ostringstream variables;
+    variables << kTakenOn << '=' << pid << '\0' << std::ifstream(folder + "/environ").rdbuf();
+    if (!variables) {
         throw failure("its environment cannot be read");
-    }
-    for (std::string variable; std::getline(environment, variable, '\0');) {
-        variables.push_back(variable);
     }
     if (::chdir((folder + "/cwd").c_str()) != 0) {
         throw failure("its current folder cannot be entered");
@@ -81,10 +73,10 @@ void takeOnProgram(const std::string& pid, char** argv) {
     if (!takeOnUser(folder)) {
         throw failure("its user cannot be taken on");
     }
+    std::string texts = variables.str() + '\0'; // each ended by a NUL
     std::vector<char*> pointers;
-    pointers.reserve(variables.size() + 1);
-    for (std::string& variable : variables) {
-        pointers.push_back(variable.data());
+    for (std::size_t at = 0; at < texts.size(); at = texts.find('\0', at) + 1) {
+        pointers.push_back(&texts[at]);
     }
     pointers.push_back(nullptr);
     ::execve("/proc/self/exe", argv, pointers.data());

@@ -2,6 +2,7 @@
 #include <ctime>
 #include <functional>
 #include <iomanip>
+#include <iostream>
 #include <iterator>
 #include <map>
 #include <sstream>
@@ -32,13 +33,8 @@ const char* nameOf(std::uint32_t severity) {
 }
 
 /// Its severity, behind "ceased" if it is.
-Table::Cell severityOf(const Alarm& alarm) {
-    constexpr std::uint32_t kMajor = 4; // SA_NTF_SEVERITY_MAJOR
-    const std::string name = nameOf(alarm.raised.perceivedSeverity);
-    if (alarm.endTimeNs) {
-        return {"ceased " + name, Style::Faint};
-    }
-    return {name, alarm.raised.perceivedSeverity >= kMajor ? Style::Bad : Style::Warning};
+std::string severityOf(const Alarm& alarm) {
+    return (alarm.endTimeNs ? "ceased " : "") + std::string(nameOf(alarm.raised.perceivedSeverity));
 }
 
 /// "2/17"
@@ -108,34 +104,26 @@ Json toJson(const Alarm& alarm) {
         {"programGroup", group.empty() ? Json(nullptr) : Json(group)}};
 }
 
-void printTable(const std::vector<Alarm>& alarms, Output& output) {
-    Table table({{"SEVERITY"},
-                 {"AGE", Align::Right},
-                 {"LAST RAISED"},
-                 {"TIMES", Align::Right},
-                 {"ALARM"},
-                 {"OBJECT"}});
+void printList(const std::vector<Alarm>& alarms) {
+    std::vector<std::vector<std::string>> rows = {
+        {"SEVERITY", "AGE", "LAST RAISED", "TIMES", "ALARM", "OBJECT"}};
     for (const Alarm& alarm : alarms) {
-        table.add({severityOf(alarm),
-                   {ageOf(alarm)},
-                   {shortTimeText(alarm.raised.eventTimeNs)},
-                   {std::to_string(alarm.timesRaised)},
-                   {idOf(alarm)},
-                   {alarm.raised.notificationObject}});
+        rows.push_back({severityOf(alarm), ageOf(alarm), shortTimeText(alarm.raised.eventTimeNs),
+                        std::to_string(alarm.timesRaised), idOf(alarm),
+                        alarm.raised.notificationObject});
     }
-    output.print(table);
+    printTable(std::move(rows));
 }
 
-void printLong(const std::vector<Alarm>& alarms, Output& output) {
-    const auto below = [&output](const char* what, const std::string& text) {
-        output.stream() << "    ";
-        output.wrapped(what + printable(text), "        ");
+void printLong(const std::vector<Alarm>& alarms) {
+    const auto below = [](const char* what, const std::string& text) {
+        std::cout << "    ";
+        printWrapped(what + printable(text), "        ");
     };
     for (const Alarm& alarm : alarms) {
         const platform::ntf::AlarmRecord& raised = alarm.raised;
-        const Table::Cell severity = severityOf(alarm);
-        output.line(output.styled(severity.style, severity.text) + ' ' + idOf(alarm) + " on " +
-                    printable(raised.notificationObject));
+        printLine(severityOf(alarm) + ' ' + idOf(alarm) + " on " +
+                  printable(raised.notificationObject));
         below("active for: ",
               ageOf(alarm) + (alarm.endTimeNs ? ", until " + timeText(*alarm.endTimeNs) : ""));
         below("raised: ", counted(alarm.timesRaised, "time") + ", first " +
@@ -149,19 +137,19 @@ void printLong(const std::vector<Alarm>& alarms, Output& output) {
     }
 }
 
-void printJson(const std::filesystem::path& path, const AlarmLog& log, Output& output) {
+void printJson(const std::filesystem::path& path, const AlarmLog& log) {
     const auto text = [](const Json& json) {
         return json.dump(-1, ' ', false, Json::error_handler_t::replace);
     };
-    output.stream() << "{\n  \"log\": " << text(path.string())
-                    << ",\n  \"notifications\": " << log.notifications
-                    << ",\n  \"skippedLines\": " << log.skippedLines << ",\n  \"alarms\": [";
+    std::cout << "{\n  \"log\": " << text(path.string())
+              << ",\n  \"notifications\": " << log.notifications
+              << ",\n  \"skippedLines\": " << log.skippedLines << ",\n  \"alarms\": [";
     const char* separator = "\n    ";
     for (const Alarm& alarm : log.alarms) {
-        output.stream() << separator << text(toJson(alarm));
+        std::cout << separator << text(toJson(alarm));
         separator = ",\n    ";
     }
-    output.line("\n  ]\n}");
+    printLine("\n  ]\n}");
 }
 
 /// "1 critical, 2 minor": how many there are of each severity, the worst first.
@@ -236,7 +224,7 @@ std::string summaryOf(const AlarmsArguments& arguments, const std::vector<Alarm>
 
 } // namespace
 
-int runAlarms(const AlarmsArguments& arguments, Output& output) {
+int runAlarms(const AlarmsArguments& arguments) {
     const std::filesystem::path path = findLog(arguments.log);
     AlarmLog log = readAlarmLog(path, arguments.history);
     if (log.skippedLines != 0) {
@@ -251,19 +239,19 @@ int runAlarms(const AlarmsArguments& arguments, Output& output) {
         summary += "; " + std::to_string(log.alarms.size()) + " shown";
     }
     if (arguments.json) {
-        printJson(path, log, output);
+        printJson(path, log);
         return kFine;
     }
     if (!log.alarms.empty()) {
-        arguments.isLong ? printLong(log.alarms, output) : printTable(log.alarms, output);
-        output.line();
+        arguments.isLong ? printLong(log.alarms) : printList(log.alarms);
+        printLine();
     }
-    output.line(summary);
+    printLine(summary);
     const std::string since = log.notifications == 0 ? "" : " since " + timeText(log.firstTimeNs);
-    output.line(counted(log.notifications, "notification") + since + " in " +
-                printable(path.string()));
+    printLine(counted(log.notifications, "notification") + since + " in " +
+              printable(path.string()));
     if (log.alarms.empty() && arguments.log.empty()) {
-        output.line(kOtherLogs);
+        printLine(kOtherLogs);
     }
     return kFine;
 }

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <functional>
 #include <future>
+#include <iostream>
 #include <iterator>
 #include <mutex>
 #include <optional>
@@ -131,7 +132,7 @@ void waitFor(const std::future<void>& work) {
 }
 
 /// Tells what came of the alarm and what to do next.
-int conclude(const CeaseArguments& arguments, Output& output) {
+int conclude(const CeaseArguments& arguments) {
     constexpr std::size_t kLongest = SA_MAX_NAME_LENGTH - 1;
     const bool isOk = latest.answer == SA_AIS_OK;
     const bool isHandedOver = latest.call == kSend;
@@ -152,23 +153,22 @@ int conclude(const CeaseArguments& arguments, Output& output) {
                  : isOk       ? ", but gives no notification"
                               : "");
     }
-    output.line(output.styled(isSent ? Style::Good : Style::Bad, verdict) + text);
+    printLine(verdict + text);
     const std::string reader =
         otherService().empty() ? "dolqctl alarms" : "the service's own reader, for OpenSAF ntfread";
-    output.line("Next: " +
-                (isSent || isUnknown ? reader
-                 : isDropped
-                     ? "dolqctl explain, with the same --object, --fault, --product and --revision"
-                     : "dolqctl doctor"));
-    if (!output.flush()) {
+    printLine("Next: " +
+              (isSent || isUnknown ? reader
+               : isDropped
+                   ? "dolqctl explain, with the same --object, --fault, --product and --revision"
+                   : "dolqctl doctor"));
+    if (!std::cout.flush()) {
         tell(verdict + text);
     }
     return isSent ? kFine : kFindings;
 }
 
 /// Calls `operation` on an adapter of the library, as an application would.
-int send(const CeaseArguments& arguments, Output& output,
-         const std::function<void(FaultManagementI&)>& operation) {
+int send(const CeaseArguments& arguments, const std::function<void(FaultManagementI&)>& operation) {
     using namespace ruxa::fm::dolq::v2;
     // Before the library and the trace backend read them.
     setenv("ZBN_NO", arguments.identity.productNumber.c_str(), 1);
@@ -184,18 +184,18 @@ int send(const CeaseArguments& arguments, Output& output,
     });
     waitFor(work);
     if (givenUp != 0) {
-        conclude(arguments, output);
+        conclude(arguments);
         std::signal(givenUp, SIG_DFL);
         ::raise(givenUp); // the shell sees what ended it
     }
     work.get();
-    return conclude(arguments, output);
+    return conclude(arguments);
 }
 
 } // namespace
 
-int runRaise(const RaiseArguments& arguments, Output& output) {
-    return send(arguments, output, [&](FaultManagementI& alarms) {
+int runRaise(const RaiseArguments& arguments) {
+    return send(arguments, [&](FaultManagementI& alarms) {
         const std::uint32_t group =
             arguments.programGroup.value_or(std::size(common::kProgramGroupNames) - 1); // none
         const auto raiseFor = [&](const auto& events) {
@@ -216,8 +216,8 @@ int runRaise(const RaiseArguments& arguments, Output& output) {
     });
 }
 
-int runCease(const CeaseArguments& arguments, Output& output) {
-    return send(arguments, output, [&](FaultManagementI& alarms) {
+int runCease(const CeaseArguments& arguments) {
+    return send(arguments, [&](FaultManagementI& alarms) {
         alarms.ceaseAlarm(arguments.object, arguments.faultId, {});
     });
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iostream>
 #include <regex>
 
 #include <nlohmann/json.hpp>
@@ -18,10 +19,7 @@ constexpr char kNotTried[] =
     "since before a restart of the service can hang where this one does not: --pid shows its "
     "surroundings, and the library's probes what it waits for.";
 
-constexpr struct {
-    const char* name;
-    Style style;
-} kLooks[] = {{"ok", Style::Good}, {"warning", Style::Warning}, {"failed", Style::Bad}};
+constexpr const char* kNames[] = {"ok", "warning", "failed"}; // of each status
 
 /// What was made printable before has backslashes that must not be doubled.
 std::string shown(const std::string& text) {
@@ -29,13 +27,9 @@ std::string shown(const std::string& text) {
     return std::regex_replace(printable(text), doubled, R"(\)");
 }
 
-const char* nameOf(Observation::Status status) {
-    return kLooks[static_cast<std::size_t>(status)].name;
-}
+const char* nameOf(Observation::Status status) { return kNames[static_cast<std::size_t>(status)]; }
 
 } // namespace
-
-Style styleOf(Observation::Status status) { return kLooks[static_cast<std::size_t>(status)].style; }
 
 std::string Observation::text() const { return check + ": " + shown(finding); }
 
@@ -46,20 +40,19 @@ void Diagnosis::add(Observation observation) {
     m_observations.insert(place, std::move(observation));
 }
 
-void Diagnosis::print(const std::string& conclusion, Output& output) const {
+void Diagnosis::print(const std::string& conclusion) const {
     const std::string indent(9, ' ');
     for (const Observation& each : m_observations) {
         const char* const name = nameOf(each.status);
-        output.stream() << output.styled(styleOf(each.status), name)
-                        << indent.substr(std::strlen(name));
-        output.wrapped(each.text(), indent);
+        std::cout << name << indent.substr(std::strlen(name));
+        printWrapped(each.text(), indent);
         if (!each.advice.empty()) {
-            output.stream() << indent;
-            output.wrapped("-> " + shown(each.advice), indent);
+            std::cout << indent;
+            printWrapped("-> " + shown(each.advice), indent);
         }
     }
-    output.line('\n' + output.styled(styleOf(worst()), conclusion));
-    output.wrapped(kNotTried);
+    printLine('\n' + conclusion);
+    printWrapped(kNotTried);
 }
 
 void to_json(nlohmann::ordered_json& json, const Diagnosis& diagnosis) {

@@ -6,8 +6,6 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-#include "Table.h"
-
 namespace dolqctl {
 
 struct Discovery;
@@ -47,7 +45,7 @@ public:
     std::size_t failures() const { return m_failures; }
 
     /// All observations, `conclusion`, and what no check tries.
-    void print(const std::string& conclusion, Output& output) const;
+    void print(const std::string& conclusion) const;
 
 private:
     void add(Observation observation);
@@ -56,7 +54,6 @@ private:
     std::size_t m_failures = 0;
 };
 
-Style styleOf(Observation::Status status);
 void to_json(nlohmann::ordered_json& json, const Diagnosis& diagnosis);
 
 // The checks; `doctor` runs them one after the other.

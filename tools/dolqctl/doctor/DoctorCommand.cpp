@@ -9,7 +9,7 @@
 
 namespace dolqctl {
 
-int runDoctor(const DoctorArguments& arguments, Output& output) {
+int runDoctor(const DoctorArguments& arguments) {
     Diagnosis diagnosis;
     checkTraces(diagnosis); // first: a backend reads its environment once
     checkIdentity(diagnosis);
@@ -21,14 +21,13 @@ int runDoctor(const DoctorArguments& arguments, Output& output) {
     checkCorrelationService(diagnosis);
     checkNtfService(diagnosis);
     if (arguments.json) {
-        output.print(diagnosis);
+        printJson(diagnosis);
     } else {
         diagnosis.print(diagnosis.failures() > 0 ? counted(diagnosis.failures(), "check") +
                                                        " failed: alarms are lost, or programs hang."
                         : diagnosis.worst() == Observation::Status::Warning
                             ? "No check failed, but see the warnings: alarms may be lost."
-                            : "Found nothing that keeps alarms from being sent.",
-                        output);
+                            : "Found nothing that keeps alarms from being sent.");
     }
     return diagnosis.failures() == 0 ? kFine : kFindings;
 }

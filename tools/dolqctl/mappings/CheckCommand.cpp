@@ -18,14 +18,13 @@ namespace dolqctl {
 namespace {
 
 constexpr std::string_view kRules[] = {
-    "beyond-32-bits",  "blank-in-class",      "blank-in-number",   "class-case",
-    "class-character", "class-never-matches", "duplicate",         "empty-class",
-    "empty-number",    "invisible-in-class",  "look-alike",        "missing-attribute",
-    "missing-class",   "missing-file",        "misspelt-tag",      "no-class",
-    "no-load-module",  "no-major-id",         "no-mapping",        "not-an-integer",
-    "not-loaded",      "not-utf-8",           "not-well-formed",   "override",
-    "root-name",       "text-after-number",   "unknown-attribute", "unknown-element",
-    "unread-text"};
+    "beyond-32-bits",      "blank-in-class",    "class-case",      "class-character",
+    "class-never-matches", "duplicate",         "empty-class",     "invisible-in-class",
+    "look-alike",          "missing-attribute", "missing-class",   "missing-file",
+    "misspelt-tag",        "no-class",          "no-load-module",  "no-major-id",
+    "no-mapping",          "not-an-integer",    "not-loaded",      "not-utf-8",
+    "not-well-formed",     "odd-number",        "override",        "root-name",
+    "text-after-number",   "unknown-attribute", "unknown-element", "unread-text"};
 
 constexpr std::size_t kMostOfOneRule = 10;
 
@@ -72,20 +71,18 @@ std::vector<std::string> eachOnce(const std::vector<std::string>& paths) {
     return once;
 }
 
-void print(const Finding& finding, Output& output) {
+void print(const Finding& finding) {
     const bool isError = finding.severity == Severity::Error;
     const std::string more =
         finding.more > 0 ? " (and " + std::to_string(finding.more) + " more)" : "";
-    output.wrapped(
-        output.styled(Style::Bold, positionText(finding.position) + ':') + ' ' +
-            output.styled(isError ? Style::Bad : Style::Warning, isError ? "error:" : "warning:") +
-            ' ' + finding.message + more + " [" + finding.rule + ']',
-        "    ");
+    printWrapped(positionText(finding.position) + (isError ? ": error: " : ": warning: ") +
+                     finding.message + more + " [" + finding.rule + ']',
+                 "    ");
 }
 
 } // namespace
 
-int runCheck(const CheckArguments& arguments, Output& output) {
+int runCheck(const CheckArguments& arguments) {
     refuseWrongRules(arguments.allowed);
     silenceTraces();
     std::vector<std::string> paths = arguments.files;
@@ -122,14 +119,14 @@ int runCheck(const CheckArguments& arguments, Output& output) {
         (finding.severity == Severity::Error ? errors : warnings) += 1 + finding.more;
     }
     if (arguments.json) {
-        output.print(nlohmann::ordered_json{
+        printJson(nlohmann::ordered_json{
             {"files", paths}, {"errors", errors}, {"warnings", warnings}, {"findings", findings}});
     } else {
         for (const Finding& finding : findings) {
-            print(finding, output);
+            print(finding);
         }
-        output.line(counted(errors, "error") + ", " + counted(warnings, "warning") + " in " +
-                    counted(paths.size(), "file"));
+        printLine(counted(errors, "error") + ", " + counted(warnings, "warning") + " in " +
+                  counted(paths.size(), "file"));
     }
     return !isComplete || errors > 0 || (arguments.strict && warnings > 0) ? kFindings : kFine;
 }

@@ -116,7 +116,7 @@ std::string reservations(const Diagnosis& diagnosis) {
 
 } // namespace
 
-int runExplain(const ExplainArguments& arguments, Output& output) {
+int runExplain(const ExplainArguments& arguments) {
     const Discovery discovery = discover(arguments.identity);
     const Inventory inventory = readMappingFiles(discovery.mappingFiles);
     const dolq::MoClass moClass = dolq::parseMoClass(arguments.object);
@@ -156,12 +156,12 @@ int runExplain(const ExplainArguments& arguments, Output& output) {
         Json json{{"answer", sentence},
                   {"mapping", used == nullptr ? Json() : effectiveJson(*used)}};
         json.update(Json(diagnosis));
-        output.print(json);
+        printJson(json);
     } else {
-        output.wrapped(output.styled(styleOf(worst.status), sentence));
-        output.line();
-        diagnosis.print("The same goes for a cease, but it needs no system, compute node or event.",
-                        output);
+        printWrapped(sentence);
+        printLine();
+        diagnosis.print(
+            "The same goes for a cease, but it needs no system, compute node or event.");
     }
     return worst.status == Observation::Status::Ok ? kFine : kFindings;
 }

@@ -70,19 +70,16 @@ private:
             m_findings.add(Severity::Warning, "missing-file", attribute,
                            written(attribute) + " is no other file: a relative path counts from "
                                                 "the folder of the manifest");
-        } else if (isNumber && value.empty()) {
-            m_findings.add(Severity::Warning, "empty-number", attribute,
-                           written(attribute) + " fits only programs that have none, either");
         } else if (name == "tag" && value != kTag &&
                    (isMisspelt(plain, kTag) || isMisspelt(plain, std::string(kTag) + ".xml"))) {
             m_findings.add(Severity::Error, "misspelt-tag", attribute,
                            written(attribute) + " is not '" + kTag + "': the file is not read");
-        } else if (isNumber && plain != value) {
-            m_findings.add(
-                Severity::Warning, "blank-in-number", attribute,
-                written(attribute) +
-                    " holds a blank, or a character that looks like another one or like nothing: is " +
-                    inShortQuotes(plain) + " meant?");
+        } else if (isNumber && (plain != value || value.empty())) {
+            m_findings.add(Severity::Warning, "odd-number", attribute,
+                           written(attribute) + (value.empty()
+                                                     ? " fits only programs that have none, either"
+                                                     : " holds a blank or an odd character: is " +
+                                                           inShortQuotes(plain) + " meant?"));
         }
     }
 

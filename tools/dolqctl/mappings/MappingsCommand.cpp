@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -13,40 +15,49 @@ namespace dolqctl {
 
 namespace {
 
-void printTable(const Discovery& discovery, const Inventory& inventory, Output& output) {
-    output.line("Load module " + quoted(discovery.identity));
-    for (const std::string& path : discovery.mappingFiles) {
-        output.line("  " + printable(path));
+/// What all paths begin with, up to a '/'.
+std::size_t commonLength(const std::vector<std::string>& paths) {
+    std::string common = paths.empty() ? "" : paths.front();
+    for (const std::string& path : paths) {
+        const auto end = std::mismatch(common.begin(), common.end(), path.begin(), path.end());
+        common.erase(end.first, common.end());
     }
-    Table table({{"FAULT", Align::Right},
-                 {"CLASS"},
-                 {"ALARM"},
-                 {"MINOR TYPE", Align::Right},
-                 {"OVERRIDES"},
-                 {"FILE:LINE"}});
-    for (const auto& [key, history] : inventory.mappings) {
+    return common.rfind('/') + 1;
+}
+
+void print(const Discovery& discovery, const Mappings& mappings) {
+    const std::size_t folder = commonLength(discovery.mappingFiles);
+    printLine("Load module " + quoted(discovery.identity));
+    for (const std::string& path : discovery.mappingFiles) {
+        printLine("  " + printable(path));
+    }
+    std::vector<std::vector<std::string>> rows = {
+        {"FAULT", "CLASS", "ALARM", "MINOR TYPE", "OVERRIDES", "FILE:LINE"}};
+    for (const auto& [key, history] : mappings) {
         const Mapping& mapping = history.back();
         std::vector<std::string> overridden;
         for (auto other = history.rbegin() + 1; other != history.rend(); ++other) {
             overridden.push_back(alarmText(other->minorType));
         }
-        table.add({std::to_string(mapping.faultId), mapping.moClass, alarmText(mapping.minorType),
-                   std::to_string(mapping.minorType), joined(overridden),
-                   lineText(mapping.position)});
+        rows.push_back({std::to_string(mapping.faultId), mapping.moClass,
+                        alarmText(mapping.minorType), std::to_string(mapping.minorType),
+                        joined(overridden),
+                        printable(mapping.position.file.substr(folder)) + ':' +
+                            std::to_string(mapping.position.line)});
     }
-    if (!table.isEmpty()) {
-        output.line();
-        output.print(table);
+    if (!mappings.empty()) {
+        printLine();
+        printTable(std::move(rows));
     }
 }
 
 nlohmann::ordered_json jsonOf(const Discovery& discovery, const Diagnosis& diagnosis,
-                              const Inventory& inventory) {
+                              const Mappings& mappings) {
     nlohmann::ordered_json json{{"productNumber", discovery.identity.productNumber},
                                 {"revision", discovery.identity.revision},
                                 {"mappingFiles", discovery.mappingFiles},
                                 {"mappings", nlohmann::ordered_json::array()}};
-    for (const auto& [key, history] : inventory.mappings) {
+    for (const auto& [key, history] : mappings) {
         json["mappings"].push_back(effectiveJson(history));
     }
     json.update(nlohmann::ordered_json(diagnosis));
@@ -55,20 +66,31 @@ nlohmann::ordered_json jsonOf(const Discovery& discovery, const Diagnosis& diagn
 
 } // namespace
 
-int runMappings(const MappingsArguments& arguments, Output& output) {
+int runMappings(const MappingsArguments& arguments) {
     const Discovery discovery = discover(arguments.identity);
     const Inventory inventory = readMappingFiles(discovery.mappingFiles);
+    Mappings mappings;
+    for (const auto& [key, history] : inventory.mappings) {
+        if (arguments.alarm.empty() || arguments.alarm == alarmText(history.back().minorType)) {
+            mappings.emplace(key, history);
+        }
+    }
     Diagnosis diagnosis;
     checkMappings(diagnosis, discovery, inventory);
     if (arguments.json) {
-        output.print(jsonOf(discovery, diagnosis, inventory));
+        printJson(jsonOf(discovery, diagnosis, mappings));
     } else {
-        printTable(discovery, inventory, output);
+        print(discovery, mappings);
     }
     for (const Observation& each : diagnosis.observations()) {
         if (each.status != Observation::Status::Ok) {
             tell(each.finding);
         }
+    }
+    if (mappings.empty() && !inventory.mappings.empty()) {
+        tell("no fault is mapped to the alarm " + inQuotes(arguments.alarm) +
+             ": give its major and minor id, as in 2/17");
+        return kFindings;
     }
     return diagnosis.failures() == 0 && discovery.problems.empty() ? kFine : kFindings;
 }

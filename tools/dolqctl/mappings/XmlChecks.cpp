@@ -102,20 +102,18 @@ void XmlText::parse(const std::string& content) {
 }
 
 void XmlText::add(const xmlError& error) {
-    if (m_stops) {
-        return; // what follows is a consequence
+    if (m_stops || error.domain != XML_FROM_PARSER || error.level < XML_ERR_ERROR) {
+        return; // a consequence, or what TinyXML does not look at
     }
     const auto* const found =
         std::find_if(std::begin(kKinds), std::end(kKinds),
                      [&](const Kind& each) { return each.code == error.code; });
     const Kind& kind = found != std::end(kKinds) ? *found : kOther;
-    std::string message = error.message; // ends a line, and may begin with the parser's function
-    message.resize(message.find('\n'));
-    message.erase(0, message.rfind("xmlParse", 0) == 0 ? message.find(' ') + 1 : 0);
+    const std::string message = error.message; // ends a line
     m_errors.push_back({{m_findings.file(), error.line, error.int2},
                         kind.severity,
                         kRule,
-                        printable(message) + kind.advice});
+                        printable(message.substr(0, message.find('\n'))) + kind.advice});
     m_stops = !kind.goesOn;
     if (m_stops) {
         xmlStopParser(m_parser);
