@@ -27,12 +27,6 @@ RUNS = [  # arguments, environment
     ("check tests/tools/files/silent.xml tests/tools/files/unclosed.xml", {}),
     ("doctor", {}),
     ("doctor", GOOD),
-    ("explain --fault 4102 --object Shelf=1,Port=3", GOOD),
-    ("explain --fault 5101 --object Port", MISTAKES),
-    ("explain --fault 1 --object ", {}),
-    ("mappings", MISTAKES),
-    ("mappings", {"VELK_MANIFEST_DIR": "tests/tools/files/manifests", "ZBN_NO": "CXC1", "ZBN_REV": "R1A"}),
-    ("mappings", {}),
 ]
 
 with open(os.path.join(REPOSITORY, "schema/dolqctl.schema.json"), encoding="utf-8") as file:

@@ -22,9 +22,13 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Runs the command that the arguments name and returns its exit code. Throws CommandError, and
-/// what the command throws.
-int runCommandLine(int argc, char** argv);
+/// For `--pid`: returns in a process that has the surroundings which the running program `pid` was
+/// started with, so that everything in it is found, loaded and permitted as it is there: this
+/// program executes itself anew, with its arguments `argv` and with the environment, the loader
+/// path in it, the current folder and the user of that one. Only the terminal stays this shell's.
+/// What a program has changed in its own environment since cannot be seen. Call it before anything
+/// is printed. Throws CommandError.
+void takeOnProgram(const std::string& pid, char** argv);
 
 // What the commands are given, and the commands: each prints its answer and returns the exit code.
 // An option that is not given is empty.
@@ -38,7 +42,6 @@ struct Identity {
 struct MappingsArguments {
     Identity identity;
     std::string alarm; ///< as written, e.g. 2/17
-    bool json = false;
 };
 int runMappings(const MappingsArguments& arguments);
 
@@ -57,7 +60,6 @@ struct ExplainArguments {
     std::string object;
     Identity identity;
     bool identityGiven = false; ///< each alarm names the program's system and compute node
-    bool json = false;
 };
 int runExplain(const ExplainArguments& arguments);
 
@@ -83,7 +85,7 @@ int runRaise(const RaiseArguments& arguments);
 
 struct AlarmsArguments {
     std::string log;
-    std::optional<std::uint32_t> severity; ///< a client's code: the least
+    std::optional<std::uint32_t> severity; ///< the least, a SaNtfSeverityT
     std::string object;
     std::optional<std::int64_t> since; ///< so many seconds ago
     std::optional<std::uint32_t> limit;

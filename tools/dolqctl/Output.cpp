@@ -76,6 +76,17 @@ std::size_t distance(const std::string& from, const std::string& to) {
     return row.back();
 }
 
+/// Its letters and digits, in lower case.
+std::string blurred(const std::string& name) {
+    std::string letters;
+    for (const char c : name) {
+        if (std::isalnum(static_cast<unsigned char>(c)) != 0) {
+            letters += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        }
+    }
+    return letters;
+}
+
 } // namespace
 
 void printLine(std::string_view text) { std::cout << text << '\n'; }
@@ -145,16 +156,6 @@ std::string printable(std::string_view text) {
 
 std::string counted(std::size_t count, const std::string& what) {
     return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
-}
-
-std::string blurred(const std::string& name) {
-    std::string letters;
-    for (const char c : name) {
-        if (std::isalnum(static_cast<unsigned char>(c)) != 0) {
-            letters += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        }
-    }
-    return letters;
 }
 
 bool isMisspelt(const std::string& name, const std::string& meant) {

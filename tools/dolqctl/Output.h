@@ -37,9 +37,6 @@ std::string printable(std::string_view text);
 /// "3 files", "1 file".
 std::string counted(std::size_t count, const std::string& what);
 
-/// The letters and digits of `name`, in lower case.
-std::string blurred(const std::string& name);
-
 /// Whether somebody who wrote `name` may have meant `meant`: at most two letters differ, letter
 /// case and punctuation not counted.
 bool isMisspelt(const std::string& name, const std::string& meant);

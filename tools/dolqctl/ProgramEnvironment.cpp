@@ -1,5 +1,3 @@
-#include "ProgramEnvironment.h"
-
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>

@@ -1,11 +1,392 @@
+// Everything that can be typed behind "dolqctl". The man page and the completion are made of the
+// help texts here. The only file that includes the argument parser, whose header is slow to
+// compile.
+#include <algorithm>
+#include <clocale>
 #include <exception>
+#include <filesystem>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <regex>
+#include <utility>
+
+#include <CLI/CLI.hpp>
 
 #include "Commands.h"
+#include "Library.h"
 #include "Output.h"
+#include "common/AlarmNames.h"
+
+namespace dolqctl {
+
+namespace {
+
+/// Wraps the help texts of options; those of commands fit.
+class HelpFormatter : public CLI::Formatter {
+    std::string make_option_desc(const CLI::Option* option) const override {
+        constexpr std::size_t kLineWidth = 80;
+        return wrapped(option->get_description(), kLineWidth - get_column_width());
+    }
+};
+
+/// The version of this program, and which files it loads for alarms, a line each.
+std::string versionText() {
+    std::string text = "dolqctl " DOLQCTL_VERSION;
+    for (const auto& [part, soname] :
+         {std::pair("library", kDolqLibrary), std::pair("trace backend", kTraceLibrary),
+          std::pair("correlation service", kCorrelationLibrary),
+          std::pair("load-module handler", kLoadModuleLibrary),
+          std::pair("NTF library", kNtfLibrary)}) {
+        const Library library(soname);
+        const std::string id = library.buildId();
+        text.append("\n").append(part).append(": ");
+        text += library.isLoaded() ? std::filesystem::weakly_canonical(library.file()).string()
+                                   : library.error();
+        text += !library.isLoaded() ? "" : id.empty() ? ", without a build id" : ", build id ";
+        text += id;
+    }
+    return text;
+}
+
+/// Empty for a number that an option takes. One with a leading 0 is refused: it would be octal to
+/// some and decimal to others.
+std::string problemOfNumber(const std::string& text) {
+    static const std::regex kForm("0|[1-9]\\d{0,9}|0[xX][[:xdigit:]]{1,8}");
+    return std::regex_match(text, kForm) && std::stoull(text, nullptr, 0) <= 0xFFFFFFFF
+               ? std::string()
+               : inQuotes(text) + " is refused: give a number up to 4294967295, decimal without a "
+                                  "leading 0 or hexadecimal with 0x";
+}
+
+/// `type` stands for the value in the help. A vector takes a value each time the option is given.
+template <typename Value>
+CLI::Option* addValue(CLI::App& command, const char* option, const std::string& type, Value& value,
+                      const char* help) {
+    return command.add_option(option, value, help)->type_name(type)->allow_extra_args(false);
+}
+
+/// An option whose value is one of `names`: `place` becomes its place there.
+template <typename Names, typename Place>
+CLI::Option* addChoice(CLI::App& command, const char* option, const Names& names, Place& place,
+                       const char* help) {
+    const auto toPlace = [&names](std::string& text) {
+        const auto found = std::find(std::begin(names), std::end(names), text);
+        if (found == std::end(names)) {
+            return inQuotes(text) + " is none of " + joined(names);
+        }
+        text = std::to_string(found - std::begin(names));
+        return std::string();
+    };
+    return addValue(command, option, joined(names, "|"), place, help)
+        ->transform(CLI::Validator(toPlace, ""));
+}
+
+void addFaultAndObject(CLI::App& command, std::uint32_t& faultId, std::string& object) {
+    addValue(command, "--fault", "ID", faultId, "Fault id")->check(problemOfNumber)->required();
+    addValue(command, "--object", "DN", object,
+             "Notification object, e.g. managedElement=1,Board=3")
+        ->required();
+}
+
+void addIdentity(CLI::App& command, Identity& identity) {
+    addValue(command, "--product", "NUMBER", identity.productNumber,
+             "Product number of the load module")
+        ->envname("ZBN_NO");
+    addValue(command, "--revision", "NAME", identity.revision, "Revision of the load module")
+        ->envname("ZBN_REV");
+}
+
+void addJson(CLI::App& command, bool& json) { command.add_flag("--json", json, "Print JSON"); }
+
+// The commands, in the order of the help. Their arguments last as long as the program.
+int exitCode = kFine;
+std::optional<std::string> pid; // whose surroundings are judged
+
+void addMappings(CLI::App& program) {
+    static MappingsArguments arguments;
+    CLI::App& command =
+        *program.add_subcommand("mappings", "Show which mappings programs get, and from where");
+    addIdentity(command, arguments.identity);
+    addValue(command, "--alarm", "MAJOR/MINOR", arguments.alarm,
+             "Only the mappings to this alarm, for instance 2/17");
+    command.footer(
+        R"(Exit codes: 0 all mapping files were read; 1 not all were; 2 wrong usage.
+
+Example:
+  dolqctl mappings --product CXC1370001 --revision R1A --alarm 2/17)");
+    command.callback([&] { exitCode = runMappings(arguments); });
+}
+
+void addCheck(CLI::App& program) {
+    static CheckArguments arguments;
+    CLI::App& command =
+        *program.add_subcommand("check", "Find mistakes in mapping files and manifests");
+    CLI::Option* const files =
+        command
+            .add_option("FILE", arguments.files,
+                        "Mapping files, in reading order, and manifests; - is standard input")
+            ->type_name("");
+    command
+        .add_flag("--discovered", arguments.discovered,
+                  "The mapping files of the load module, as the library finds them")
+        ->excludes(files);
+    addIdentity(command, arguments.identity);
+    addValue(command, "--allow", "RULE", arguments.allowed,
+             "Leave out the findings of a rule; repeatable");
+    command.add_flag("--strict", arguments.strict, "Exit with 1 also for warnings");
+    addJson(command, arguments.json);
+    command.footer(
+        R"(Each finding is FILE:LINE:COLUMN: SEVERITY: MESSAGE [RULE]. An error is a
+mapping that is lost or not what is written, a warning what was hardly meant. Of
+one rule, severity and file ten are shown. Files are read one on top of the
+other, as those of a load module are.
+
+Example, in the source or in the folder of the installed documents:
+  dolqctl check --allow override examples/loadmodules/alarm-client/*.xml)");
+    command.callback([&] { exitCode = runCheck(arguments); });
+}
+
+void addExplain(CLI::App& program) {
+    static ExplainArguments arguments;
+    CLI::App& command =
+        *program.add_subcommand("explain", "Tell whether a fault raises an alarm, or why not");
+    addFaultAndObject(command, arguments.faultId, arguments.object);
+    addIdentity(command, arguments.identity);
+    command.add_flag("--identity-given", arguments.identityGiven,
+                     "The program names its system and compute node with each alarm");
+    addValue(command, "--pid", "PID", pid, "Judge the surroundings of a running program instead");
+    command.footer(R"(Opens a session with the notification service as 'doctor' does; sends nothing.
+Exit code 0: a raise would go out, without a "but".
+
+Example:
+  dolqctl explain --product CXC1370001 --revision R1A \
+      --fault 4102 --object Shelf=1,Port=3)");
+    command.callback([&] { exitCode = runExplain(arguments); });
+}
+
+/// What raising and ceasing have in common.
+void addCeaseOptions(CLI::App& command, CeaseArguments& arguments) {
+    addFaultAndObject(command, arguments.faultId, arguments.object);
+    addIdentity(command, arguments.identity);
+    command.add_flag("--verbose", arguments.verbose, "Show the traces of group 8 (details), too");
+}
+
+void addRaise(CLI::App& program) {
+    static RaiseArguments arguments;
+    CLI::App& command = *program.add_subcommand("raise", "Raise an alarm through the library");
+    addCeaseOptions(command, arguments);
+    addChoice(command, "--severity", common::kClientSeverityNames, arguments.severity,
+              "How severe it is")
+        ->required();
+    addValue(command, "--text", "TEXT", arguments.text, "Additional text");
+    addValue(command, "--info", "TEXT", arguments.info,
+             "An entry of additional information; repeatable");
+    addChoice(command, "--program-group", common::kProgramGroupNames, arguments.programGroup,
+              "The program group that it concerns");
+    CLI::Option* const eventIds = addValue(command, "--event-id", "ID", arguments.eventIds,
+                                           "The event that caused it; repeatable")
+                                      ->check(problemOfNumber);
+    addValue(command, "--uuid", "UUID", arguments.eventUuids,
+             "The correlation UUID of the event that caused it; repeatable")
+        ->excludes(eventIds);
+    addValue(command, "--system-uuid", "UUID", arguments.systemUuid,
+             "The reporting system; by default the environment's SYSTEM_UUID");
+    addValue(command, "--compute-name", "NAME", arguments.computeName,
+             "The reporting computer; by default the environment's COMPUTE_NAME");
+    command.footer(R"(One event makes a primary alarm, as does none; several make a secondary one.
+Without RUXA_TRACE_GROUPS, the traces of groups 0 (failures) and 4 (calls) show.
+
+Example:
+  dolqctl raise --object managedElement=1,Board=3 --fault 4101 \
+      --severity major --text 'Temperature too high' --event-id 4711)");
+    command.callback([&] { exitCode = runRaise(arguments); });
+}
+
+void addCease(CLI::App& program) {
+    static CeaseArguments arguments;
+    CLI::App& command = *program.add_subcommand("cease", "Cease an alarm through the library");
+    addCeaseOptions(command, arguments);
+    command.footer(R"(Whether such an alarm is active is not looked at.
+
+Example:
+  dolqctl cease --object managedElement=1,Board=3 --fault 4101)");
+    command.callback([&] { exitCode = runCease(arguments); });
+}
+
+/// "10m" becomes its seconds. Returns what is wrong with it.
+std::string toSeconds(std::string& text) {
+    if (!std::regex_match(text, std::regex("[0-9]{1,12}[smhd]"))) {
+        return inQuotes(text) + " is no time: say how long ago, as in 90s, 10m, 6h or 2d";
+    }
+    return CLI::AsNumberWithUnit(std::map<std::string, std::int64_t>{
+        {"s", 1}, {"m", 60}, {"h", 60 * 60}, {"d", 24 * 60 * 60}})(text);
+}
+
+void addAlarms(CLI::App& program) {
+    static AlarmsArguments arguments;
+    CLI::App& command = *program.add_subcommand("alarms", "List the active alarms");
+    addValue(command, "--log", "FILE", arguments.log, "The notification log to read");
+    command.add_flag("--history", arguments.history,
+                     "Also the alarms that were ceased; the latest first");
+    addChoice(command, "--severity", common::kSeverityNames, arguments.severity,
+              "Only these and worse ones");
+    addValue(command, "--object", "DN", arguments.object,
+             "Only this notification object and those it contains, e.g. managedElement=1");
+    addValue(command, "--since", "AGO", arguments.since,
+             "Only those raised or ceased since: 90s, 10m, 6h or 2d ago")
+        ->transform(CLI::Validator(toSeconds, ""));
+    addValue(command, "--limit", "N", arguments.limit, "Only the first so many of the list")
+        ->check(problemOfNumber);
+    command.add_flag("--long", arguments.isLong, "All that an alarm says");
+    addJson(command, arguments.json);
+    command.footer(
+        R"(Notifications of one object and one notification class are one alarm: the latest
+raise says what it is, and a cease ends it. AGE is how long it has been active,
+or was; times are local. The log is --log, or else RUXA_NTF_LOG, or else
+ruxa/notifications.jsonl in XDG_STATE_HOME or ~/.local/state.
+
+Examples:
+  dolqctl alarms --severity major --object managedElement=1 --since 2h
+  watch -n 1 dolqctl alarms)");
+    command.callback([&] { exitCode = runAlarms(arguments); });
+}
+
+void addDoctor(CLI::App& program) {
+    static DoctorArguments arguments;
+    CLI::App& command =
+        *program.add_subcommand("doctor", "Check the surroundings that an alarm needs");
+    addValue(command, "--pid", "PID", pid, "Judge the surroundings of a running program instead");
+    addJson(command, arguments.json);
+    command.footer(
+        R"(Opens a session with the notification service and has a notification allocated,
+but sends none: the last lines say what is not tried. Warnings are no failures,
+so the exit code stays 0.
+
+Example:
+  ZBN_NO=CXC1370001 ZBN_REV=R1A dolqctl doctor)");
+    command.callback([&] { exitCode = runDoctor(arguments); });
+}
+
+/// What is wrong with the words that `app`, the program or a command, does not know.
+std::string problemOfWords(const CLI::App& app) {
+    const std::vector<std::string> words = app.remaining();
+    const auto option = std::find_if(words.begin(), words.end(),
+                                     [](const auto& word) { return word.rfind('-', 0) == 0; });
+    const bool isOption = option != words.end();
+    const std::string unknown = isOption ? *option : words.front();
+    std::vector<std::string> names;
+    for (const CLI::App* const each : app.get_subcommands({})) {
+        const bool isMeant = app.get_subcommands().empty() || each->parsed();
+        if (isOption && isMeant && each->get_option_no_throw(unknown) != nullptr) {
+            return inQuotes(unknown) + " belongs behind the command, as in 'dolqctl " +
+                   each->get_name() + ' ' + unknown + '\'';
+        }
+        if (!isOption && isMisspelt(unknown, each->get_name())) {
+            names.push_back(each->get_name());
+        }
+    }
+    for (const CLI::Option* const each : app.get_options()) {
+        if (isOption && isMisspelt(unknown, each->get_name())) {
+            names.push_back(each->get_name());
+        }
+    }
+    const bool isCommand = app.get_parent() == nullptr;
+    const char* const kind = isOption ? "option " : isCommand ? "command " : "argument ";
+    return std::string("unknown ") + kind + inQuotes(unknown) +
+           (names.empty() ? "" : ": did you mean " + joined(names, " or ") + '?');
+}
+
+/// The parser's message in this program's words.
+std::string problemOf(const CLI::ParseError& error) {
+    std::string text = error.what();
+    const std::string kind = error.get_name();
+    if (kind == "RequiredError" && text.find("subcommand") != text.npos) {
+        return "name a command";
+    }
+    if (kind == "ArgumentMismatch") {
+        const std::string option = text.substr(0, text.find_first_of(": "));
+        return text.find("override") != text.npos  ? "--" + option + " takes no value"
+               : text.find("missing") != text.npos ? option + " needs a value"
+                                                   : option + " is given more than once";
+    }
+    if (kind == "ExcludesError") {
+        return std::regex_replace(text, std::regex("excludes"), "cannot be given with");
+    }
+    return text;
+}
+
+/// Fills the arguments of the command that is named, and runs it.
+void parse(CLI::App& program, int argc, char** argv) {
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (!arguments.empty() && arguments.front() == "help") {
+        std::replace(arguments.begin(), arguments.end(), std::string("help"),
+                     std::string("--help"));
+    }
+    std::reverse(arguments.begin(), arguments.end()); // the order that the parser takes
+    try {
+        program.parse(arguments);
+    } catch (const CLI::ParseError& error) {
+        const auto chosen = program.get_subcommands();
+        const CLI::App& command = chosen.empty() ? program : *chosen.front();
+        const bool isKnown = program.remaining(true).empty();
+        if (!isKnown || error.get_exit_code() != 0) {
+            throw CommandError(
+                (isKnown ? problemOf(error)
+                         : problemOfWords(program.remaining().empty() ? command : program)) +
+                "\nTry 'dolqctl " + (chosen.empty() ? "" : command.get_name() + ' ') + "--help'.");
+        }
+        if (error.get_name() == "CallForVersion") {
+            printWrapped(error.what(), "  ");
+        } else {
+            std::cout << program.help();
+        }
+    }
+}
+
+int run(int argc, char** argv) {
+    // Widths are those of UTF-8 whatever the user's locale; white space stays that of ASCII.
+    std::setlocale(LC_CTYPE, "C.UTF-8");
+    CLI::App program("Sees, checks and drives the alarms of the fault-management library.",
+                     "dolqctl");
+    program.formatter(std::make_shared<HelpFormatter>());
+    program.option_defaults()->disable_flag_override();
+    program.set_version_flag("-V,--version", versionText);
+    program.require_subcommand(1);
+    program.footer(R"(Exit codes:
+  0  done, and nothing wrong was found
+  1  done, and something is wrong: a mistake in a file, an alarm not sent, ...
+  2  not done: wrong usage, or something that the command needs is missing
+
+'dolqctl help COMMAND' shows a command's options and an example.
+See also dolqctl(1).)");
+    program.parse_complete_callback([&] { // before that of the command
+        if (pid) {
+            takeOnProgram(*pid, argv);
+        }
+    });
+    addMappings(program);
+    addCheck(program);
+    addExplain(program);
+    addRaise(program);
+    addCease(program);
+    addAlarms(program);
+    addDoctor(program);
+    parse(program, argc, argv);
+    if (!std::cout.flush()) {
+        throw CommandError("standard output cannot be written");
+    }
+    return exitCode;
+}
+
+} // namespace
+
+} // namespace dolqctl
 
 int main(int argc, char** argv) {
     try {
-        return dolqctl::runCommandLine(argc, argv);
+        return dolqctl::run(argc, argv);
     } catch (const std::exception& error) {
         dolqctl::tell(error.what());
         return dolqctl::kError;

@@ -42,23 +42,14 @@ std::string idOf(const Alarm& alarm) {
     return std::to_string(alarm.raised.majorId) + '/' + std::to_string(alarm.raised.minorId);
 }
 
-/// Local time in the words of strftime(3).
-std::string timeText(std::int64_t timeNs, const char* format = "%F %T") {
+/// "2024-02-29 12:34:56", local.
+std::string timeText(std::int64_t timeNs) {
     const std::time_t seconds = timeNs / kNsPerSecond;
     std::tm local{};
     localtime_r(&seconds, &local);
     std::ostringstream text;
-    text << std::put_time(&local, format);
+    text << std::put_time(&local, "%F %T");
     return text.str();
-}
-
-/// "12:34:56" within a day, "Nov 21 12:34" within half a year, otherwise "2024-02-29".
-std::string shortTimeText(std::int64_t timeNs) {
-    constexpr std::time_t kDay = 24L * 60 * 60;
-    const std::time_t age = std::time(nullptr) - timeNs / kNsPerSecond;
-    return timeText(timeNs, age >= 0 && age < kDay         ? "%T"
-                            : age >= 0 && age < 183 * kDay ? "%b %e %H:%M"
-                                                           : "%F");
 }
 
 /// For how long it has been active, or was: "45s", "3m", "2h", "5d". Empty where the clock was set
@@ -108,7 +99,7 @@ void printList(const std::vector<Alarm>& alarms) {
     std::vector<std::vector<std::string>> rows = {
         {"SEVERITY", "AGE", "LAST RAISED", "TIMES", "ALARM", "OBJECT"}};
     for (const Alarm& alarm : alarms) {
-        rows.push_back({severityOf(alarm), ageOf(alarm), shortTimeText(alarm.raised.eventTimeNs),
+        rows.push_back({severityOf(alarm), ageOf(alarm), timeText(alarm.raised.eventTimeNs),
                         std::to_string(alarm.timesRaised), idOf(alarm),
                         alarm.raised.notificationObject});
     }
@@ -188,14 +179,9 @@ std::filesystem::path findLog(const std::string& given) {
 /// Takes away the alarms that are not asked for.
 void filter(std::vector<Alarm>& alarms, const AlarmsArguments& arguments) {
     const std::int64_t since = std::time(nullptr) - arguments.since.value_or(0);
-    const char* const* severity = std::begin(common::kSeverityNames);
-    if (arguments.severity) { // those are in the order of their severity
-        severity = std::find(severity, std::end(common::kSeverityNames),
-                             common::kClientSeverityNames[*arguments.severity]);
-    }
     const auto isOther = [&](const Alarm& alarm) {
         const std::string& object = alarm.raised.notificationObject;
-        return alarm.raised.perceivedSeverity < severity - std::begin(common::kSeverityNames) ||
+        return alarm.raised.perceivedSeverity < arguments.severity.value_or(0) ||
                (arguments.since && alarm.changeTimeNs() / kNsPerSecond < since) ||
                !(arguments.object.empty() || object == arguments.object ||
                  object.rfind(arguments.object + ',', 0) == 0);

@@ -58,14 +58,12 @@ void checkNames(Diagnosis& diagnosis, const SaNtfNotificationHeaderT& header) {
     if ((one > other ? one - other : other - one) < sizeof(SaNameT) ||
         (size != 0 && size < sizeof(SaNameT))) {
         diagnosis.fail(kCheck, "less room than " + length + " bytes",
-                       "use an NTF client library built with SA_MAX_NAME_LENGTH " + length +
-                           ": with this one every alarm overruns the memory of its program");
+                       "alarms overrun memory: use one built with SA_MAX_NAME_LENGTH " + length);
     } else if (size != 0) {
         diagnosis.ok(kCheck, "room for " + length + " bytes");
     } else {
         diagnosis.warn(kCheck, "it is unknown whether there is room for " + length + " bytes",
-                       "ask who built the NTF client library whether with SA_MAX_NAME_LENGTH " +
-                           length);
+                       "ask who built the library whether SA_MAX_NAME_LENGTH was " + length);
     }
 }
 
@@ -90,17 +88,17 @@ void checkEventTime(Diagnosis& diagnosis, const SaTimeT* time) {
 template <typename Call>
 bool ask(Diagnosis& diagnosis, const char* check, const SaUint64T& handle, const char* advice,
          Call call) {
-    using namespace std::chrono;
+    using namespace std::chrono_literals;
     std::promise<void> answered;
     const auto teller = std::async(std::launch::async, [check, end = answered.get_future()] {
-        if (end.wait_for(seconds(1)) == std::future_status::timeout) {
+        if (end.wait_for(1s) == std::future_status::timeout) {
             tell("asking the service: " + std::string(check) + "...");
         }
     });
-    SaAisErrorT answer = call();
-    for (const auto end = steady_clock::now() + seconds(10);
-         answer == SA_AIS_ERR_TRY_AGAIN && steady_clock::now() < end; answer = call()) {
-        std::this_thread::sleep_for(milliseconds(100));
+    SaAisErrorT answer = call(); // here: other threads' memory is not that of `sizeOfBlock`
+    for (int times = 1; answer == SA_AIS_ERR_TRY_AGAIN && times < 100; ++times) {
+        std::this_thread::sleep_for(100ms);
+        answer = call();
     }
     answered.set_value();
     if (answer == SA_AIS_OK && handle != 0) {
@@ -124,9 +122,7 @@ void checkSession(Diagnosis& diagnosis, Library& ntf) {
     SaNtfHandleT session = 0;
     SaNtfAlarmNotificationT alarm{};
     if (!ask(diagnosis, kSession, session,
-             "start the notification service, or put the libSaNtf.so.0 of the running one first in "
-             "the loader path",
-             [&] {
+             "start it, or put the libSaNtf.so.0 of the running one first in the loader path", [&] {
                  SaVersionT version = {'A', 1, 1};
                  return initialize(&session, nullptr, &version);
              })) {
@@ -168,9 +164,7 @@ void checkLibrary(Diagnosis& diagnosis) {
     if (const Library library(kDolqLibrary); library.isLoaded()) {
         diagnosis.ok("library", library.file());
     } else {
-        diagnosis.fail("library", library.error(),
-                       "install or replace the file that this names: no program that uses the "
-                       "library starts");
+        diagnosis.fail("library", library.error(), "replace this file: no program can start");
     }
 }
 
@@ -179,8 +173,7 @@ void checkCorrelationService(Diagnosis& diagnosis) {
     constexpr char kGetApi[] = "_ZN4ruxa4zum22v16getAPIEv";
     Library library(kCorrelationLibrary);
     if (!library.has(kGetApi)) {
-        diagnosis.fail(kCheck, library.error(),
-                       "install the platform's own, or correct the loader path");
+        diagnosis.fail(kCheck, library.error(), "install it, or correct the loader path");
         return;
     }
     auto* const api = library.function<decltype(ruxa::zum2::v1::getAPI)>(kGetApi)();
@@ -190,8 +183,7 @@ void checkCorrelationService(Diagnosis& diagnosis) {
                        "start it: alarms with event ids are refused without it");
     } else if (!api->getDerivedCorrelationUUID(1, uuid) || uuid.empty()) {
         diagnosis.warn(kCheck, library.file() + ": it gives event 1 no correlation UUID",
-                       "look into its own log: primary alarms go out without correlation, "
-                       "secondary ones are refused");
+                       "look into its log: secondary alarms are refused");
     } else {
         diagnosis.ok(kCheck, library.file() + ": event 1 is " + uuid);
     }

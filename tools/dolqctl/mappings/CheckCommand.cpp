@@ -26,8 +26,6 @@ constexpr std::string_view kRules[] = {
     "not-well-formed",     "odd-number",        "override",        "root-name",
     "text-after-number",   "unknown-attribute", "unknown-element", "unread-text"};
 
-constexpr std::size_t kMostOfOneRule = 10;
-
 void refuseWrongRules(const std::vector<std::string>& allowed) {
     for (const std::string& rule : allowed) {
         if (std::find(std::begin(kRules), std::end(kRules), rule) == std::end(kRules)) {
@@ -102,7 +100,7 @@ int runCheck(const CheckArguments& arguments) {
     }
     paths = eachOnce(paths);
     Inventory inventory;
-    MappingFileReader reader(inventory, kMostOfOneRule);
+    MappingFileReader reader(inventory, 10); // of one rule, as the help says
     for (const std::string& path : paths) {
         reader.read(path == "-" ? keptStandardInput() : path, path, !arguments.discovered);
     }

@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include <nlohmann/json.hpp>
 #include <saAis.h>
 
 #include "Commands.h"
@@ -151,18 +150,9 @@ int runExplain(const ExplainArguments& arguments) {
         ": a raise would " +
         (isSent ? "go out as alarm " + alarmText(used->back().minorType) + reservations(diagnosis)
                 : "not be sent: " + (used == nullptr ? worst.finding : worst.text()));
-    if (arguments.json) {
-        using Json = nlohmann::ordered_json;
-        Json json{{"answer", sentence},
-                  {"mapping", used == nullptr ? Json() : effectiveJson(*used)}};
-        json.update(Json(diagnosis));
-        printJson(json);
-    } else {
-        printWrapped(sentence);
-        printLine();
-        diagnosis.print(
-            "The same goes for a cease, but it needs no system, compute node or event.");
-    }
+    printWrapped(sentence);
+    printLine();
+    diagnosis.print("The same goes for a cease, but it needs no system, compute node or event.");
     return worst.status == Observation::Status::Ok ? kFine : kFindings;
 }
 

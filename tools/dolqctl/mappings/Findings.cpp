@@ -79,14 +79,19 @@ std::string lineText(const FilePosition& position) {
 }
 
 bool Findings::hasError() const {
-    return std::any_of(m_counts.begin(), m_counts.end(),
-                       [](const auto& count) { return count.first.second == Severity::Error; });
+    return std::any_of(m_all.begin(), m_all.end(),
+                       [](const Finding& each) { return each.severity == Severity::Error; });
 }
 
 void Findings::add(Finding finding) {
-    if (++m_counts[{finding.rule, finding.severity}] <= m_most) {
-        m_all.push_back(std::move(finding));
+    auto& [count, last] = m_kept[{finding.rule, finding.severity}];
+    if (count == m_most) {
+        ++m_all[last].more;
+        return;
     }
+    ++count;
+    last = m_all.size();
+    m_all.push_back(std::move(finding));
 }
 
 void Findings::add(Severity severity, const char* rule, const TiXmlBase& part,
@@ -99,11 +104,7 @@ std::vector<Finding> Findings::take() {
         return std::tie(one.position.line, one.position.column) <
                std::tie(other.position.line, other.position.column);
     });
-    for (auto last = m_all.rbegin(); last != m_all.rend(); ++last) {
-        std::size_t& count = m_counts[{last->rule, last->severity}];
-        last->more = count > m_most ? count - m_most : 0;
-        count = 0;
-    }
+    m_kept.clear();
     return std::exchange(m_all, {});
 }
 

@@ -62,7 +62,8 @@ private:
     std::string m_file;
     std::size_t m_most;
     std::vector<Finding> m_all;
-    std::map<std::pair<std::string_view, Severity>, std::size_t> m_counts;
+    /// By rule and severity: how many are kept, and where the last one of them is.
+    std::map<std::pair<std::string_view, Severity>, std::pair<std::size_t, std::size_t>> m_kept;
 };
 
 /// Whether nothing of the file is used.

@@ -14,7 +14,6 @@ namespace dolqctl {
 
 namespace {
 
-constexpr char kRoot[] = "loadModules";
 constexpr char kTag[] = "alarm_mapping";
 
 class Checker final : public platform::loadmodules::ManifestObserverI {
@@ -44,7 +43,7 @@ public:
 
     void onElement(const TiXmlElement& element) override {
         static const std::map<std::string, std::vector<const char*>> kAttributes = {
-            {kRoot, {}},
+            {kManifestRoot, {}},
             {"loadModule", {"name", "productNumber", "revision"}},
             {"file", {"tag", "path"}}};
         addUnreadText(element, m_findings);

@@ -1,16 +1,13 @@
 #include "mappings/MappingFiles.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
-#include <limits>
 #include <sstream>
 
-#include <nlohmann/json.hpp>
 #include <tinyxml.h>
 
 #include "Output.h"
@@ -36,22 +33,18 @@ constexpr struct {
     Severity severity;
     const char* rule;
     const char* reason;
-} kOddCharacters[] = {
-    {"\t\n\v\f\r", Severity::Error, "class-never-matches",
-     " never matches: only blanks are removed from it, but all white space from the notification "
-     "object"},
-    {"=", Severity::Error, "class-never-matches",
-     " never matches: a notification object's class ends before its '='"},
-    {";|/\\+", Severity::Error, "class-character",
-     " is a single class: write a comma if two are meant"},
-    {"*?", Severity::Error, "class-character",
-     " stands for itself only, there are no patterns: name each class"},
-    {"\"'`", Severity::Error, "class-character",
-     " holds quotation marks that no object has: leave them out"},
-    {"<>", Severity::Error, "class-character",
-     " holds a part of a tag: is a quotation mark missing?"},
-    {"!#$%&()@[]^{}~:", Severity::Warning, "class-character",
-     " holds a character that classes hardly have: is it meant?"}};
+} kOddCharacters[] = {{"\t\n\v\f\r", Severity::Error, "class-never-matches",
+                       " never matches: all white space is removed from a notification object"},
+                      {"=", Severity::Error, "class-never-matches",
+                       " never matches: a notification object's class ends before its '='"},
+                      {";|/\\+", Severity::Error, "class-character",
+                       " is a single class: write a comma if two are meant"},
+                      {"*?", Severity::Error, "class-character",
+                       " stands for itself only, there are no patterns: name each class"},
+                      {"\"'`<>", Severity::Error, "class-character",
+                       " holds a quotation mark, or a part of a tag: is one missing, or too many?"},
+                      {"!#$%&()@[]^{}~:", Severity::Warning, "class-character",
+                       " holds a character that classes hardly have: is it meant?"}};
 
 /// Whether a blank stands between two other characters of one class.
 bool hasInnerBlank(const std::string& list) {
@@ -189,15 +182,11 @@ void MappingFileReader::checkNumber(const TiXmlElement& element, const char* nam
     char* rest = nullptr;
     const long long meant = std::strtoll(attribute.Value(), &rest, 10);
     const std::string stored = std::to_string(static_cast<std::uint32_t>(number));
-    using Signed = std::numeric_limits<std::int32_t>;
-    const bool isBeyond = errno == ERANGE || meant < Signed::min() ||
-                          meant > std::numeric_limits<std::uint32_t>::max();
-    if (isBeyond || meant > Signed::max()) {
-        m_findings.add(isBeyond ? Severity::Error : Severity::Warning, "beyond-32-bits", attribute,
-                       written(attribute) + " does not fit 32 bits" +
-                           (isBeyond ? ": it is read as " + stored
-                                     : " with a sign: write " +
-                                           std::to_string(static_cast<std::int32_t>(meant))));
+    if (errno == ERANGE || meant != static_cast<std::int32_t>(meant)) {
+        const bool isOther = errno == ERANGE || std::to_string(meant) != stored;
+        m_findings.add(isOther ? Severity::Error : Severity::Warning, "beyond-32-bits", attribute,
+                       written(attribute) + " does not fit 32 bits with a sign: it is read as " +
+                           stored + " here");
     }
     if (rest[std::strspn(rest, " \t\n\v\f\r")] != '\0') {
         m_findings.add(Severity::Error, "text-after-number", attribute,
@@ -294,22 +283,15 @@ void MappingFileReader::checkClass(const TiXmlAttribute& list, const std::string
                            (plain.isInvisible ? ", which cannot be seen but is part of it"
                                               : ", which looks like another character") +
                            ": write " + inShortQuotes(plain.letters));
-    }
-    checkSpelling(list, moClass);
-}
-
-void MappingFileReader::checkSpelling(const TiXmlAttribute& list, const std::string& moClass) {
-    std::string lowerCase = moClass;
-    std::transform(lowerCase.begin(), lowerCase.end(), lowerCase.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    const FilePosition position = positionOf(m_findings.file(), list);
-    const auto& [spelling, earlier] =
-        m_spellings.try_emplace(std::move(lowerCase), moClass, position).first->second;
-    if (spelling != moClass) {
-        m_findings.add(Severity::Warning, "class-case", list,
-                       "the class " + inShortQuotes(moClass) + " is written " +
-                           inShortQuotes(spelling) + " at " + positionText(earlier) +
-                           ": letter case makes them two classes");
+    } else if (plain.letters == moClass) {
+        const FilePosition position = positionOf(m_findings.file(), list);
+        const auto entry = m_spellings.try_emplace(folded(moClass), moClass, position);
+        const auto& [other, earlier] = entry.first->second;
+        if (other != moClass) {
+            m_findings.add(Severity::Warning, "class-case", list,
+                           theClass + " is written " + inShortQuotes(other) + " at " +
+                               positionText(earlier) + ": letter case makes them two classes");
+        }
     }
 }
 
@@ -319,29 +301,12 @@ std::string alarmText(std::uint32_t minorType) {
 }
 
 Inventory readMappingFiles(const std::vector<std::string>& paths) {
-    constexpr std::size_t kEnough =
-        1000; // of one rule: what was left out could be the one asked for
     Inventory inventory;
-    MappingFileReader reader(inventory, kEnough);
+    MappingFileReader reader(inventory, 1000); // what is left out could be what is asked for
     for (const std::string& path : paths) {
         reader.read(path, path, false);
     }
     return inventory;
-}
-
-void to_json(nlohmann::ordered_json& json, const Mapping& mapping) {
-    json = {{"faultId", mapping.faultId},
-            {"class", mapping.moClass},
-            {"minorType", mapping.minorType},
-            {"majorId", dolq::majorIdOf(mapping.minorType)},
-            {"minorId", dolq::minorIdOf(mapping.minorType)}};
-    json.update(nlohmann::ordered_json(mapping.position));
-}
-
-nlohmann::ordered_json effectiveJson(const std::vector<Mapping>& history) {
-    nlohmann::ordered_json json = history.back();
-    json["overrides"] = std::vector<Mapping>(std::next(history.rbegin()), history.rend());
-    return json;
 }
 
 } // namespace dolqctl

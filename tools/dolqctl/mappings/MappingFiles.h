@@ -7,8 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include <nlohmann/json_fwd.hpp>
-
 #include "mappings/Findings.h"
 #include "xmlconf/MappingFileObserverI.h"
 
@@ -66,7 +64,6 @@ private:
     void checkNumber(const TiXmlElement& element, const char* name);
     void checkClassList(const TiXmlAttribute& list);
     void checkClass(const TiXmlAttribute& list, const std::string& moClass);
-    void checkSpelling(const TiXmlAttribute& list, const std::string& moClass);
     bool record(const Mapping& mapping);
 
     Inventory& m_inventory;
@@ -74,13 +71,9 @@ private:
     const std::size_t m_most;
     XmlText* m_text = nullptr; ///< of the file that is read
     bool m_mapsNothing = true;
-    std::map<std::string, std::pair<std::string, FilePosition>> m_spellings; ///< by lower case
+    std::map<std::string, std::pair<std::string, FilePosition>> m_spellings; ///< by `folded`
 };
 
 Inventory readMappingFiles(const std::vector<std::string>& paths);
-
-void to_json(nlohmann::ordered_json& json, const Mapping& mapping);
-/// The last one, with what it replaced.
-nlohmann::ordered_json effectiveJson(const std::vector<Mapping>& history);
 
 } // namespace dolqctl

@@ -3,8 +3,6 @@
 #include <utility>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 #include "Commands.h"
 #include "Output.h"
 #include "doctor/Diagnosis.h"
@@ -15,53 +13,31 @@ namespace dolqctl {
 
 namespace {
 
-/// What all paths begin with, up to a '/'.
-std::size_t commonLength(const std::vector<std::string>& paths) {
-    std::string common = paths.empty() ? "" : paths.front();
-    for (const std::string& path : paths) {
-        const auto end = std::mismatch(common.begin(), common.end(), path.begin(), path.end());
-        common.erase(end.first, common.end());
-    }
-    return common.rfind('/') + 1;
-}
-
 void print(const Discovery& discovery, const Mappings& mappings) {
-    const std::size_t folder = commonLength(discovery.mappingFiles);
+    std::string folder; // of the first file, left out in the table
     printLine("Load module " + quoted(discovery.identity));
     for (const std::string& path : discovery.mappingFiles) {
         printLine("  " + printable(path));
+        folder = folder.empty() ? path.substr(0, path.rfind('/') + 1) : folder;
     }
     std::vector<std::vector<std::string>> rows = {
         {"FAULT", "CLASS", "ALARM", "MINOR TYPE", "OVERRIDES", "FILE:LINE"}};
     for (const auto& [key, history] : mappings) {
         const Mapping& mapping = history.back();
+        FilePosition position = mapping.position;
+        position.file.erase(0, position.file.rfind(folder, 0) == 0 ? folder.size() : 0);
         std::vector<std::string> overridden;
         for (auto other = history.rbegin() + 1; other != history.rend(); ++other) {
             overridden.push_back(alarmText(other->minorType));
         }
         rows.push_back({std::to_string(mapping.faultId), mapping.moClass,
                         alarmText(mapping.minorType), std::to_string(mapping.minorType),
-                        joined(overridden),
-                        printable(mapping.position.file.substr(folder)) + ':' +
-                            std::to_string(mapping.position.line)});
+                        joined(overridden), lineText(position)});
     }
     if (!mappings.empty()) {
         printLine();
         printTable(std::move(rows));
     }
-}
-
-nlohmann::ordered_json jsonOf(const Discovery& discovery, const Diagnosis& diagnosis,
-                              const Mappings& mappings) {
-    nlohmann::ordered_json json{{"productNumber", discovery.identity.productNumber},
-                                {"revision", discovery.identity.revision},
-                                {"mappingFiles", discovery.mappingFiles},
-                                {"mappings", nlohmann::ordered_json::array()}};
-    for (const auto& [key, history] : mappings) {
-        json["mappings"].push_back(effectiveJson(history));
-    }
-    json.update(nlohmann::ordered_json(diagnosis));
-    return json;
 }
 
 } // namespace
@@ -77,11 +53,7 @@ int runMappings(const MappingsArguments& arguments) {
     }
     Diagnosis diagnosis;
     checkMappings(diagnosis, discovery, inventory);
-    if (arguments.json) {
-        printJson(jsonOf(discovery, diagnosis, mappings));
-    } else {
-        print(discovery, mappings);
-    }
+    print(discovery, mappings);
     for (const Observation& each : diagnosis.observations()) {
         if (each.status != Observation::Status::Ok) {
             tell(each.finding);

@@ -22,7 +22,6 @@ namespace dolqctl {
 namespace {
 
 constexpr char kRule[] = "not-well-formed";
-constexpr char kManifestRoot[] = "loadModules";
 
 struct Kind {
     int code; ///< an xmlParserErrors
@@ -169,11 +168,8 @@ void addUnknownAttributes(const TiXmlElement& element, const std::vector<const c
         if (std::find(known.begin(), known.end(), name) != known.end()) {
             continue;
         }
-        constexpr std::size_t kShortestPart = 5;
-        const std::string letters = blurred(name);
         const auto meant = std::find_if(known.begin(), known.end(), [&](const char* candidate) {
-            const bool isPart = letters.size() >= kShortestPart &&
-                                blurred(candidate).find(letters) != std::string::npos;
+            const bool isPart = name.size() > 4 && std::strstr(candidate, name.c_str()) != nullptr;
             return (isPart || isMisspelt(name, candidate)) &&
                    element.Attribute(candidate) == nullptr;
         });

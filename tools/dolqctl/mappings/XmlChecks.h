@@ -12,6 +12,8 @@ class TiXmlElement;
 
 namespace dolqctl {
 
+constexpr char kManifestRoot[] = "loadModules";
+
 /// A file of XML as text: what a parser that keeps to the rules of XML finds in it. TinyXML, which
 /// reads it for programs, does not; without an error it may take something else than is written.
 class XmlText {
