@@ -12,7 +12,6 @@
 
 #include "Output.h"
 #include "adapter/MinorType.h"
-#include "mappings/XmlChecks.h"
 #include "xmlconf/MappingFileFormat.h"
 #include "xmlconf/dolqXmlConfigurator.h"
 
@@ -91,8 +90,7 @@ std::string meantNumber(const std::string& value, bool isMinorType) {
 void MappingFileReader::read(const std::string& path, const std::string& name, bool mayBeManifest) {
     m_findings = Findings(name, m_most);
     m_mapsNothing = true;
-    XmlText text(path, m_findings);
-    m_text = &text;
+    XmlText& text = m_text.emplace(path, m_findings);
     if (mayBeManifest && text.isManifest()) {
         checkManifest(path, text, m_findings);
     } else if (dolq::xmlconf::MappingXmlConfigurator().readMappingFile(path, *this)) {

@@ -3,18 +3,18 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "mappings/Findings.h"
+#include "mappings/XmlChecks.h"
 #include "xmlconf/MappingFileObserverI.h"
 
 class TiXmlAttribute;
 
 namespace dolqctl {
-
-class XmlText;
 
 /// One entry of a mapping file as the library's reader stores it.
 struct Mapping {
@@ -69,7 +69,7 @@ private:
     Inventory& m_inventory;
     Findings m_findings;
     const std::size_t m_most;
-    XmlText* m_text = nullptr; ///< of the file that is read
+    std::optional<XmlText> m_text; ///< of the file that is read
     bool m_mapsNothing = true;
     std::map<std::string, std::pair<std::string, FilePosition>> m_spellings; ///< by `folded`
 };

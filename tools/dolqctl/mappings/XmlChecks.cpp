@@ -9,7 +9,6 @@
 #include <new>
 #include <utility>
 
-#include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <tinyxml.h>
 

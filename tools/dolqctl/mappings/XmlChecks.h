@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
+#include <libxml/parser.h>
+
 #include "mappings/Findings.h"
 
-struct _xmlError;
-struct _xmlParserCtxt;
 class TiXmlDocument;
 class TiXmlElement;
 
@@ -38,14 +38,14 @@ public:
 
 private:
     void parse(const std::string& content);
-    void add(const _xmlError& error);
+    void add(const xmlError& error);
 
     Findings& m_findings;
     std::string m_readError;          ///< why there is no text
     std::vector<std::string> m_names; ///< of the first two elements
     std::vector<Finding> m_errors;
-    bool m_stops = false;               ///< at the last one; TinyXML may, too
-    _xmlParserCtxt* m_parser = nullptr; ///< while it parses
+    bool m_stops = false;              ///< at the last one; TinyXML may, too
+    xmlParserCtxt* m_parser = nullptr; ///< while it parses
 };
 
 /// Adds texts between the children of `element`, which nothing reads.
