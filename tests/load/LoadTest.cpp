@@ -117,7 +117,7 @@ TEST_F(LoadTest, MainReturnsWhileThreadsRaiseAlarms) {
 }
 
 TEST_F(LoadTest, AForkedChildRaisesAlarmsOfItsOwnWhileThreadsRaiseTheirs) {
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "a forked child may inherit a locked mutex of its runtime's allocator";
 #endif
     std::atomic<bool> stop{false};

@@ -67,7 +67,6 @@ struct CeaseArguments {
     std::uint32_t faultId = 0;
     std::string object;
     Identity identity;
-    bool verbose = false;
 };
 int runCease(const CeaseArguments& arguments);
 

@@ -49,6 +49,7 @@ private:
 
 /// What an application is linked with, and what that needs of the platform.
 constexpr char kDolqLibrary[] = DOLQCTL_LIBRARY;
+constexpr char kGetFactory[] = "_ZN4ruxa2fm4dolq2v213getFmiFactoryEv";
 constexpr char kTraceLibrary[] = "libruxa-trace-2.so.2";
 constexpr char kCorrelationLibrary[] = "libruxa-zumcs-1.so.1";
 constexpr char kLoadModuleLibrary[] = "libvelk.so.1";

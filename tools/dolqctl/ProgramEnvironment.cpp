@@ -61,10 +61,11 @@ void takeOnProgram(const std::string& pid, char** argv) {
         return CommandError("process " + pid + ": " + what + ": " + std::strerror(errno));
     };
     std::ostringstream variables;
-    variables << kTakenOn << '=' << pid << '\0' << std::ifstream(folder + "/environ").rdbuf();
-    if (!variables) {
+    std::ifstream environment(folder + "/environ");
+    if (!environment) {
         throw failure("its environment cannot be read");
     }
+    variables << kTakenOn << '=' << pid << '\0' << environment.rdbuf(); // which may be empty
     if (::chdir((folder + "/cwd").c_str()) != 0) {
         throw failure("its current folder cannot be entered");
     }

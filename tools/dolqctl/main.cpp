@@ -98,6 +98,14 @@ void addIdentity(CLI::App& command, Identity& identity) {
         ->envname("ZBN_REV");
 }
 
+void addPid(CLI::App& command, std::optional<std::string>& pid) {
+    command // not into `pid` itself, which an empty text would leave empty
+        .add_option_function<std::string>(
+            "--pid", [&](const std::string& given) { pid = given; },
+            "Judge the surroundings of a running program instead")
+        ->type_name("PID");
+}
+
 void addJson(CLI::App& command, bool& json) { command.add_flag("--json", json, "Print JSON"); }
 
 // The commands, in the order of the help. Their arguments last as long as the program.
@@ -156,7 +164,7 @@ void addExplain(CLI::App& program) {
     addIdentity(command, arguments.identity);
     command.add_flag("--identity-given", arguments.identityGiven,
                      "The program names its system and compute node with each alarm");
-    addValue(command, "--pid", "PID", pid, "Judge the surroundings of a running program instead");
+    addPid(command, pid);
     command.footer(R"(Opens a session with the notification service as 'doctor' does; sends nothing.
 Exit code 0: a raise would go out, without a "but".
 
@@ -166,17 +174,11 @@ Example:
     command.callback([&] { exitCode = runExplain(arguments); });
 }
 
-/// What raising and ceasing have in common.
-void addCeaseOptions(CLI::App& command, CeaseArguments& arguments) {
-    addFaultAndObject(command, arguments.faultId, arguments.object);
-    addIdentity(command, arguments.identity);
-    command.add_flag("--verbose", arguments.verbose, "Show the traces of group 8 (details), too");
-}
-
 void addRaise(CLI::App& program) {
     static RaiseArguments arguments;
     CLI::App& command = *program.add_subcommand("raise", "Raise an alarm through the library");
-    addCeaseOptions(command, arguments);
+    addFaultAndObject(command, arguments.faultId, arguments.object);
+    addIdentity(command, arguments.identity);
     addChoice(command, "--severity", common::kClientSeverityNames, arguments.severity,
               "How severe it is")
         ->required();
@@ -207,7 +209,8 @@ Example:
 void addCease(CLI::App& program) {
     static CeaseArguments arguments;
     CLI::App& command = *program.add_subcommand("cease", "Cease an alarm through the library");
-    addCeaseOptions(command, arguments);
+    addFaultAndObject(command, arguments.faultId, arguments.object);
+    addIdentity(command, arguments.identity);
     command.footer(R"(Whether such an alarm is active is not looked at.
 
 Example:
@@ -257,7 +260,7 @@ void addDoctor(CLI::App& program) {
     static DoctorArguments arguments;
     CLI::App& command =
         *program.add_subcommand("doctor", "Check the surroundings that an alarm needs");
-    addValue(command, "--pid", "PID", pid, "Judge the surroundings of a running program instead");
+    addPid(command, pid);
     addJson(command, arguments.json);
     command.footer(
         R"(Opens a session with the notification service and has a notification allocated,

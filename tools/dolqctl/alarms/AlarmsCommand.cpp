@@ -113,8 +113,9 @@ void printLong(const std::vector<Alarm>& alarms) {
     };
     for (const Alarm& alarm : alarms) {
         const platform::ntf::AlarmRecord& raised = alarm.raised;
-        printLine(severityOf(alarm) + ' ' + idOf(alarm) + " on " +
-                  printable(raised.notificationObject));
+        printWrapped(severityOf(alarm) + ' ' + idOf(alarm) + " on " +
+                         printable(raised.notificationObject),
+                     "    ");
         below("active for: ",
               ageOf(alarm) + (alarm.endTimeNs ? ", until " + timeText(*alarm.endTimeNs) : ""));
         below("raised: ", counted(alarm.timesRaised, "time") + ", first " +
@@ -203,7 +204,7 @@ void sort(std::vector<Alarm>& alarms, bool bySeverity) {
 std::string summaryOf(const AlarmsArguments& arguments, const std::vector<Alarm>& alarms) {
     const bool isFiltered = arguments.severity || arguments.since || !arguments.object.empty();
     const std::string what = arguments.history ? "alarm" : "active alarm";
-    const std::string matching = isFiltered ? " that match" : "";
+    const std::string matching = isFiltered ? " found" : "";
     return alarms.empty() ? "No " + what + 's' + matching
                           : counted(alarms.size(), what) + matching + ": " + severitiesText(alarms);
 }
@@ -232,7 +233,7 @@ int runAlarms(const AlarmsArguments& arguments) {
         arguments.isLong ? printLong(log.alarms) : printList(log.alarms);
         printLine();
     }
-    printLine(summary);
+    printWrapped(summary, "  ");
     const std::string since = log.notifications == 0 ? "" : " since " + timeText(log.firstTimeNs);
     printLine(counted(log.notifications, "notification") + since + " in " +
               printable(path.string()));

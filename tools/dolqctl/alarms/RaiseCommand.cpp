@@ -126,7 +126,8 @@ void waitFor(const std::future<void>& work) {
             return;
         }
         if (round == 20) {
-            tell("waiting for the service: " + answerText() + ". Ctrl-C gives up.");
+            tell("waiting for the service" +
+                 (latest.answer == SA_AIS_OK ? "" : ": " + answerText()) + ". Ctrl-C gives up.");
         }
     }
 }
@@ -153,7 +154,7 @@ int conclude(const CeaseArguments& arguments) {
                  : isOk       ? ", but gives no notification"
                               : "");
     }
-    printLine(verdict + text);
+    printWrapped(verdict + text, "  ");
     const std::string reader =
         otherService().empty() ? "dolqctl alarms" : "the service's own reader, for OpenSAF ntfread";
     printLine("Next: " +
@@ -173,12 +174,11 @@ int send(const CeaseArguments& arguments, const std::function<void(FaultManageme
     // Before the library and the trace backend read them.
     setenv("ZBN_NO", arguments.identity.productNumber.c_str(), 1);
     setenv("ZBN_REV", arguments.identity.revision.c_str(), 1);
-    setenv("RUXA_TRACE_GROUPS", arguments.verbose ? "0,4,8" : "0,4", 0);
+    setenv("RUXA_TRACE_GROUPS", "0,4", 0);
     std::signal(SIGXFSZ, SIG_IGN); // a log at its limit is an answer of the service, too
     auto work = std::async(std::launch::async, [&] {
         Library library(kDolqLibrary);
-        auto* const getFactory =
-            library.function<FmiFactory*()>("_ZN4ruxa2fm4dolq2v213getFmiFactoryEv");
+        auto* const getFactory = library.function<FmiFactory*()>(kGetFactory);
         operation(*getFactory()->createFaultManagement());
         library.function<void()>("_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv")();
     });

@@ -15,7 +15,8 @@ namespace {
 
 constexpr char kNotTried[] =
     "Not tried: whether the service accepts an alarm and delivers it ('dolqctl raise' sends one). "
-    "Not known: what a program maps or changes in its surroundings itself. A program that has run "
+    "Not known: what a program maps or changes in its surroundings itself, and with --pid its "
+    "limits (ulimit). A program that has run "
     "since before a restart of the service can hang where this one does not: --pid shows its "
     "surroundings, and the library's probes what it waits for.";
 

@@ -58,46 +58,35 @@ fs::path folderOf(const fs::path& path) {
 /// Why the embedded platform cannot append to `path`, or make it; empty when it can. It opens files
 /// just so: it waits for no reader of a FIFO, and follows no link where others could have put it.
 /// Opening tells more than permissions, which the superuser has where nothing can be written.
-std::string obstacleTo(const fs::path& path, int mode) {
+std::string obstacleTo(const fs::path& path) {
     const fs::path folder = folderOf(path);
     struct stat status {};
     const bool isShared =
         ::stat(folder.c_str(), &status) == 0 && (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
-    const int flags = O_APPEND | O_NONBLOCK | O_CLOEXEC | O_NOCTTY | (isShared ? O_NOFOLLOW : 0);
-    const common::Descriptor file(::open(path.c_str(), mode | flags));
-    if (file.number() < 0 && errno != ENXIO) { // which a FIFO gives
-        const bool canBeMade =
-            errno == ENOENT && path.has_filename() && ::access(folder.c_str(), W_OK | X_OK) == 0;
-        return canBeMade ? ""
-               : errno == ELOOP && isShared
-                   ? "it is a symbolic link in a folder others can write to"
+    const int flags =
+        O_RDWR | O_APPEND | O_NONBLOCK | O_CLOEXEC | O_NOCTTY | (isShared ? O_NOFOLLOW : 0);
+    const common::Descriptor file(::open(path.c_str(), flags));
+    if (file.number() < 0 && errno == ENOENT && path.has_filename()) {
+        std::error_code ignored;
+        std::string probe = // a folder can be made where a file can
+            folderOf(fs::weakly_canonical(path, ignored)) / ".dolqctl-XXXXXX";
+        return ::mkdtemp(probe.data()) != nullptr && ::rmdir(probe.c_str()) == 0
+                   ? ""
                    : std::strerror(errno);
     }
-    return ::fstat(file.number(), &status) == 0 &&
-                   (S_ISREG(status.st_mode) || S_ISCHR(status.st_mode))
+    if (file.number() < 0 && errno != ENXIO) { // which a FIFO gives
+        return errno == ELOOP && isShared ? "it is a symbolic link in a folder others can write to"
+                                          : std::strerror(errno);
+    }
+    return ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode)
                ? ""
                : "it is no regular file";
-}
-
-void checkSink(Diagnosis& diagnosis, const std::string& sink) {
-    constexpr char kCheck[] = "trace sink";
-    constexpr std::string_view kScheme = "file:";
-    const bool isFile = sink.rfind(kScheme, 0) == 0;
-    const std::string obstacle = isFile ? obstacleTo(sink.substr(kScheme.size()), O_WRONLY)
-                                 : sink == "stderr" || sink == "syslog"
-                                     ? ""
-                                     : "it is none of stderr, file:PATH and syslog";
-    if (obstacle.empty()) {
-        diagnosis.ok(kCheck, sink);
-    } else {
-        diagnosis.warn(kCheck, "RUXA_TRACE_SINK is '" + sink + "': " + obstacle,
-                       "correct it, or the permissions: the embedded backend traces to stderr");
-    }
 }
 
 /// `size`: of the log.
 void checkRoom(Diagnosis& diagnosis, const std::string& log, const fs::path& folder,
                std::uintmax_t size) {
+    constexpr std::uintmax_t kOneAlarm = 1024;
     constexpr std::uintmax_t kEnough = 65536; // for the lines of some alarms
     std::error_code error;
     const fs::space_info disk = fs::space(folder, error);
@@ -114,7 +103,7 @@ void checkRoom(Diagnosis& diagnosis, const std::string& log, const fs::path& fol
     const char* const advice =
         isLimit ? "raise the limit, or rotate the log: SIGXFSZ kills programs that reach it"
                 : "make room, or set RUXA_NTF_LOG: the service refuses alarms on a full disk";
-    if (allowed == 0 || onDisk == 0) {
+    if (std::min(allowed, onDisk) < kOneAlarm) {
         diagnosis.fail(kLog, finding, advice);
     } else if (allowed < kEnough || onDisk < kEnough) {
         diagnosis.warn(kLog, finding, advice);
@@ -132,15 +121,14 @@ void checkTraces(Diagnosis& diagnosis) {
     // The doctor tells what it finds itself: what the checks trace goes nowhere.
     setenv(kSinkVariable, "file:/dev/null", 1);
     const Library backend(kTraceLibrary);
+    const bool isEmbedded = backend.contains(kSinkVariable);
     if (TraceBackend::isTraceGroupEnabled(TraceBackend::getDefaultTraceObject(), kFailures)) {
-        diagnosis.ok(kCheck, backend.file() + ": group 0 (failures) is on");
+        diagnosis.ok(kCheck, backend.file() + ": group 0 (failures) is on" +
+                                 (isEmbedded ? ", goes to " + chosen + " (not tried)" : ""));
     } else {
         diagnosis.warn(kCheck, backend.file() + ": group 0 (failures) is off",
                        "switch it on (RUXA_TRACE_GROUPS, or this platform's way): without it lost "
                        "alarms leave no sign");
-    }
-    if (backend.contains(kSinkVariable)) { // the embedded one
-        checkSink(diagnosis, chosen);
     }
 }
 
@@ -166,10 +154,9 @@ void checkNotificationLog(Diagnosis& diagnosis) {
     const bool isChosen = *common::environment("RUXA_NTF_LOG") != '\0';
     const std::string log = path.string() + (isChosen ? "" : " (RUXA_NTF_LOG is not set)");
     struct stat status {};
-    const bool isDevice = ::stat(path.c_str(), &status) == 0 && S_ISCHR(status.st_mode);
-    const bool isNull = isDevice && status.st_rdev == makedev(1, 3);
-    const std::string obstacle =
-        isDevice && !isNull ? "it is no regular file" : obstacleTo(path, O_RDWR);
+    const bool isNull = ::stat(path.c_str(), &status) == 0 && S_ISCHR(status.st_mode) &&
+                        status.st_rdev == makedev(1, 3);
+    const std::string obstacle = isNull ? "" : obstacleTo(path);
     if (path.empty()) {
         diagnosis.fail(kLog, "RUXA_NTF_LOG, XDG_STATE_HOME and HOME name no place for it",
                        "set RUXA_NTF_LOG: the service refuses every session");

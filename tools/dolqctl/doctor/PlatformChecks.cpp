@@ -90,9 +90,10 @@ bool ask(Diagnosis& diagnosis, const char* check, const SaUint64T& handle, const
          Call call) {
     using namespace std::chrono_literals;
     std::promise<void> answered;
-    const auto teller = std::async(std::launch::async, [check, end = answered.get_future()] {
+    const std::string soFar = diagnosis.observations().front().text();
+    const auto teller = std::async(std::launch::async, [&, end = answered.get_future()] {
         if (end.wait_for(1s) == std::future_status::timeout) {
-            tell("asking the service: " + std::string(check) + "...");
+            tell("asking the service: " + std::string(check) + "...\nSo far: " + soFar);
         }
     });
     SaAisErrorT answer = call(); // here: other threads' memory is not that of `sizeOfBlock`
@@ -148,8 +149,10 @@ void checkFaults(Diagnosis& diagnosis, const std::string& schedule) {
     constexpr char kAdvice[] = "unset it: it is for trying an application out";
     const std::string finding = "RUXA_NTF_FAULTS is '" + schedule + "': the service refuses ";
     try {
-        if (platform::ntf::FaultSchedule(schedule).refusesAlarms()) {
-            diagnosis.fail(kCheck, finding + "calls that alarms need", kAdvice);
+        if (platform::ntf::FaultSchedule(schedule).refusesAlarms() ||
+            schedule.find("TRY_AGAIN") != schedule.npos) {
+            diagnosis.fail(kCheck, finding + "calls that alarms need, or keeps them waiting",
+                           kAdvice);
         } else {
             diagnosis.warn(kCheck, finding + "no call that alarms need, but may delay it", kAdvice);
         }
@@ -161,10 +164,11 @@ void checkFaults(Diagnosis& diagnosis, const std::string& schedule) {
 } // namespace
 
 void checkLibrary(Diagnosis& diagnosis) {
-    if (const Library library(kDolqLibrary); library.isLoaded()) {
+    if (Library library(kDolqLibrary); library.has(kGetFactory)) {
         diagnosis.ok("library", library.file());
     } else {
-        diagnosis.fail("library", library.error(), "replace this file: no program can start");
+        diagnosis.fail("library", library.error(),
+                       "replace it, or what it needs: no program can start");
     }
 }
 

@@ -83,7 +83,7 @@ void print(const Finding& finding) {
 int runCheck(const CheckArguments& arguments) {
     refuseWrongRules(arguments.allowed);
     silenceTraces();
-    std::vector<std::string> paths = arguments.files;
+    std::vector<std::string> paths = eachOnce(arguments.files);
     bool isComplete = true;
     if (arguments.discovered) {
         const Discovery discovery = discover(arguments.identity);
@@ -98,7 +98,6 @@ int runCheck(const CheckArguments& arguments) {
     } else if (paths.empty()) {
         throw CommandError("name a mapping FILE or give --discovered");
     }
-    paths = eachOnce(paths);
     Inventory inventory;
     MappingFileReader reader(inventory, 10); // of one rule, as the help says
     for (const std::string& path : paths) {

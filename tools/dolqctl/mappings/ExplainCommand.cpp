@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iterator>
 #include <regex>
 #include <string>
@@ -83,6 +84,7 @@ const History* lookUp(Diagnosis& diagnosis, std::uint32_t faultId, const std::st
                                         "; mind letter case and white space)"
                                   : ""));
     }
+    const std::string odd = plainText(moClass).odd;
     checkElements(diagnosis, faultId, used == nullptr && others.empty() ? "" : moClass, used,
                   inventory.findings);
     if (used != nullptr) {
@@ -95,7 +97,8 @@ const History* lookUp(Diagnosis& diagnosis, std::uint32_t faultId, const std::st
         diagnosis.fail(kMapping,
                        "the fault is mapped for " + joined(others) +
                            (moClass.empty() ? ", but the object has no class"
-                                            : ", not for " + inQuotes(moClass)),
+                                            : ", not for " + inQuotes(moClass)) +
+                           (odd.empty() ? "" : ", which holds " + odd),
                        "correct the class of the mapping or of the object; see 'dolqctl mappings'");
     }
     return used;
@@ -126,11 +129,15 @@ int runExplain(const ExplainArguments& arguments) {
         checkMappings(diagnosis, discovery, inventory);
     }
     if (used == nullptr && diagnosis.failures() == 0) {
+        std::vector<std::string> doubts = discovery.problems; // the nearest first
+        doubts.insert(doubts.end(), discovery.doubts.begin(), discovery.doubts.end());
+        if (std::any_of(inventory.findings.begin(), inventory.findings.end(),
+                        [](const auto& each) { return each.severity == Severity::Error; })) {
+            doubts.emplace_back("the errors that 'dolqctl check --discovered' finds");
+        }
         diagnosis.fail(kMapping,
-                       discovery.problems.empty()
-                           ? "no mapping file of the load module maps the fault"
-                           : "no mapping file maps the fault, but not all is read: " +
-                                 discovery.problems.front(),
+                       "no mapping file of the load module maps the fault" +
+                           (doubts.empty() ? "" : ", but see " + doubts.front()),
                        "map it, or correct what the other checks find");
     }
     checkNtfService(diagnosis);

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
+#include <cwctype>
 #include <tuple>
 
 #include <nlohmann/json.hpp>
@@ -17,7 +18,8 @@ namespace dolqctl {
 namespace {
 
 constexpr wchar_t kInvisible[] =
-    L"\u00A0\u00AD\u2002\u2003\u2007\u2009\u200B\u200C\u200D\u200E\u200F\u202F\u2060\u3000\uFEFF";
+    L"\u00A0\u00AD\u034F\u115F\u180E\u2007\u200B\u200C\u200D\u200E\u200F\u202A\u202B\u202C\u202D\u202E"
+    L"\u202F\u2060\u2061\u2062\u2063\u2064\u2066\u2067\u2068\u2069\u3164\uFE0E\uFE0F\uFEFF";
 
 /// Typographic punctuation, Cyrillic and Greek letters, and below them what they look like.
 constexpr wchar_t kLookAlikes[] =
@@ -34,7 +36,9 @@ constexpr char kPlain[] = "----''\"\"\""
 
 /// What stands for a character that looks like another one, or like nothing.
 std::optional<std::string> plainOf(wchar_t character) {
-    if (std::wcschr(kInvisible, character) != nullptr) {
+    if (std::iswspace(static_cast<wint_t>(character)) != 0 ||
+        std::iswcntrl(static_cast<wint_t>(character)) != 0 ||
+        std::wcschr(kInvisible, character) != nullptr) {
         return "";
     }
     if (const wchar_t* const found = std::wcschr(kLookAlikes, character)) {
@@ -129,33 +133,35 @@ std::string written(const TiXmlAttribute& attribute) {
 }
 
 PlainText plainText(std::string_view text) {
-    PlainText plain;
-    bool isForeign = false;
+    std::vector<std::pair<wchar_t, std::string_view>> characters;
     for (std::size_t length = 0, at = 0; at < text.size(); at += length) {
-        if (length = 1; std::isspace(static_cast<unsigned char>(text[at])) != 0) {
-            continue;
-        }
         wchar_t character = 0;
         std::mbstate_t state{};
         length = std::mbrtowc(&character, &text[at], text.size() - at, &state);
         if (length == 0 || length > text.size()) {
             return {std::string(text), {}, false, false};
         }
-        const auto replacement = character < 0x80 ? std::nullopt : plainOf(character);
-        if (!replacement) {
-            plain.letters += text.substr(at, length);
-            isForeign = isForeign || (character >= 0x0370 && character < 0x0530); // Greek, Cyrillic
-            continue;
-        }
-        plain.letters += *replacement;
-        if (plain.odd.empty()) {
+        characters.emplace_back(character, text.substr(at, length));
+    }
+    const auto isForeign = [](const auto& each) {
+        return each.first >= 0x0370 && each.first < 0x0530;
+    };
+    const auto has = [&](auto is) { return std::any_of(characters.begin(), characters.end(), is); };
+    const bool isWord = !has([](const auto& each) {
+        return std::isalpha(each.second.front()) != 0;
+    }) && has([&](const auto& each) { return isForeign(each) && !plainOf(each.first); });
+    PlainText plain;
+    for (const auto& each : characters) {
+        const auto replacement = isWord && isForeign(each) ? std::nullopt : plainOf(each.first);
+        plain.letters += replacement ? *replacement : std::string(each.second);
+        if (replacement && each.first >= 0x80 && plain.odd.empty()) {
             char name[sizeof("U+10FFFF")];
-            std::snprintf(name, sizeof(name), "U+%04X", static_cast<unsigned>(character));
+            std::snprintf(name, sizeof(name), "U+%04X", static_cast<unsigned>(each.first));
             plain.odd = name;
             plain.isInvisible = replacement->empty();
         }
     }
-    return isForeign ? PlainText{std::string(text), {}} : plain;
+    return plain;
 }
 
 std::string folded(const std::string& text) {

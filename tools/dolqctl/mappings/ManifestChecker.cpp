@@ -29,14 +29,14 @@ public:
     }
 
     void onOtherElement(const TiXmlElement& element, const char* expected) override {
-        m_findings.add(Severity::Error, "unknown-element", element,
+        m_findings.add(Severity::Error, "not-loaded", element,
                        "the whole manifest is refused: " + inShortQuotes(element.Value()) +
                            " in place of '" + expected + "'");
     }
 
     void onMissingAttribute(const TiXmlElement& element, const char* name) override {
         const TiXmlAttribute* const written = findAttribute(element, name);
-        m_findings.add(Severity::Error, "missing-attribute", element,
+        m_findings.add(Severity::Error, "not-loaded", element,
                        std::string("the whole manifest is refused: ") +
                            (written != nullptr ? "an empty '" : "no '") + name + "'");
     }
@@ -53,6 +53,10 @@ public:
                 checkValue(*attribute);
             }
         }
+        if (element.ValueStr() == "file" && element.FirstChildElement() != nullptr) {
+            m_findings.add(Severity::Error, "unknown-element", *element.FirstChildElement(),
+                           "nothing inside a 'file' is read");
+        }
     }
 
 private:
@@ -67,11 +71,12 @@ private:
             (!std::filesystem::is_regular_file(file, error) ||
              std::filesystem::equivalent(file, m_findings.file(), error))) {
             m_findings.add(Severity::Warning, "missing-file", attribute,
-                           written(attribute) + " is no other file: a relative path counts from "
-                                                "the folder of the manifest");
+                           written(attribute) + " is no regular file, or the manifest itself; a "
+                                                "relative path counts from its folder");
         } else if (name == "tag" && value != kTag &&
-                   (isMisspelt(plain, kTag) || isMisspelt(plain, std::string(kTag) + ".xml"))) {
-            m_findings.add(Severity::Error, "misspelt-tag", attribute,
+                   (isMisspelt(plain, kTag) || folded(value).find("map") != value.npos)) {
+            m_findings.add(isMisspelt(plain, kTag) ? Severity::Error : Severity::Warning,
+                           "misspelt-tag", attribute,
                            written(attribute) + " is not '" + kTag + "': the file is not read");
         } else if (isNumber && (plain != value || value.empty())) {
             m_findings.add(Severity::Warning, "odd-number", attribute,

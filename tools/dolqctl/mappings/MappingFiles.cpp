@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <regex>
 #include <sstream>
 
 #include <tinyxml.h>
@@ -72,14 +72,14 @@ std::string meantNumber(const std::string& value, bool isMinorType) {
     char* end = nullptr;
     const long long number = std::strtoll(plain.c_str(), &end, isHexadecimal ? 16 : 10);
     if (*end == '\0' && !plain.empty() && (isHexadecimal || plain != value)) {
-        return "; write \"" + std::to_string(number) + '"';
+        return "; write \"" + std::to_string(static_cast<std::int32_t>(number)) + '"';
     }
-    unsigned int majorId = 0;
-    unsigned int minorId = 0;
-    if (isMinorType && std::sscanf(plain.c_str(), "%5u%*1[/:.-]%5u", &majorId, &minorId) == 2 &&
-        majorId <= 0xFFFF && minorId <= 0xFFFF) {
-        const auto meant = static_cast<std::int32_t>(majorId << 16U | minorId);
-        return "; for the alarm " + alarmText(static_cast<std::uint32_t>(meant)) + " write \"" +
+    static const std::regex alarm("([0-9]{1,5})[/:-]([0-9]{1,5})");
+    std::smatch ids;
+    if (isMinorType && std::regex_match(plain, ids, alarm) && std::stoul(ids[1]) <= 0xFFFF &&
+        std::stoul(ids[2]) <= 0xFFFF) {
+        const auto meant = static_cast<std::int32_t>(std::stoul(ids[1]) << 16 | std::stoul(ids[2]));
+        return "; for the alarm " + ids.str(1) + '/' + ids.str(2) + " write \"" +
                std::to_string(meant) + '"';
     }
     return {};
@@ -122,13 +122,13 @@ void MappingFileReader::onRoot(const TiXmlElement& root) {
                        "the root element " + inShortQuotes(root.Value()) +
                            " is read, but its name is '" + kRoot + "'");
     }
-    addUnreadText(root, m_findings);
     checkChildren(root);
 }
 
 /// The depth is bounded: the reader gives no deeper document to the parser.
 void MappingFileReader::checkChildren(const TiXmlElement& element) {
     const bool isRoot = element.Parent()->ToDocument() != nullptr;
+    addUnreadText(element, m_findings);
     for (const TiXmlElement* child = element.FirstChildElement(); child != nullptr;
          child = child->NextSiblingElement()) {
         const bool isMapping = child->ValueStr() == kMapping;
@@ -183,8 +183,9 @@ void MappingFileReader::checkNumber(const TiXmlElement& element, const char* nam
     if (errno == ERANGE || meant != static_cast<std::int32_t>(meant)) {
         const bool isOther = errno == ERANGE || std::to_string(meant) != stored;
         m_findings.add(isOther ? Severity::Error : Severity::Warning, "beyond-32-bits", attribute,
-                       written(attribute) + " does not fit 32 bits with a sign: it is read as " +
-                           stored + " here");
+                       written(attribute) + " does not fit 32 bits with a sign: " +
+                           (isOther ? "it is read as " + stored
+                                    : "write " + std::to_string(static_cast<std::int32_t>(meant))));
     }
     if (rest[std::strspn(rest, " \t\n\v\f\r")] != '\0') {
         m_findings.add(Severity::Error, "text-after-number", attribute,
@@ -265,8 +266,9 @@ void MappingFileReader::checkClass(const TiXmlAttribute& list, const std::string
     const std::string theClass = "the class " + inShortQuotes(moClass);
     const PlainText plain = plainText(moClass);
     for (const auto& [characters, severity, rule, reason] : kOddCharacters) {
-        if ((moClass + plain.letters).find_first_of(characters) != std::string::npos &&
-            !m_text->hasErrorIn(list.Row())) { // which may be where they come from
+        const bool mayBeEntity = *characters == ';' && m_text->hasErrorIn(list.Row()); // "A&nbsp;B"
+        if (!mayBeEntity &&
+            (moClass + plain.letters).find_first_of(characters) != std::string::npos) {
             m_findings.add(severity, rule, list, theClass + reason);
         }
     }

@@ -2,14 +2,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstring>
 #include <iterator>
 #include <memory>
 #include <new>
 #include <utility>
 
-#include <libxml/parserInternals.h>
 #include <tinyxml.h>
 
 #include "Output.h"
@@ -39,13 +37,12 @@ constexpr Kind kKinds[] = {
     {XML_ERR_NAME_REQUIRED, Severity::Error, false,
      "; is a '>' missing before it? Write \"&amp;\" for '&', \"&lt;\" for '<'"},
     {XML_ERR_DOCUMENT_END, Severity::Error, false, "; nothing behind the root element is read"},
+    {XML_ERR_LT_IN_ATTRIBUTE, Severity::Error, false, "; is a quotation mark missing before it?"},
+    {XML_ERR_SPACE_REQUIRED, Severity::Error, false,
+     "; is a quotation mark, a blank or '>' missing?"},
     // These TinyXML takes as they are meant.
     {XML_ERR_HYPHEN_IN_COMMENT, Severity::Warning, true, ""},
-    {XML_ERR_RESERVED_XML_NAME, Severity::Warning, true, ""},
-    {XML_ERR_ATTRIBUTE_NOT_STARTED, Severity::Warning, false, ""},
-    {XML_ERR_LT_IN_ATTRIBUTE, Severity::Warning, false, "; is a quotation mark missing before it?"},
-    {XML_ERR_SPACE_REQUIRED, Severity::Warning, false,
-     "; is a quotation mark, a blank or '>' missing?"}};
+    {XML_ERR_RESERVED_XML_NAME, Severity::Warning, true, ""}};
 
 } // namespace
 
@@ -59,26 +56,25 @@ XmlText::XmlText(const std::string& path, Findings& findings) : m_findings(findi
     } else if (content.empty()) {
         m_readError = "it is empty";
     } else {
-        const std::size_t nul = std::min(content.find('\0'), content.size());
-        const bool isWhole = nul == content.size();
-        content.resize(nul);
-        parse(content);
-        if (!isWhole) {
+        parse(content.c_str());
+        if (const std::size_t nul = content.find('\0'); nul != content.npos) {
+            content.resize(nul);
             const auto line = 1 + std::count(content.begin(), content.end(), '\n');
             m_errors = {{{findings.file(), static_cast<int>(line)},
                          Severity::Error,
                          kRule,
                          "a NUL byte ends the text here: if it is UTF-16, save it as UTF-8"}};
-            m_stops = true;
         }
     }
 }
 
-/// Up to where TinyXML may stop. Makes no document: it hears of names and errors only.
-void XmlText::parse(const std::string& content) {
-    const auto size = static_cast<int>(std::min<std::size_t>(content.size(), INT_MAX));
+/// Up to where TinyXML may stop, or to a NUL byte. Makes no document: it hears of names and errors.
+void XmlText::parse(const char* text) {
+    if (*text == '\0') {
+        return;
+    }
     const std::unique_ptr<xmlParserCtxt, void (*)(xmlParserCtxtPtr)> parser(
-        xmlCreateMemoryParserCtxt(content.data(), size), &xmlFreeParserCtxt);
+        xmlCreateDocParserCtxt(reinterpret_cast<const xmlChar*>(text)), &xmlFreeParserCtxt);
     if (parser == nullptr) {
         throw std::bad_alloc();
     }
@@ -95,6 +91,7 @@ void XmlText::parse(const std::string& content) {
     m_parser->sax->serror = [](void* self, xmlErrorPtr error) {
         static_cast<XmlText*>(self)->add(*error);
     };
+    xmlSetStructuredErrorFunc(nullptr, [](void*, xmlErrorPtr) {}); // or it prints others
     xmlCtxtUseOptions(m_parser, XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_HUGE);
     xmlParseDocument(m_parser);
 }
@@ -138,7 +135,7 @@ void XmlText::addNotLoaded(const TiXmlDocument& document, const std::string& oth
     Finding reason{{m_findings.file()}, Severity::Error, "not-loaded", otherwise};
     if (!m_readError.empty()) {
         reason.message = m_readError;
-    } else if (m_stops) {
+    } else if (!m_errors.empty()) {
         reason.position = m_errors.back().position;
         reason.message = m_errors.back().message;
         m_errors.pop_back();

@@ -37,7 +37,7 @@ public:
     bool wasRead() const { return m_readError.empty(); }
 
 private:
-    void parse(const std::string& content);
+    void parse(const char* text);
     void add(const xmlError& error);
 
     Findings& m_findings;
