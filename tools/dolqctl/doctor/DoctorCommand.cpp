@@ -5,7 +5,7 @@
 #include "common/Environment.h"
 #include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
-#include "mappings/MappingFiles.h"
+#include "mappings/MappingFileChecker.h"
 
 namespace dolqctl {
 

@@ -2,7 +2,7 @@
 #include "Output.h"
 #include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
-#include "mappings/MappingFiles.h"
+#include "mappings/MappingFileChecker.h"
 
 namespace dolqctl {
 

@@ -11,7 +11,7 @@
 #include "Commands.h"
 #include "Output.h"
 #include "mappings/Discovery.h"
-#include "mappings/MappingFiles.h"
+#include "mappings/MappingFileChecker.h"
 
 namespace dolqctl {
 
@@ -99,9 +99,9 @@ int runCheck(const CheckArguments& arguments) {
         throw CommandError("name a mapping FILE or give --discovered");
     }
     Inventory inventory;
-    MappingFileReader reader(inventory, 10); // of one rule, as the help says
+    MappingFileChecker checker(inventory, 10); // of one rule, as the help says
     for (const std::string& path : paths) {
-        reader.read(path == "-" ? keptStandardInput() : path, path, !arguments.discovered);
+        checker.read(path == "-" ? keptStandardInput() : path, path, !arguments.discovered);
     }
     std::vector<Finding> findings;
     std::copy_if(inventory.findings.begin(), inventory.findings.end(), std::back_inserter(findings),

@@ -12,7 +12,7 @@
 #include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
 #include "mappings/Findings.h"
-#include "mappings/MappingFiles.h"
+#include "mappings/MappingFileChecker.h"
 
 namespace dolqctl {
 

@@ -40,15 +40,15 @@ struct Inventory {
 
 /// Looks at mapping files while the library's reader reads them, and finds what the reader skips,
 /// or takes for something else than what is written.
-class MappingFileReader final : public dolq::xmlconf::MappingFileObserverI {
+class MappingFileChecker final : public dolq::xmlconf::MappingFileObserverI {
 public:
     /// Of one file, rule and severity, `most` findings are kept.
-    MappingFileReader(Inventory& inventory, std::size_t most)
+    MappingFileChecker(Inventory& inventory, std::size_t most)
         : m_inventory(inventory), m_findings({}, most), m_most(most) {}
 
-    /// Reads `path` on top of the files before it, and calls it `name`. With `mayBeManifest`, a
+    /// Reads `path` on top of the files before it, and calls it `name`. With `orManifest`, a
     /// manifest is recognized and checked as one; otherwise it is a file without mappings.
-    void read(const std::string& path, const std::string& name, bool mayBeManifest);
+    void read(const std::string& path, const std::string& name, bool orManifest);
 
     void onNotLoaded(const TiXmlDocument& document) override;
     void onNoRoot() override;

@@ -1,4 +1,4 @@
-#include "mappings/MappingFiles.h"
+#include "mappings/MappingFileChecker.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -87,11 +87,11 @@ std::string meantNumber(const std::string& value, bool isMinorType) {
 
 } // namespace
 
-void MappingFileReader::read(const std::string& path, const std::string& name, bool mayBeManifest) {
+void MappingFileChecker::read(const std::string& path, const std::string& name, bool orManifest) {
     m_findings = Findings(name, m_most);
     m_mapsNothing = true;
     XmlText& text = m_text.emplace(path, m_findings);
-    if (mayBeManifest && text.isManifest()) {
+    if (orManifest && text.isManifest()) {
         checkManifest(path, text, m_findings);
     } else if (dolq::xmlconf::MappingXmlConfigurator().readMappingFile(path, *this)) {
         text.addErrors();
@@ -108,15 +108,15 @@ void MappingFileReader::read(const std::string& path, const std::string& name, b
                                 std::make_move_iterator(findings.end()));
 }
 
-void MappingFileReader::onNotLoaded(const TiXmlDocument& document) {
+void MappingFileChecker::onNotLoaded(const TiXmlDocument& document) {
     m_text->addNotLoaded(document, "too many levels of elements, or attributes of one");
 }
 
-void MappingFileReader::onNoRoot() {
+void MappingFileChecker::onNoRoot() {
     m_text->addNotLoaded({}, "no element is found: a document type may declare nothing");
 }
 
-void MappingFileReader::onRoot(const TiXmlElement& root) {
+void MappingFileChecker::onRoot(const TiXmlElement& root) {
     if (root.ValueStr() != kRoot) {
         m_findings.add(Severity::Warning, "root-name", root,
                        "the root element " + inShortQuotes(root.Value()) +
@@ -126,7 +126,7 @@ void MappingFileReader::onRoot(const TiXmlElement& root) {
 }
 
 /// The depth is bounded: the reader gives no deeper document to the parser.
-void MappingFileReader::checkChildren(const TiXmlElement& element) {
+void MappingFileChecker::checkChildren(const TiXmlElement& element) {
     const bool isRoot = element.Parent()->ToDocument() != nullptr;
     addUnreadText(element, m_findings);
     for (const TiXmlElement* child = element.FirstChildElement(); child != nullptr;
@@ -148,7 +148,7 @@ void MappingFileReader::checkChildren(const TiXmlElement& element) {
     }
 }
 
-void MappingFileReader::checkMapping(const TiXmlElement& element) {
+void MappingFileChecker::checkMapping(const TiXmlElement& element) {
     checkNumber(element, kFaultId);
     checkNumber(element, kMinorType);
     if (const TiXmlAttribute* const list = findAttribute(element, kMoClass)) {
@@ -161,7 +161,7 @@ void MappingFileReader::checkMapping(const TiXmlElement& element) {
     addUnknownAttributes(element, {kFaultId, kMinorType, kMoClass}, m_findings);
 }
 
-void MappingFileReader::checkNumber(const TiXmlElement& element, const char* name) {
+void MappingFileChecker::checkNumber(const TiXmlElement& element, const char* name) {
     int number = 0;
     const int outcome = element.QueryIntAttribute(name, &number); // as the reader asks
     if (outcome == TIXML_NO_ATTRIBUTE) {
@@ -199,7 +199,7 @@ void MappingFileReader::checkNumber(const TiXmlElement& element, const char* nam
     }
 }
 
-void MappingFileReader::checkClassList(const TiXmlAttribute& list) {
+void MappingFileChecker::checkClassList(const TiXmlAttribute& list) {
     std::string classes = list.Value();
     classes.erase(std::remove(classes.begin(), classes.end(), ' '), classes.end());
     if (classes.empty()) {
@@ -214,20 +214,20 @@ void MappingFileReader::checkClassList(const TiXmlAttribute& list) {
     }
 }
 
-void MappingFileReader::onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
-                                              std::uint32_t minorType) {
+void MappingFileChecker::onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
+                                               std::uint32_t minorType) {
     record({faultId, {}, minorType, positionOf(m_findings.file(), element)});
 }
 
-void MappingFileReader::onMapping(const TiXmlElement& element, std::uint32_t faultId,
-                                  std::uint32_t minorType, const std::string& moClass) {
+void MappingFileChecker::onMapping(const TiXmlElement& element, std::uint32_t faultId,
+                                   std::uint32_t minorType, const std::string& moClass) {
     if (record({faultId, moClass, minorType, positionOf(m_findings.file(), element)})) {
         checkClass(*findAttribute(element, kMoClass), moClass);
     }
 }
 
 /// False for one that the same element has given already.
-bool MappingFileReader::record(const Mapping& mapping) {
+bool MappingFileChecker::record(const Mapping& mapping) {
     m_mapsNothing = false;
     std::vector<Mapping>& history = m_inventory.mappings[{mapping.faultId, mapping.moClass}];
     const FilePosition position = mapping.position;
@@ -257,7 +257,7 @@ bool MappingFileReader::record(const Mapping& mapping) {
     return !sameElement;
 }
 
-void MappingFileReader::checkClass(const TiXmlAttribute& list, const std::string& moClass) {
+void MappingFileChecker::checkClass(const TiXmlAttribute& list, const std::string& moClass) {
     if (moClass.empty()) {
         m_findings.add(Severity::Warning, "empty-class", list,
                        "an empty piece of the class list is an entry without a class");
@@ -302,9 +302,9 @@ std::string alarmText(std::uint32_t minorType) {
 
 Inventory readMappingFiles(const std::vector<std::string>& paths) {
     Inventory inventory;
-    MappingFileReader reader(inventory, 1000); // what is left out could be what is asked for
+    MappingFileChecker checker(inventory, 1000); // what is left out could be what is asked for
     for (const std::string& path : paths) {
-        reader.read(path, path, false);
+        checker.read(path, path, false);
     }
     return inventory;
 }
