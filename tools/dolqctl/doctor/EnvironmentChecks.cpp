@@ -124,7 +124,7 @@ void checkTraces(Diagnosis& diagnosis) {
     const bool isEmbedded = backend.contains(kSinkVariable);
     if (TraceBackend::isTraceGroupEnabled(TraceBackend::getDefaultTraceObject(), kFailures)) {
         diagnosis.ok(kCheck, backend.file() + ": group 0 (failures) is on" +
-                                 (isEmbedded ? ", goes to " + chosen + " (not tried)" : ""));
+                                 (isEmbedded ? ", sink: " + chosen + " (not tried)" : ""));
     } else {
         diagnosis.warn(kCheck, backend.file() + ": group 0 (failures) is off",
                        "switch it on (RUXA_TRACE_GROUPS, or this platform's way): without it lost "
