@@ -200,7 +200,7 @@ void sort(std::vector<Alarm>& alarms, bool bySeverity) {
               [&](const Alarm& left, const Alarm& right) { return place(left) > place(right); });
 }
 
-/// "2 active alarms that match: 1 major, 1 minor"
+/// "2 active alarms found: 1 major, 1 minor"
 std::string summaryOf(const AlarmsArguments& arguments, const std::vector<Alarm>& alarms) {
     const bool isFiltered = arguments.severity || arguments.since || !arguments.object.empty();
     const std::string what = arguments.history ? "alarm" : "active alarm";
@@ -235,8 +235,8 @@ int runAlarms(const AlarmsArguments& arguments) {
     }
     printWrapped(summary, "  ");
     const std::string since = log.notifications == 0 ? "" : " since " + timeText(log.firstTimeNs);
-    printLine(counted(log.notifications, "notification") + since + " in " +
-              printable(path.string()));
+    printWrapped(counted(log.notifications, "notification") + since + " in " +
+                 printable(path.string()));
     if (log.alarms.empty() && arguments.log.empty()) {
         printLine(kOtherLogs);
     }
