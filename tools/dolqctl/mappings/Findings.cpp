@@ -155,7 +155,7 @@ PlainText plainText(std::string_view text) {
         const auto replacement = isWord && isForeign(each) ? std::nullopt : plainOf(each.first);
         plain.letters += replacement ? *replacement : std::string(each.second);
         if (replacement && each.first >= 0x80 && plain.odd.empty()) {
-            char name[sizeof("U+10FFFF")];
+            char name[sizeof("U+FFFFFFFF")];
             std::snprintf(name, sizeof(name), "U+%04X", static_cast<unsigned>(each.first));
             plain.odd = name;
             plain.isInvisible = replacement->empty();
