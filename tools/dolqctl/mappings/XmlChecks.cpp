@@ -23,26 +23,28 @@ constexpr char kRule[] = "not-well-formed";
 struct Kind {
     int code; ///< an xmlParserErrors
     Severity severity;
-    bool goesOn; ///< TinyXML does, and the parser finds the next error, too
-    const char* advice;
+    bool goesOn;      ///< TinyXML does, and the parser finds the next error, too
+    const char* text; ///< null for the parser's own
 };
 
-constexpr Kind kOther = {0, Severity::Error, false, ""};
 constexpr Kind kKinds[] = {
-    {XML_ERR_INVALID_CHAR, Severity::Error, true, ""},
+    {XML_ERR_INVALID_CHAR, Severity::Error, true, nullptr},
     {XML_ERR_ENTITYREF_SEMICOL_MISSING, Severity::Error, true,
-     "; the '&' is left out: write \"&amp;\" for it"},
+     "the '&' is left out: write \"&amp;\" for it"},
     {XML_ERR_UNDECLARED_ENTITY, Severity::Error, true,
-     "; the '&' is left out: write the character that is meant"},
+     "the '&' of an unknown entity is left out: write the character that is meant"},
     {XML_ERR_NAME_REQUIRED, Severity::Error, false,
-     "; is a '>' missing before it? Write \"&amp;\" for '&', \"&lt;\" for '<'"},
-    {XML_ERR_DOCUMENT_END, Severity::Error, false, "; nothing behind the root element is read"},
-    {XML_ERR_LT_IN_ATTRIBUTE, Severity::Error, false, "; is a quotation mark missing before it?"},
+     "no name, or a '>' is missing before it: write \"&amp;\" for '&', \"&lt;\" for '<'"},
+    {XML_ERR_DOCUMENT_END, Severity::Error, false, "none of what stands behind the root is read"},
+    {XML_ERR_LT_IN_ATTRIBUTE, Severity::Error, false,
+     "a '<' in a value: is a quotation mark missing before it?"},
     {XML_ERR_SPACE_REQUIRED, Severity::Error, false,
-     "; is a quotation mark, a blank or '>' missing?"},
+     "a quotation mark, a blank or '>' is missing before this"},
+    {XML_ERR_ATTRIBUTE_WITHOUT_VALUE, Severity::Error, false, "the attribute has no value"},
     // These TinyXML takes as they are meant.
-    {XML_ERR_HYPHEN_IN_COMMENT, Severity::Warning, true, ""},
-    {XML_ERR_RESERVED_XML_NAME, Severity::Warning, true, ""}};
+    {XML_ERR_HYPHEN_IN_COMMENT, Severity::Warning, true, nullptr},
+    {XML_ERR_RESERVED_XML_NAME, Severity::Warning, true, nullptr},
+    {XML_ERR_OK, Severity::Error, false, nullptr}}; // all others
 
 } // namespace
 
@@ -100,15 +102,14 @@ void XmlText::add(const xmlError& error) {
     if (m_stops || error.domain != XML_FROM_PARSER || error.level < XML_ERR_ERROR) {
         return; // a consequence, or what TinyXML does not look at
     }
-    const auto* const found =
-        std::find_if(std::begin(kKinds), std::end(kKinds),
-                     [&](const Kind& each) { return each.code == error.code; });
-    const Kind& kind = found != std::end(kKinds) ? *found : kOther;
-    const std::string message = error.message; // ends a line
+    const Kind& kind = *std::find_if(std::begin(kKinds), std::end(kKinds), [&](const Kind& each) {
+        return each.code == error.code || each.code == XML_ERR_OK;
+    });
+    const std::string own = error.message; // ends a line
     m_errors.push_back({{m_findings.file(), error.line, error.int2},
                         kind.severity,
                         kRule,
-                        printable(message.substr(0, message.find('\n'))) + kind.advice});
+                        kind.text ? kind.text : printable(own.substr(0, own.find('\n')))});
     m_stops = !kind.goesOn;
     if (m_stops) {
         xmlStopParser(m_parser);
