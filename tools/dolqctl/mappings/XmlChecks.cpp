@@ -38,8 +38,7 @@ constexpr Kind kKinds[] = {
     {XML_ERR_DOCUMENT_END, Severity::Error, false, "none of what stands behind the root is read"},
     {XML_ERR_LT_IN_ATTRIBUTE, Severity::Error, false,
      "a '<' in a value: is a quotation mark missing before it?"},
-    {XML_ERR_SPACE_REQUIRED, Severity::Error, false,
-     "a quotation mark, a blank or '>' is missing before this"},
+    {XML_ERR_SPACE_REQUIRED, Severity::Error, false, "a quotation mark, blank or '>' is missing"},
     {XML_ERR_ATTRIBUTE_WITHOUT_VALUE, Severity::Error, false, "the attribute has no value"},
     // These TinyXML takes as they are meant.
     {XML_ERR_HYPHEN_IN_COMMENT, Severity::Warning, true, nullptr},
