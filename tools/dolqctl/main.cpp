@@ -15,8 +15,8 @@
 #include <CLI/CLI.hpp>
 
 #include "Commands.h"
-#include "Library.h"
 #include "Output.h"
+#include "SharedObject.h"
 #include "common/AlarmNames.h"
 
 namespace dolqctl {
@@ -39,7 +39,7 @@ std::string versionText() {
           std::pair("correlation service", kCorrelationLibrary),
           std::pair("load-module handler", kLoadModuleLibrary),
           std::pair("NTF library", kNtfLibrary)}) {
-        const Library library(soname);
+        const SharedObject library(soname);
         const std::string id = library.buildId();
         text.append("\n").append(part).append(": ");
         text += library.isLoaded() ? std::filesystem::weakly_canonical(library.file()).string()

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "Commands.h"
-#include "Library.h"
 #include "Output.h"
+#include "SharedObject.h"
 
 namespace dolqctl {
 
@@ -89,12 +89,12 @@ AlarmLog readAlarmLog(const std::filesystem::path& path, bool withCeased) {
 }
 
 std::string otherService() {
-    const Library service(kNtfLibrary);
+    const SharedObject service(kNtfLibrary);
     return !service.isLoaded() || service.contains("RUXA_NTF_LOG") ? "" : service.file();
 }
 
 std::string whyElsewhere() {
-    Library service(kNtfLibrary);
+    SharedObject service(kNtfLibrary);
     if (!service.has("saNtfNotificationSend")) {
         return "programs here have no notification service: " + printable(service.error()) +
                "\nSee 'dolqctl doctor'.";

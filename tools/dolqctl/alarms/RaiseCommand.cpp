@@ -16,8 +16,8 @@
 #include <saNtf.h>
 
 #include "Commands.h"
-#include "Library.h"
 #include "Output.h"
+#include "SharedObject.h"
 #include "alarms/AlarmLog.h"
 #include "common/AisNames.h"
 #include "common/AlarmNames.h"
@@ -51,7 +51,7 @@ std::string answerText() {
 
 template <typename... Arguments> SaAisErrorT passOn(const char* name, Arguments... arguments) {
     using Call = SaAisErrorT(Arguments...);
-    auto* const call = dolqctl::Library(dolqctl::kNtfLibrary).function<Call>(name);
+    auto* const call = dolqctl::SharedObject(dolqctl::kNtfLibrary).function<Call>(name);
     std::unique_lock<std::mutex> lock(latest.mutex);
     latest.call = name;
     latest.answer.reset();
@@ -177,7 +177,7 @@ int send(const CeaseArguments& arguments, const std::function<void(FaultManageme
     setenv("RUXA_TRACE_GROUPS", "0,4", 0);
     std::signal(SIGXFSZ, SIG_IGN); // a log at its limit is an answer of the service, too
     auto work = std::async(std::launch::async, [&] {
-        Library library(kDolqLibrary);
+        SharedObject library(kDolqLibrary);
         auto* const getFactory = library.function<FmiFactory*()>(kGetFactory);
         operation(*getFactory()->createFaultManagement());
         library.function<void()>("_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv")();

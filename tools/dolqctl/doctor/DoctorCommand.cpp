@@ -1,9 +1,9 @@
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
+#include "Diagnosis.h"
 #include "Output.h"
 #include "common/Environment.h"
-#include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
 #include "mappings/MappingFileChecker.h"
 

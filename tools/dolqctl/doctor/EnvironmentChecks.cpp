@@ -15,10 +15,10 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
-#include "Library.h"
+#include "Diagnosis.h"
+#include "SharedObject.h"
 #include "common/Descriptor.h"
 #include "common/Environment.h"
-#include "doctor/Diagnosis.h"
 #include "platform/ntf/log/LogPath.h"
 
 namespace dolqctl {
@@ -120,7 +120,7 @@ void checkTraces(Diagnosis& diagnosis) {
     const std::string chosen = common::environment(kSinkVariable, "stderr");
     // The doctor tells what it finds itself: what the checks trace goes nowhere.
     setenv(kSinkVariable, "file:/dev/null", 1);
-    const Library backend(kTraceLibrary);
+    const SharedObject backend(kTraceLibrary);
     const bool isEmbedded = backend.contains(kSinkVariable);
     if (TraceBackend::isTraceGroupEnabled(TraceBackend::getDefaultTraceObject(), kFailures)) {
         diagnosis.ok(kCheck, backend.file() + ": group 0 (failures) is on" +

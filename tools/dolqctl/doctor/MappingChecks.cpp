@@ -1,6 +1,6 @@
-#include "Library.h"
+#include "Diagnosis.h"
 #include "Output.h"
-#include "doctor/Diagnosis.h"
+#include "SharedObject.h"
 #include "mappings/Discovery.h"
 #include "mappings/MappingFileChecker.h"
 
@@ -15,7 +15,7 @@ constexpr char kFiles[] = "mapping files";
 
 void checkLoadModule(Diagnosis& diagnosis, const Discovery& discovery, const Inventory& inventory) {
     constexpr char kLoadModule[] = "load module";
-    const std::string file = Library(kLoadModuleLibrary).file();
+    const std::string file = SharedObject(kLoadModuleLibrary).file();
     const std::string whyNone = discovery.whyNoMappingFile();
     if (discovery.problems.empty()) {
         diagnosis.ok(kHandler, "answers, from " + file);

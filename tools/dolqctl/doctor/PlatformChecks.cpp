@@ -11,11 +11,11 @@
 #include <saNtf.h>
 #include <unistd.h>
 
-#include "Library.h"
+#include "Diagnosis.h"
 #include "Output.h"
+#include "SharedObject.h"
 #include "common/AisNames.h"
 #include "common/Environment.h"
-#include "doctor/Diagnosis.h"
 #include "platform/ntf/FaultSchedule.h"
 #include "platform/ntf/log/LogPath.h"
 
@@ -71,7 +71,7 @@ void checkNames(Diagnosis& diagnosis, const SaNtfNotificationHeaderT& header) {
 void checkEventTime(Diagnosis& diagnosis, const SaTimeT* time) {
     constexpr char kCheck[] = "event time";
     const std::string left = time != nullptr ? std::to_string(*time) : "nothing";
-    if (Library(kDolqLibrary).contains("RUXA_DOLQ_EVENT_TIME_UNKNOWN=1") ||
+    if (SharedObject(kDolqLibrary).contains("RUXA_DOLQ_EVENT_TIME_UNKNOWN=1") ||
         (time != nullptr && *time == SA_TIME_UNKNOWN)) {
         diagnosis.ok(kCheck, "left open (SA_TIME_UNKNOWN) for the service to set");
     } else {
@@ -114,7 +114,7 @@ bool ask(Diagnosis& diagnosis, const char* check, const SaUint64T& handle, const
     return false;
 }
 
-void checkSession(Diagnosis& diagnosis, Library& ntf) {
+void checkSession(Diagnosis& diagnosis, SharedObject& ntf) {
     constexpr char kSession[] = "NTF session";
     constexpr SaUint16T kEmptyText = 1; // its NUL
     auto* const initialize = ntf.function<decltype(saNtfInitialize)>("saNtfInitialize");
@@ -164,7 +164,7 @@ void checkFaults(Diagnosis& diagnosis, const std::string& schedule) {
 } // namespace
 
 void checkLibrary(Diagnosis& diagnosis) {
-    if (Library library(kDolqLibrary); library.has(kGetFactory)) {
+    if (SharedObject library(kDolqLibrary); library.has(kGetFactory)) {
         diagnosis.ok("library", library.file());
     } else {
         diagnosis.fail("library", library.error(),
@@ -175,7 +175,7 @@ void checkLibrary(Diagnosis& diagnosis) {
 void checkCorrelationService(Diagnosis& diagnosis) {
     constexpr char kCheck[] = "correlation service";
     constexpr char kGetApi[] = "_ZN4ruxa4zum22v16getAPIEv";
-    Library library(kCorrelationLibrary);
+    SharedObject library(kCorrelationLibrary);
     if (!library.has(kGetApi)) {
         diagnosis.fail(kCheck, library.error(), "install it, or correct the loader path");
         return;
@@ -195,7 +195,7 @@ void checkCorrelationService(Diagnosis& diagnosis) {
 
 void checkNtfService(Diagnosis& diagnosis) {
     constexpr char kCheck[] = "NTF library";
-    Library ntf(kNtfLibrary);
+    SharedObject ntf(kNtfLibrary);
     for (const char* const call :
          {"saNtfInitialize", "saNtfFinalize", "saNtfAlarmNotificationAllocate",
           "saNtfPtrValAllocate", "saNtfNotificationSend", "saNtfNotificationFree"}) {

@@ -7,8 +7,8 @@
 
 #include <Velk.h>
 
-#include "Library.h"
 #include "Output.h"
+#include "SharedObject.h"
 #include "common/Environment.h"
 #include "mappings/XmlChecks.h"
 #include "xmlconf/dolqXmlConfigurator.h"
@@ -94,7 +94,8 @@ Discovery discover(const Identity& identity) {
     Recorder recorder(discovery);
     discovery.mappingFiles = dolq::xmlconf::MappingXmlConfigurator().findAllMappingFiles(
         identity.productNumber, identity.revision, recorder);
-    if (Library(kLoadModuleLibrary).contains("VELK_MANIFEST_DIR")) { // no other handler knows it
+    if (SharedObject(kLoadModuleLibrary)
+            .contains("VELK_MANIFEST_DIR")) { // no other handler knows it
         checkManifests(discovery);
     }
     return discovery;

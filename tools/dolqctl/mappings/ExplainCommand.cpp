@@ -7,9 +7,9 @@
 #include <saAis.h>
 
 #include "Commands.h"
+#include "Diagnosis.h"
 #include "Output.h"
 #include "adapter/MoClass.h"
-#include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
 #include "mappings/Findings.h"
 #include "mappings/MappingFileChecker.h"

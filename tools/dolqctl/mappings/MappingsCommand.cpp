@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "Commands.h"
+#include "Diagnosis.h"
 #include "Output.h"
-#include "doctor/Diagnosis.h"
 #include "mappings/Discovery.h"
 #include "mappings/MappingFileChecker.h"
 

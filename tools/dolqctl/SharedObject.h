@@ -12,10 +12,10 @@ namespace dolqctl {
 /// A shared object that alarms need, loaded when a command asks for it: one that is missing or
 /// broken ends no command that can do without. Found as the dynamic linker finds it for a program
 /// that is linked with it, and loaded until the process ends.
-class Library {
+class SharedObject {
 public:
     /// `soname`: the name that programs ask for.
-    explicit Library(const char* soname);
+    explicit SharedObject(const char* soname);
 
     bool isLoaded() const { return m_object != nullptr; }
     /// Why it is not loaded, in the dynamic linker's own words.

@@ -1,4 +1,4 @@
-#include "doctor/Diagnosis.h"
+#include "Diagnosis.h"
 
 #include <algorithm>
 #include <cstring>

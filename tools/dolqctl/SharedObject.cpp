@@ -1,4 +1,4 @@
-#include "Library.h"
+#include "SharedObject.h"
 
 #include <csignal>
 #include <cstring>
@@ -40,7 +40,7 @@ int signalOfLoading(const char* soname) {
 
 } // namespace
 
-Library::Library(const char* soname)
+SharedObject::SharedObject(const char* soname)
     : m_object(static_cast<link_map*>(load(soname, RTLD_NOLOAD))) { // a handle is one of glibc's
     if (isLoaded()) {
         return;
@@ -57,17 +57,17 @@ Library::Library(const char* soname)
     }
 }
 
-std::string Library::content() const {
+std::string SharedObject::content() const {
     std::ostringstream bytes;
     bytes << std::ifstream(file(), std::ios::binary).rdbuf();
     return bytes.str();
 }
 
-bool Library::contains(std::string_view text) const {
+bool SharedObject::contains(std::string_view text) const {
     return content().find(text) != std::string::npos;
 }
 
-std::string Library::buildId() const {
+std::string SharedObject::buildId() const {
     // Its note: the length of the name and of the id, the type, which is 3, the name and the id.
     constexpr std::string_view kTypeAndName{"\3\0\0\0GNU\0", 8};
     const std::string bytes = content();
@@ -82,7 +82,7 @@ std::string Library::buildId() const {
     return text;
 }
 
-void* Library::find(const char* symbol) {
+void* SharedObject::find(const char* symbol) {
     void* const found = isLoaded() ? dlsym(m_object, symbol) : nullptr;
     if (isLoaded() && found == nullptr) {
         m_error = file() + ": undefined symbol: " + symbol;
