@@ -22,6 +22,8 @@ SIZE_AND_ALIGNMENT(SaStringT, 8, 8);
 SIZE_AND_ALIGNMENT(SaTimeT, 8, 8);
 SIZE_AND_ALIGNMENT(SaNtfHandleT, 8, 8);
 SIZE_AND_ALIGNMENT(SaNtfNotificationHandleT, 8, 8);
+SIZE_AND_ALIGNMENT(SaNtfNotificationFilterHandleT, 8, 8);
+SIZE_AND_ALIGNMENT(SaNtfReadHandleT, 8, 8);
 SIZE_AND_ALIGNMENT(SaNtfIdentifierT, 8, 8);
 SIZE_AND_ALIGNMENT(SaNtfElementIdT, 2, 2);
 
@@ -32,6 +34,8 @@ SIZE_AND_ALIGNMENT(SaNtfValueTypeT, 4, 4);
 SIZE_AND_ALIGNMENT(SaNtfProbableCauseT, 4, 4);
 SIZE_AND_ALIGNMENT(SaNtfSeverityT, 4, 4);
 SIZE_AND_ALIGNMENT(SaNtfSeverityTrendT, 4, 4);
+SIZE_AND_ALIGNMENT(SaNtfSearchModeT, 4, 4);
+SIZE_AND_ALIGNMENT(SaNtfSearchDirectionT, 4, 4);
 
 // Counted enumerations: the last value fixes all of them.
 static_assert(SA_MAX_NAME_LENGTH == 600);
@@ -44,6 +48,8 @@ static_assert(SA_NTF_ADAPTER_ERROR == 0);
 static_assert(SA_NTF_UNSPECIFIED_REASON == 74);
 static_assert(SA_NTF_SEVERITY_CRITICAL == 5);
 static_assert(SA_NTF_TREND_LESS_SEVERE == 2);
+static_assert(SA_NTF_SEARCH_ONLY_FILTER == 7);
+static_assert(SA_NTF_SEARCH_YOUNGER == 2);
 static_assert(static_cast<SaUint64T>(SA_TIME_UNKNOWN) == 0x8000000000000000ULL);
 
 SIZE_AND_ALIGNMENT(SaNameT, 602, 2);
@@ -128,5 +134,41 @@ FIELD(SaNtfAlarmNotificationT, proposedRepairActions, 144);
 SIZE_AND_ALIGNMENT(SaNtfCallbacksT, 16, 8);
 FIELD(SaNtfCallbacksT, saNtfNotificationCallback, 0);
 FIELD(SaNtfCallbacksT, saNtfNotificationDiscardedCallback, 8);
+
+SIZE_AND_ALIGNMENT(SaNtfNotificationsT, 160, 8);
+FIELD(SaNtfNotificationsT, notificationType, 0);
+FIELD(SaNtfNotificationsT, notification.alarmNotification, 8);
+
+SIZE_AND_ALIGNMENT(SaNtfSearchCriteriaT, 24, 8);
+FIELD(SaNtfSearchCriteriaT, searchMode, 0);
+FIELD(SaNtfSearchCriteriaT, eventTime, 8);
+FIELD(SaNtfSearchCriteriaT, notificationId, 16);
+
+SIZE_AND_ALIGNMENT(SaNtfNotificationFilterHeaderT, 64, 8);
+FIELD(SaNtfNotificationFilterHeaderT, numEventTypes, 0);
+FIELD(SaNtfNotificationFilterHeaderT, eventTypes, 8);
+FIELD(SaNtfNotificationFilterHeaderT, numNotificationObjects, 16);
+FIELD(SaNtfNotificationFilterHeaderT, notificationObjects, 24);
+FIELD(SaNtfNotificationFilterHeaderT, numNotifyingObjects, 32);
+FIELD(SaNtfNotificationFilterHeaderT, notifyingObjects, 40);
+FIELD(SaNtfNotificationFilterHeaderT, numNotificationClassIds, 48);
+FIELD(SaNtfNotificationFilterHeaderT, notificationClassIds, 56);
+
+SIZE_AND_ALIGNMENT(SaNtfAlarmNotificationFilterT, 104, 8);
+FIELD(SaNtfAlarmNotificationFilterT, notificationFilterHandle, 0);
+FIELD(SaNtfAlarmNotificationFilterT, notificationFilterHeader, 8);
+FIELD(SaNtfAlarmNotificationFilterT, numProbableCauses, 72);
+FIELD(SaNtfAlarmNotificationFilterT, numPerceivedSeverities, 74);
+FIELD(SaNtfAlarmNotificationFilterT, numTrends, 76);
+FIELD(SaNtfAlarmNotificationFilterT, probableCauses, 80);
+FIELD(SaNtfAlarmNotificationFilterT, perceivedSeverities, 88);
+FIELD(SaNtfAlarmNotificationFilterT, trends, 96);
+
+SIZE_AND_ALIGNMENT(SaNtfNotificationTypeFilterHandlesT, 40, 8);
+FIELD(SaNtfNotificationTypeFilterHandlesT, objectCreateDeleteFilterHandle, 0);
+FIELD(SaNtfNotificationTypeFilterHandlesT, attributeChangeFilterHandle, 8);
+FIELD(SaNtfNotificationTypeFilterHandlesT, stateChangeFilterHandle, 16);
+FIELD(SaNtfNotificationTypeFilterHandlesT, alarmFilterHandle, 24);
+FIELD(SaNtfNotificationTypeFilterHandlesT, securityAlarmFilterHandle, 32);
 
 } // namespace

@@ -168,3 +168,32 @@ SaAisErrorT saNtfNotificationFree(SaNtfNotificationHandleT notificationHandle) {
         return handles.remove(notificationHandle) ? SA_AIS_OK : SA_AIS_ERR_BAD_HANDLE;
     });
 }
+
+// Reading: to come. Each says so in the standard's way.
+
+SaAisErrorT saNtfAlarmNotificationFilterAllocate(SaNtfHandleT, SaNtfAlarmNotificationFilterT*,
+                                                 SaUint16T, SaUint16T, SaUint16T, SaUint16T,
+                                                 SaUint16T, SaUint16T, SaUint16T) {
+    return SA_AIS_ERR_NOT_SUPPORTED;
+}
+
+SaAisErrorT saNtfNotificationFilterFree(SaNtfNotificationFilterHandleT) {
+    return SA_AIS_ERR_NOT_SUPPORTED;
+}
+
+SaAisErrorT saNtfNotificationReadInitialize(SaNtfSearchCriteriaT,
+                                            const SaNtfNotificationTypeFilterHandlesT*,
+                                            SaNtfReadHandleT*) {
+    return SA_AIS_ERR_NOT_SUPPORTED;
+}
+
+SaAisErrorT saNtfNotificationReadNext(SaNtfReadHandleT, SaNtfSearchDirectionT,
+                                      SaNtfNotificationsT*) {
+    return SA_AIS_ERR_NOT_SUPPORTED;
+}
+
+SaAisErrorT saNtfNotificationReadFinalize(SaNtfReadHandleT) { return SA_AIS_ERR_NOT_SUPPORTED; }
+
+SaAisErrorT saNtfPtrValGet(SaNtfNotificationHandleT, const SaNtfValueT*, void**, SaUint16T*) {
+    return SA_AIS_ERR_NOT_SUPPORTED;
+}

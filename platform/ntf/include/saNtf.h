@@ -1,7 +1,8 @@
 #pragma once
 
-/// SA Forum Notification Service, A.01 client interface: what a producer of alarms needs of it.
-/// Every call may be made from any thread; calls on one notification must not overlap.
+/// SA Forum Notification Service, A.01 client interface: what a producer and a reader of alarms
+/// need of it. Every call may be made from any thread; calls on one notification, filter or reading
+/// must not overlap.
 
 #include "saAis.h"
 
@@ -12,6 +13,8 @@ extern "C" {
 
 typedef SaUint64T SaNtfHandleT;
 typedef SaUint64T SaNtfNotificationHandleT;
+typedef SaUint64T SaNtfNotificationFilterHandleT;
+typedef SaUint64T SaNtfReadHandleT;
 typedef SaUint64T SaNtfIdentifierT;
 typedef SaUint32T SaNtfSubscriptionIdT;
 typedef SaUint16T SaNtfElementIdT;
@@ -19,7 +22,16 @@ typedef SaUint16T SaNtfElementIdT;
 /// Variable data size that stands for the service's own limit, 32767 bytes a notification.
 #define SA_NTF_ALLOC_SYSTEM_LIMIT (-1)
 
-typedef enum { SA_NTF_TYPE_ALARM = 0x4000 } SaNtfNotificationTypeT;
+#define SA_NTF_FILTER_HANDLE_NULL ((SaNtfNotificationFilterHandleT)0)
+#define SA_NTF_IDENTIFIER_UNUSED ((SaNtfIdentifierT)0)
+
+typedef enum {
+    SA_NTF_TYPE_OBJECT_CREATE_DELETE = 0x1000,
+    SA_NTF_TYPE_ATTRIBUTE_CHANGE = 0x2000,
+    SA_NTF_TYPE_STATE_CHANGE = 0x3000,
+    SA_NTF_TYPE_ALARM = 0x4000,
+    SA_NTF_TYPE_SECURITY_ALARM = 0x5000
+} SaNtfNotificationTypeT;
 
 typedef enum {
     SA_NTF_ALARM_NOTIFICATIONS_START = 0x4000,
@@ -163,8 +175,64 @@ typedef struct {
     SaNtfProposedRepairActionT* proposedRepairActions;
 } SaNtfAlarmNotificationT;
 
-/// A received notification; only consumers look into it.
-typedef struct SaNtfNotifications SaNtfNotificationsT;
+/// A notification that was read. The standard's other types are smaller members of the union.
+typedef struct {
+    SaNtfNotificationTypeT notificationType;
+    union {
+        SaNtfAlarmNotificationT alarmNotification;
+    } notification;
+} SaNtfNotificationsT;
+
+typedef enum {
+    SA_NTF_SEARCH_BEFORE_OR_AT_TIME = 1,
+    SA_NTF_SEARCH_AT_TIME,
+    SA_NTF_SEARCH_AT_OR_AFTER_TIME,
+    SA_NTF_SEARCH_BEFORE_TIME,
+    SA_NTF_SEARCH_AFTER_TIME,
+    SA_NTF_SEARCH_NOTIFICATION_ID,
+    SA_NTF_SEARCH_ONLY_FILTER
+} SaNtfSearchModeT;
+
+typedef enum { SA_NTF_SEARCH_OLDER = 1, SA_NTF_SEARCH_YOUNGER } SaNtfSearchDirectionT;
+
+typedef struct {
+    SaNtfSearchModeT searchMode;
+    SaTimeT eventTime;
+    SaNtfIdentifierT notificationId;
+} SaNtfSearchCriteriaT;
+
+/// What a notification must have to be read: one of the values of each array that is not empty. The
+/// pointers lead to the service's memory.
+typedef struct {
+    SaUint16T numEventTypes;
+    SaNtfEventTypeT* eventTypes;
+    SaUint16T numNotificationObjects;
+    SaNameT* notificationObjects; ///< each matches every name in which it occurs, anywhere
+    SaUint16T numNotifyingObjects;
+    SaNameT* notifyingObjects;
+    SaUint16T numNotificationClassIds;
+    SaNtfClassIdT* notificationClassIds;
+} SaNtfNotificationFilterHeaderT;
+
+typedef struct {
+    SaNtfNotificationFilterHandleT notificationFilterHandle;
+    SaNtfNotificationFilterHeaderT notificationFilterHeader;
+    SaUint16T numProbableCauses;
+    SaUint16T numPerceivedSeverities;
+    SaUint16T numTrends;
+    SaNtfProbableCauseT* probableCauses;
+    SaNtfSeverityT* perceivedSeverities;
+    SaNtfSeverityTrendT* trends;
+} SaNtfAlarmNotificationFilterT;
+
+/// A filter for each type of notification that is to be read; SA_NTF_FILTER_HANDLE_NULL: none is.
+typedef struct {
+    SaNtfNotificationFilterHandleT objectCreateDeleteFilterHandle;
+    SaNtfNotificationFilterHandleT attributeChangeFilterHandle;
+    SaNtfNotificationFilterHandleT stateChangeFilterHandle;
+    SaNtfNotificationFilterHandleT alarmFilterHandle;
+    SaNtfNotificationFilterHandleT securityAlarmFilterHandle;
+} SaNtfNotificationTypeFilterHandlesT;
 
 typedef void (*SaNtfNotificationCallbackT)(SaNtfSubscriptionIdT subscriptionId,
                                            const SaNtfNotificationsT* notification);
@@ -181,7 +249,7 @@ typedef struct {
 SaAisErrorT saNtfInitialize(SaNtfHandleT* ntfHandle, const SaNtfCallbacksT* callbacks,
                             SaVersionT* version);
 
-/// Closes the handle and releases its notifications.
+/// Closes the handle and releases its notifications, filters and readings.
 SaAisErrorT saNtfFinalize(SaNtfHandleT ntfHandle);
 
 /// Fills `notification` with a new handle and pointers to the service's memory, which lives until
@@ -203,6 +271,35 @@ SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT notificationHandle, SaU
 SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT notificationHandle);
 
 SaAisErrorT saNtfNotificationFree(SaNtfNotificationHandleT notificationHandle);
+
+/// Fills `notificationFilter` with a new handle and pointers to zeroed arrays, which live until
+/// saNtfNotificationFilterFree or saNtfFinalize.
+SaAisErrorT saNtfAlarmNotificationFilterAllocate(
+    SaNtfHandleT ntfHandle, SaNtfAlarmNotificationFilterT* notificationFilter,
+    SaUint16T numEventTypes, SaUint16T numNotificationObjects, SaUint16T numNotifyingObjects,
+    SaUint16T numNotificationClassIds, SaUint16T numProbableCauses,
+    SaUint16T numPerceivedSeverities, SaUint16T numTrends);
+
+SaAisErrorT saNtfNotificationFilterFree(SaNtfNotificationFilterHandleT notificationFilterHandle);
+
+/// Begins a reading of the notifications that the service has at this moment. The filters are taken
+/// as they are now and may be freed.
+SaAisErrorT saNtfNotificationReadInitialize(
+    SaNtfSearchCriteriaT searchCriteria,
+    const SaNtfNotificationTypeFilterHandlesT* notificationFilterHandles,
+    SaNtfReadHandleT* readHandle);
+
+/// Fills `notification` with the next one, the caller's own until saNtfNotificationFree of its
+/// handle. SA_AIS_ERR_NOT_EXIST behind the last one.
+SaAisErrorT saNtfNotificationReadNext(SaNtfReadHandleT readHandle,
+                                      SaNtfSearchDirectionT searchDirection,
+                                      SaNtfNotificationsT* notification);
+
+SaAisErrorT saNtfNotificationReadFinalize(SaNtfReadHandleT readHandle);
+
+/// The block of a value of a notification: `value` must point into the notification itself.
+SaAisErrorT saNtfPtrValGet(SaNtfNotificationHandleT notificationHandle, const SaNtfValueT* value,
+                           void** dataPtr, SaUint16T* dataSize);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus
