@@ -1,14 +1,14 @@
+#include <cerrno>
 #include <filesystem>
-#include <map>
 #include <system_error>
+#include <utility>
 
-#include <Velk.h>
 #include <tinyxml.h>
 
 #include "Output.h"
+#include "common/RegularFile.h"
+#include "common/XmlDocument.h"
 #include "mappings/XmlChecks.h"
-#include "platform/loadmodules/Manifest.h"
-#include "xmlconf/MappingFileFormat.h"
 
 namespace dolqctl {
 
@@ -16,50 +16,70 @@ namespace {
 
 constexpr char kTag[] = "alarm_mapping";
 
-class Checker final : public platform::loadmodules::ManifestObserverI {
+/// Far beyond the manifest of any node: the embedded handler refuses a larger one.
+constexpr std::size_t kMaxManifestSize = std::size_t{16} * 1024 * 1024;
+
+class Checker {
 public:
-    Checker(XmlText& text, Findings& findings)
-        : m_folder(std::filesystem::path(findings.file()).parent_path()), m_text(text),
-          m_findings(findings) {}
+    explicit Checker(Findings& findings)
+        : m_folder(std::filesystem::path(findings.file()).parent_path()), m_findings(findings) {}
 
-    bool wantsPlaces() const override { return true; }
-
-    void onNotLoaded(const TiXmlDocument& document) override {
-        m_text.addNotLoaded(document, "it is no manifest to the embedded load-module handler");
-    }
-
-    void onOtherElement(const TiXmlElement& element, const char* expected) override {
-        m_findings.add(Severity::Error, "not-loaded", element,
-                       "the whole manifest is refused: " + inShortQuotes(element.Value()) +
-                           " in place of '" + expected + "'");
-    }
-
-    void onMissingAttribute(const TiXmlElement& element, const char* name) override {
-        const TiXmlAttribute* const written = findAttribute(element, name);
-        m_findings.add(Severity::Error, "not-loaded", element,
-                       std::string("the whole manifest is refused: ") +
-                           (written != nullptr ? "an empty '" : "no '") + name + "'");
-    }
-
-    void onElement(const TiXmlElement& element) override {
-        static const std::map<std::string, std::vector<const char*>> kAttributes = {
-            {kManifestRoot, {}},
-            {"loadModule", {"name", "productNumber", "revision"}},
-            {"file", {"tag", "path"}}};
-        addUnreadText(element, m_findings);
-        addUnknownAttributes(element, kAttributes.at(element.ValueStr()), m_findings);
-        for (const char* const name : kAttributes.at(element.ValueStr())) {
-            if (const TiXmlAttribute* const attribute = findAttribute(element, name)) {
-                checkValue(*attribute);
-            }
+    void checkRoot(const TiXmlElement& root) {
+        if (!isElement(root, kManifestRoot, {})) {
+            return;
         }
-        if (element.ValueStr() == "file" && element.FirstChildElement() != nullptr) {
-            m_findings.add(Severity::Error, "unknown-element", *element.FirstChildElement(),
-                           "nothing inside a 'file' is read");
+        if (root.FirstChildElement() == nullptr) {
+            m_findings.add({{m_findings.file()},
+                            Severity::Warning,
+                            "no-load-module",
+                            "the manifest names no load module"});
+        }
+        for (const TiXmlElement* module = root.FirstChildElement(); module != nullptr;
+             module = module->NextSiblingElement()) {
+            if (isElement(*module, "loadModule", {"productNumber", "revision", "name"})) {
+                for (const TiXmlElement* file = module->FirstChildElement(); file != nullptr;
+                     file = file->NextSiblingElement()) {
+                    checkFile(*file);
+                }
+            }
         }
     }
 
 private:
+    void checkFile(const TiXmlElement& file) {
+        if (isElement(file, "file", {"tag", "path"}) && file.FirstChildElement() != nullptr) {
+            m_findings.add(Severity::Error, "unknown-element", *file.FirstChildElement(),
+                           "nothing inside a 'file' is read");
+        }
+    }
+
+    /// Also looks at its attributes, of which only the name of a load module may be missing, and at
+    /// the texts between its children.
+    bool isElement(const TiXmlElement& element, const char* expected,
+                   const std::vector<const char*>& attributes) {
+        if (element.ValueStr() != expected) {
+            refuse(element, inShortQuotes(element.Value()) + " in place of '" + expected + "'");
+            return false;
+        }
+        addUnreadText(element, m_findings);
+        addUnknownAttributes(element, attributes, m_findings);
+        for (const std::string name : attributes) {
+            const TiXmlAttribute* const attribute = findAttribute(element, name.c_str());
+            const bool mayBeEmpty = name != "tag" && name != "path";
+            if (attribute != nullptr && (mayBeEmpty || !attribute->ValueStr().empty())) {
+                checkValue(*attribute);
+            } else if (name != "name") {
+                refuse(element, (attribute != nullptr ? "an empty '" : "no '") + name + "'");
+            }
+        }
+        return true;
+    }
+
+    void refuse(const TiXmlElement& element, const std::string& reason) {
+        m_findings.add(Severity::Error, "not-loaded", element,
+                       "the whole manifest is refused: " + reason);
+    }
+
     void checkValue(const TiXmlAttribute& attribute) {
         const std::string name = attribute.Name();
         const std::string value = attribute.Value();
@@ -88,26 +108,27 @@ private:
     }
 
     const std::filesystem::path m_folder;
-    XmlText& m_text;
     Findings& m_findings;
 };
 
 } // namespace
 
 void checkManifest(const std::string& path, XmlText& text, Findings& findings) {
-    Checker checker(text, findings);
-    std::vector<platform::loadmodules::LoadModule> modules;
-    const int result = platform::loadmodules::readManifest(path, modules, checker);
-    text.addErrors();
-    if (result != VELK_OK ? !findings.hasError() : !text.wasRead()) {
-        text.addNotLoaded({}, "error " + std::to_string(result) +
-                                  " of the embedded load-module handler");
-    } else if (result == VELK_OK && modules.empty()) {
-        findings.add({{findings.file()},
-                      Severity::Warning,
-                      "no-load-module",
-                      "the manifest names no load module"});
+    std::string content;
+    common::XmlDocument document;
+    document.SetTabSize(1); // so that elements have places
+    const int error = common::readRegularFile(path, kMaxManifestSize, content);
+    const bool hasNul = content.find('\0') != content.npos;
+    const TiXmlElement* const root =
+        error == 0 && document.load(std::move(content)) ? document.FirstChildElement() : nullptr;
+    if (root == nullptr || hasNul || !document.isLoadedWhole() ||
+        root->NextSiblingElement() != nullptr) {
+        text.addNotLoaded(document, error == EFBIG ? "it is larger than 16 MiB"
+                                                   : "it is no manifest to the embedded handler");
+        return;
     }
+    Checker(findings).checkRoot(*root);
+    text.addErrors();
 }
 
 std::vector<Finding> findManifestMistakes(const std::string& path) {
