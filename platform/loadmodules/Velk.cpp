@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <string>
@@ -8,6 +10,7 @@
 #include <Velk.h>
 
 #include "common/Environment.h"
+#include "common/LoadModuleNames.h"
 #include "platform/loadmodules/Manifest.h"
 
 // Clients read these records by offset.
@@ -25,15 +28,17 @@ namespace platform::loadmodules {
 namespace {
 
 constexpr char kDirectoryVariable[] = "VELK_MANIFEST_DIR";
-constexpr char kDefaultDirectory[] = "/etc/ruxa/loadmodules";
 
 bool isCategory(std::string_view name) {
-    return name == "central" || name == "local" || name == "dynamic";
+    return std::find(std::begin(common::kLoadModuleCategories),
+                     std::end(common::kLoadModuleCategories),
+                     name) != std::end(common::kLoadModuleCategories);
 }
 
 std::string manifestPath(const char* category) {
     const std::string directory = common::trustedEnvironment(kDirectoryVariable);
-    return (directory.empty() ? kDefaultDirectory : directory) + "/" + category + ".xml";
+    return (directory.empty() ? common::kDefaultManifestDirectory : directory) + "/" + category +
+           ".xml";
 }
 
 /// All that one query gives out.

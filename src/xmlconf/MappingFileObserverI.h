@@ -8,8 +8,8 @@ class TiXmlElement;
 
 namespace dolq::xmlconf {
 
-/// Hears what the reader makes of one alarm mapping file, in document order. The document lasts
-/// until the reader returns.
+/// Is told what one alarm mapping file holds, in document order. The document lasts until the
+/// reader returns.
 class MappingFileObserverI {
 public:
     virtual ~MappingFileObserverI() = default;
@@ -17,20 +17,23 @@ public:
     /// Whether elements and errors get a row and a column, which costs a fifth of the reading.
     virtual bool wantsPlaces() const { return true; }
 
-    /// Nothing is read: the parser's error is in `document`, or it has none because the file cannot
+    /// The file does not load: `document` has the parser's error, or none because the file cannot
     /// be read or is beyond the limits.
     virtual void onNotLoaded(const TiXmlDocument& /*document*/) {}
-    /// Nothing is read: the document has no element.
+    /// The document has no element.
     virtual void onNoRoot() {}
-    /// The mapping elements among the children of `root` follow.
+    /// The root element. Its children named "mapping" follow.
     virtual void onRoot(const TiXmlElement& /*root*/) {}
 
-    /// A mapping element without both ids.
+    /// A mapping element without both ids, which maps nothing.
     virtual void onSkipped(const TiXmlElement& /*element*/) {}
     /// A mapping element without a class list.
     virtual void onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
                                        std::uint32_t minorType) = 0;
-    /// One class of a mapping element's list; an element whose list is empty is not heard of.
+    /// A mapping element's class list as it is written. Its classes follow; a list may have none.
+    virtual void onClassList(const TiXmlElement& /*element*/, std::uint32_t /*faultId*/,
+                             std::uint32_t /*minorType*/, const char* /*classes*/) {}
+    /// One class of the list.
     virtual void onMapping(const TiXmlElement& element, std::uint32_t faultId,
                            std::uint32_t minorType, const std::string& moClass) = 0;
 };

@@ -7,8 +7,6 @@
 #include "mapping/MappingTable.h"
 #include "ruxa/fm/dolq/v1/ConfigurationI.h"
 #include "trace/TraceObject.h"
-#include "xmlconf/LoadModuleObserverI.h"
-#include "xmlconf/MappingFileObserverI.h"
 
 namespace dolq::xmlconf {
 
@@ -33,27 +31,20 @@ public:
     bool readMappingFile(const std::string& fileName,
                          ruxa::fm::dolq::v1::ConfigurationI* configuration);
     bool readMappingFile(const std::string& fileName, MappingTable& mapping);
-    bool readMappingFile(const std::string& fileName, MappingFileObserverI& observer);
 
     /// The environment's `ZBN_NO` and `ZBN_REV`; empty when unset.
     std::string getProductNumber() const;
     std::string getRevision() const;
 
-    /// The paths of a load module's mapping files, in reading order.
-    std::vector<std::string> findAllMappingFiles(const std::string& productNumber,
-                                                 const std::string& revision,
-                                                 LoadModuleObserverI& observer);
-
-private:
+    /// The paths of a load module's mapping files, in reading order: of one category, and of all.
     std::vector<std::string> findMappingFiles(const std::string& category,
                                               const std::string& productNumber,
-                                              const std::string& revision,
-                                              LoadModuleObserverI& observer);
+                                              const std::string& revision);
+    std::vector<std::string> findAllMappingFiles(const std::string& productNumber,
+                                                 const std::string& revision);
 
+private:
     void configureFrom(const std::function<void(const std::string&)>& readFile);
-
-    void readMapping(const std::string& fileName, const TiXmlElement& element,
-                     MappingFileObserverI& observer);
 
     TraceObject m_traceObject{"ruxaDolqXmlLU"};
 };

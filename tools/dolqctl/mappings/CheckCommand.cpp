@@ -82,7 +82,6 @@ void print(const Finding& finding) {
 
 int runCheck(const CheckArguments& arguments) {
     refuseWrongRules(arguments.allowed);
-    silenceTraces();
     std::vector<std::string> paths = eachOnce(arguments.files);
     bool isComplete = true;
     if (arguments.discovered) {

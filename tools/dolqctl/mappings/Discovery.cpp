@@ -1,6 +1,5 @@
 #include "mappings/Discovery.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <system_error>
@@ -10,8 +9,8 @@
 #include "Output.h"
 #include "SharedObject.h"
 #include "common/Environment.h"
+#include "common/LoadModuleNames.h"
 #include "mappings/XmlChecks.h"
-#include "xmlconf/dolqXmlConfigurator.h"
 
 namespace dolqctl {
 
@@ -21,30 +20,39 @@ namespace fs = std::filesystem;
 
 std::string orEmpty(const char* text) { return text != nullptr ? text : ""; }
 
-class Recorder final : public dolq::xmlconf::LoadModuleObserverI {
-public:
-    explicit Recorder(Discovery& discovery) : m_discovery(discovery) {}
-
-    void onFailedCategory(const std::string& category, int errorCode) override {
-        m_discovery.problems.push_back("the load-module handler answers error " +
-                                       std::to_string(errorCode) + " for the category '" +
-                                       category + "'");
+/// Adds the load modules of one category, and the mapping files of the one looked for.
+void addCategory(const std::string& category, Discovery& discovery) {
+    std::string writableCategory = category;
+    Velk_lm_list list{};
+    const int result = Velk_get_lms(nullptr, writableCategory.data(), &list);
+    if (result != 0) {
+        discovery.problems.push_back("the load-module handler answers error " +
+                                     std::to_string(result) + " for the category '" + category +
+                                     "'");
+        return;
     }
-    void onLoadModule(const std::string& /*category*/, const Velk_lm& loadModule,
-                      bool matches) override {
-        m_discovery.isFound = m_discovery.isFound || matches;
-        m_discovery.loadModules.push_back(
-            {orEmpty(loadModule.productNumber), orEmpty(loadModule.revision)});
+    for (std::size_t i = 0; i < list.count; ++i) {
+        const Velk_lm& module = list.lms[i];
+        const Identity& found = discovery.loadModules.emplace_back(
+            Identity{orEmpty(module.productNumber), orEmpty(module.revision)});
+        if (found.productNumber != discovery.identity.productNumber ||
+            found.revision != discovery.identity.revision) {
+            continue;
+        }
+        discovery.isFound = true;
+        for (std::size_t k = 0; k < module.fileCount; ++k) {
+            if (orEmpty(module.files[k].tag) == common::kMappingFileTag) {
+                discovery.mappingFiles.push_back(orEmpty(module.files[k].path));
+            }
+        }
     }
-
-private:
-    Discovery& m_discovery;
-};
+    Velk_free_buffers(&list);
+}
 
 /// Of the folder that the embedded handler reads, in which a missing file is an empty category.
 void checkManifests(Discovery& discovery) {
     const std::string chosen = common::trustedEnvironment("VELK_MANIFEST_DIR");
-    const fs::path folder = chosen.empty() ? "/etc/ruxa/loadmodules" : chosen;
+    const fs::path folder = chosen.empty() ? common::kDefaultManifestDirectory : chosen;
     const std::string where = "manifests are central.xml, local.xml and dynamic.xml in " +
                               inQuotes(folder.string()) +
                               (chosen.empty() ? " (VELK_MANIFEST_DIR is not set)" : "");
@@ -85,17 +93,13 @@ std::string quoted(const Identity& identity) {
     return inQuotes(identity.productNumber) + ' ' + inQuotes(identity.revision);
 }
 
-void silenceTraces() { setenv("RUXA_TRACE_GROUPS", "none", 0); }
-
 Discovery discover(const Identity& identity) {
-    silenceTraces();
     Discovery discovery;
     discovery.identity = identity;
-    Recorder recorder(discovery);
-    discovery.mappingFiles = dolq::xmlconf::MappingXmlConfigurator().findAllMappingFiles(
-        identity.productNumber, identity.revision, recorder);
-    if (SharedObject(kLoadModuleLibrary)
-            .contains("VELK_MANIFEST_DIR")) { // no other handler knows it
+    for (const char* const category : common::kLoadModuleCategories) {
+        addCategory(category, discovery);
+    }
+    if (SharedObject(kLoadModuleLibrary).contains("VELK_MANIFEST_DIR")) { // no other handler knows it
         checkManifests(discovery);
     }
     return discovery;

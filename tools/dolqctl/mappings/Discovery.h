@@ -10,7 +10,7 @@ namespace dolqctl {
 /// The load module in quotes, for white space counts.
 std::string quoted(const Identity& identity);
 
-/// The library's walk over the node's load modules, written down.
+/// The node's load modules as the load-module handler gives them, in the library's order.
 struct Discovery {
     Identity identity;                     ///< of the load module looked for
     bool isFound = false;                  ///< there is one
@@ -25,12 +25,6 @@ struct Discovery {
     std::string whyNoMappingFile() const;
 };
 
-/// From here on the embedded trace backend is silent, unless RUXA_TRACE_GROUPS is set: the commands
-/// report themselves what the library's reader traces. Before the first trace, for the backend
-/// reads its environment once.
-void silenceTraces();
-
-/// Silences traces, too.
 Discovery discover(const Identity& identity);
 
 } // namespace dolqctl

@@ -6,6 +6,7 @@
 #include <tinyxml.h>
 
 #include "Output.h"
+#include "common/LoadModuleNames.h"
 #include "common/RegularFile.h"
 #include "common/XmlDocument.h"
 #include "mappings/XmlChecks.h"
@@ -14,7 +15,7 @@ namespace dolqctl {
 
 namespace {
 
-constexpr char kTag[] = "alarm_mapping";
+using common::kMappingFileTag;
 
 /// Far beyond the manifest of any node: the embedded handler refuses a larger one.
 constexpr std::size_t kMaxManifestSize = std::size_t{16} * 1024 * 1024;
@@ -93,11 +94,13 @@ private:
             m_findings.add(Severity::Warning, "missing-file", attribute,
                            written(attribute) + " is no regular file, or the manifest itself; a "
                                                 "relative path counts from its folder");
-        } else if (name == "tag" && value != kTag &&
-                   (isMisspelt(plain, kTag) || folded(value).find("map") != value.npos)) {
-            m_findings.add(isMisspelt(plain, kTag) ? Severity::Error : Severity::Warning,
+        } else if (name == "tag" && value != kMappingFileTag &&
+                   (isMisspelt(plain, kMappingFileTag) ||
+                    folded(value).find("map") != value.npos)) {
+            m_findings.add(isMisspelt(plain, kMappingFileTag) ? Severity::Error : Severity::Warning,
                            "misspelt-tag", attribute,
-                           written(attribute) + " is not '" + kTag + "': the file is not read");
+                           written(attribute) + " is not '" + kMappingFileTag +
+                               "': the file is not read");
         } else if (isNumber && (plain != value || value.empty())) {
             m_findings.add(Severity::Warning, "odd-number", attribute,
                            written(attribute) + (value.empty()

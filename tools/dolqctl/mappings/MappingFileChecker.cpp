@@ -13,7 +13,7 @@
 #include "Output.h"
 #include "adapter/MinorType.h"
 #include "xmlconf/MappingFileFormat.h"
-#include "xmlconf/dolqXmlConfigurator.h"
+#include "xmlconf/MappingFileReader.h"
 
 namespace dolqctl {
 
@@ -93,7 +93,7 @@ void MappingFileChecker::read(const std::string& path, const std::string& name, 
     XmlText& text = m_text.emplace(path, m_findings);
     if (orManifest && text.isManifest()) {
         checkManifest(path, text, m_findings);
-    } else if (dolq::xmlconf::MappingXmlConfigurator().readMappingFile(path, *this)) {
+    } else if (dolq::xmlconf::readMappingFile(path, *this)) {
         text.addErrors();
         if (m_mapsNothing) {
             m_findings.add({{name},

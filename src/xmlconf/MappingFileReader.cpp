@@ -1,0 +1,87 @@
+#include "xmlconf/MappingFileReader.h"
+
+#include <new>
+#include <utility>
+
+#include "common/RegularFile.h"
+#include "common/XmlDocument.h"
+#include "xmlconf/MappingFileFormat.h"
+
+namespace dolq::xmlconf {
+
+namespace {
+
+/// Memory that one file is too big for is not the others' loss: such a file does not load.
+bool load(common::XmlDocument& document, const std::string& fileName) {
+    std::string text;
+    try {
+        if (common::readRegularFile(fileName, text.max_size(), text) != 0) {
+            return false;
+        }
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    return document.load(std::move(text));
+}
+
+/// Calls `onClass` for each class of a comma-separated list, blanks removed: "A, ,B" holds "A", ""
+/// and "B"; nothing follows a final comma; a list of blanks alone holds none.
+template <typename OnClass> void forEachClass(const char* classes, OnClass onClass) {
+    std::string moClass;
+    for (; *classes != '\0'; ++classes) {
+        if (*classes == ',') {
+            onClass(moClass);
+            moClass.clear();
+        } else if (*classes != ' ') {
+            moClass += *classes;
+        }
+    }
+    if (!moClass.empty()) {
+        onClass(moClass);
+    }
+}
+
+void readMapping(const TiXmlElement& element, MappingFileObserverI& observer) {
+    int faultId = 0;
+    int minorType = 0;
+    if (element.QueryIntAttribute(kFaultId, &faultId) != TIXML_SUCCESS ||
+        element.QueryIntAttribute(kMinorType, &minorType) != TIXML_SUCCESS) {
+        observer.onSkipped(element);
+        return;
+    }
+    const auto storedFaultId = static_cast<std::uint32_t>(faultId);
+    const auto storedMinorType = static_cast<std::uint32_t>(minorType);
+    const char* const classes = element.Attribute(kMoClass);
+    if (classes == nullptr) {
+        observer.onMappingWithoutClass(element, storedFaultId, storedMinorType);
+        return;
+    }
+    observer.onClassList(element, storedFaultId, storedMinorType, classes);
+    forEachClass(classes, [&](const std::string& moClass) {
+        observer.onMapping(element, storedFaultId, storedMinorType, moClass);
+    });
+}
+
+} // namespace
+
+bool readMappingFile(const std::string& fileName, MappingFileObserverI& observer) {
+    common::XmlDocument document(fileName);
+    document.SetTabSize(observer.wantsPlaces() ? 1 : 0);
+    if (!load(document, fileName)) {
+        observer.onNotLoaded(document);
+        return false;
+    }
+    const TiXmlElement* const root = document.FirstChildElement();
+    if (root == nullptr) {
+        observer.onNoRoot();
+        return false;
+    }
+    observer.onRoot(*root);
+    for (const TiXmlElement* element = root->FirstChildElement(kMapping); element != nullptr;
+         element = element->NextSiblingElement(kMapping)) {
+        readMapping(*element, observer);
+    }
+    return true;
+}
+
+} // namespace dolq::xmlconf
