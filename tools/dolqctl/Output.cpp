@@ -120,7 +120,7 @@ void printTable(std::vector<std::vector<std::string>> rows) {
 }
 
 void printJson(const nlohmann::ordered_json& json) {
-    printLine(json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    printLine(json.dump(2, ' ', true, nlohmann::ordered_json::error_handler_t::replace));
 }
 
 std::string wrapped(const std::string& text, std::size_t width, const std::string& indent) {

@@ -18,7 +18,7 @@ void printWrapped(const std::string& text, const std::string& indent = {});
 /// for nothing. Where a terminal has no room, the beginnings of the last column's texts are left
 /// out.
 void printTable(std::vector<std::vector<std::string>> rows);
-/// Indented. Bytes that are not UTF-8 become U+FFFD.
+/// Indented, in ASCII: other characters are escaped. Bytes that are not UTF-8 become U+FFFD.
 void printJson(const nlohmann::ordered_json& json);
 
 /// "dolqctl: <text>" on standard error, behind what was printed before, wrapped for a terminal.
