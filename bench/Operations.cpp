@@ -1,97 +1,106 @@
 #include "Operations.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <iterator>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 
 #include <ruxa/zum2/v1/CorrelationApi.h>
 
-#include "DirectClient.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 
 namespace bench {
 
 namespace {
 
-constexpr std::uint32_t kTableSize = 50;
-constexpr std::uint32_t kFaultId = kTableSize;
+constexpr std::uint32_t kFaultId = 1'000'000;
 constexpr std::uint32_t kMinorType = 0x8C0001;
-constexpr std::uint32_t kEventIds[] = {4711, 4712};
 constexpr std::uint32_t kSeverity = ruxa::fm::fmi::v1::PerceivedSeverityMajor;
 constexpr std::uint32_t kGroup = ruxa::fm::fmi::v1::ProgramGroupLrat;
 
-#define SYSTEM "0b5f7c52-6e0c-4b8e-9a43-2f1d8c7e6a90"
-#define COMPUTE "compute-1"
-#define UUID_1 "7d1e9a04-53c2-5f0b-8c6e-1b2f4a9d3e77"
-#define UUID_2 "c26b8f11-0d47-5a3c-9e85-6f7a2d4b1c08"
-#define IDENTITY "CI={\"C\": [{\"I\": \"" SYSTEM "\",\"n\": \"" COMPUTE "\"}],"
+#define IDENTITY R"(CI={"C": [{"I": "0b5f7c52-6e0c-4b8e-9a43-2f1d8c7e6a90","n": "compute-1"}],)"
 
 // What the client gives the library.
 const std::string kObject = "managedElement=1,equipment=1,board=3";
 const std::string kFaultName = "BoardOverheated";
 const std::string kText = "The board's temperature is above its limit";
 const std::vector<std::string> kInfo = {"temperature=91, limit=85", "sensor=U17, fan=2 of 3"};
-const std::string kSystem = SYSTEM;
-const std::string kCompute = COMPUTE;
-const std::string kUuid = UUID_1;
-const std::vector<std::string> kUuids = {UUID_1, UUID_2};
-const std::vector<std::uint32_t> kEvents(std::begin(kEventIds), std::end(kEventIds));
-const std::vector<std::uint32_t> kNoEvents;
+const std::string kSystem = "0b5f7c52-6e0c-4b8e-9a43-2f1d8c7e6a90";
+const std::string kCompute = "compute-1";
+const std::vector<std::string> kUuids = {"7d1e9a04-53c2-5f0b-8c6e-1b2f4a9d3e77",
+                                         "c26b8f11-0d47-5a3c-9e85-6f7a2d4b1c08"};
+const std::vector<std::uint32_t> kEvents = {4711, 4712};
 
-// The combined raises take the identity from the environment, set before any thread reads it.
-[[maybe_unused]] const int kIdentitySet =
-    setenv("SYSTEM_UUID", SYSTEM, 1) | setenv("COMPUTE_NAME", COMPUTE, 1);
+void copyName(SaNameT& name, const std::string& text) {
+    name.length = static_cast<SaUint16T>(text.size());
+    std::memcpy(name.value, text.data(), text.size());
+    std::memset(name.value + text.size(), 0, sizeof name.value - text.size());
+}
 
-// What the direct client has at hand.
-constexpr char kPrimaryInfo[] = IDENTITY "\"P\": \"" UUID_1 "\"}";
-constexpr char kSecondaryInfo[] = IDENTITY "\"S\": [\"" UUID_1 "\",\"" UUID_2 "\"]}";
-constexpr char kGroupName[] = "lratPgGrp";
+SaAisErrorT fillValue(SaNtfNotificationHandleT handle, const char* text, SaNtfValueT& value) {
+    const auto size = static_cast<SaUint16T>(std::strlen(text) + 1);
+    void* block = nullptr;
+    const SaAisErrorT result = saNtfPtrValAllocate(handle, size, &block, &value);
+    if (result == SA_AIS_OK) {
+        std::memcpy(block, text, size);
+    }
+    return result;
+}
+
+SaAisErrorT fill(SaNtfAlarmNotificationT& notification, SaNtfSeverityT severity, const char* text,
+                 const std::vector<const char*>& info, const char* group) {
+    SaNtfNotificationHeaderT& header = notification.notificationHeader;
+    *notification.perceivedSeverity = severity;
+    *notification.probableCause = SA_NTF_UNSPECIFIED_REASON;
+    *notification.trend = SA_NTF_TREND_NO_CHANGE;
+    notification.thresholdInformation->thresholdId = 255;
+    *header.eventType = SA_NTF_ALARM_NOTIFICATIONS_START;
+    copyName(*header.notificationObject, kObject);
+    copyName(*header.notifyingObject, kObject);
+    *header.notificationClassId = {RUXA_DOLQ_VENDOR_ID, kMinorType >> 16, kMinorType & 0xFFFF};
+    std::strcpy(header.additionalText, text);
+    SaAisErrorT result = SA_AIS_OK;
+    if (group != nullptr) {
+        SaNtfProposedRepairActionT& action = notification.proposedRepairActions[0];
+        action.actionId = 0;
+        action.actionValueType = SA_NTF_VALUE_STRING;
+        result = fillValue(notification.notificationHandle, group, action.actionValue);
+    }
+    for (std::size_t i = 0; i < info.size() && result == SA_AIS_OK; ++i) {
+        header.additionalInfo[i].infoType = SA_NTF_VALUE_STRING;
+        result =
+            fillValue(notification.notificationHandle, info[i], header.additionalInfo[i].infoValue);
+    }
+    return result;
+}
+
+SaAisErrorT send(SaNtfHandleT session, SaNtfSeverityT severity, const char* text,
+                 const std::vector<const char*>& info, const char* group) {
+    SaNtfAlarmNotificationT notification{};
+    SaAisErrorT result = saNtfAlarmNotificationAllocate(
+        session, &notification, 0, static_cast<SaUint16T>(std::strlen(text) + 1),
+        static_cast<SaUint16T>(info.size()), 0, 0, group != nullptr ? 1 : 0,
+        SA_NTF_ALLOC_SYSTEM_LIMIT);
+    if (result != SA_AIS_OK) {
+        return result;
+    }
+    result = fill(notification, severity, text, info, group);
+    if (result == SA_AIS_OK) {
+        result = saNtfNotificationSend(notification.notificationHandle);
+    }
+    const SaAisErrorT freed = saNtfNotificationFree(notification.notificationHandle);
+    return result == SA_AIS_OK ? freed : result;
+}
+
+SaAisErrorT raise(SaNtfHandleT session, const char* correlation, const char* group = nullptr) {
+    return send(session, SA_NTF_SEVERITY_MAJOR, kText.c_str(),
+                {correlation, kInfo[0].c_str(), kInfo[1].c_str()}, group);
+}
 
 /// A client with event ids has to ask the correlation service as well, and to write the text.
 std::string derived(std::uint32_t eventId) {
     std::string uuid;
     ruxa::zum2::v1::getAPI()->getDerivedCorrelationUUID(eventId, uuid);
     return uuid;
-}
-
-SaAisErrorT send(SaNtfHandleT session, const char* correlation, const char* programGroup) {
-    const char* const info[] = {correlation, kInfo[0].c_str(), kInfo[1].c_str()};
-    const DirectAlarm alarm = {kObject.c_str(),
-                               SA_NTF_SEVERITY_MAJOR,
-                               kMinorType >> 16,
-                               kMinorType & 0xFFFF,
-                               kText.c_str(),
-                               info,
-                               static_cast<SaUint16T>(std::size(info)),
-                               programGroup};
-    return sendDirectly(session, &alarm);
-}
-
-SaAisErrorT sendPrimaryOfId(SaNtfHandleT session, const char* programGroup) {
-    char info[256];
-    std::snprintf(info, sizeof info, IDENTITY "\"P\": \"%s\"}", derived(kEventIds[0]).c_str());
-    return send(session, info, programGroup);
-}
-
-SaAisErrorT sendSecondaryOfIds(SaNtfHandleT session, const char* programGroup) {
-    char info[256];
-    std::snprintf(info, sizeof info, IDENTITY "\"S\": [\"%s\",\"%s\"]}",
-                  derived(kEventIds[0]).c_str(), derived(kEventIds[1]).c_str());
-    return send(session, info, programGroup);
-}
-
-SaAisErrorT sendCease(SaNtfHandleT session) {
-    const DirectAlarm alarm = {kObject.c_str(),
-                               SA_NTF_SEVERITY_CLEARED,
-                               kMinorType >> 16,
-                               kMinorType & 0xFFFF,
-                               "",
-                               nullptr,
-                               0,
-                               nullptr};
-    return sendDirectly(session, &alarm);
 }
 
 } // namespace
@@ -101,85 +110,64 @@ const std::vector<Operation>& operations() {
         {"raisePrimaryAlarm/uuid",
          [](FaultManagementI& adapter) {
              adapter.raisePrimaryAlarm(kObject, kFaultId, kFaultName, kText, kInfo, kSeverity,
-                                       kUuid, kSystem, kCompute);
+                                       kUuids[0], kSystem, kCompute);
          },
-         [](SaNtfHandleT session) { return send(session, kPrimaryInfo, nullptr); }},
-        {"raisePrimaryAlarm/uuid/group",
-         [](FaultManagementI& adapter) {
-             adapter.raisePrimaryAlarm(kObject, kFaultId, kFaultName, kText, kInfo, kSeverity,
-                                       kUuid, kSystem, kCompute, kGroup);
-         },
-         [](SaNtfHandleT session) { return send(session, kPrimaryInfo, kGroupName); }},
-        {"raisePrimaryAlarm/id",
-         [](FaultManagementI& adapter) {
-             adapter.raisePrimaryAlarm(kObject, kFaultId, kFaultName, kText, kInfo, kSeverity,
-                                       kEventIds[0], kSystem, kCompute);
-         },
-         [](SaNtfHandleT session) { return sendPrimaryOfId(session, nullptr); }},
+         [](SaNtfHandleT session) {
+             return raise(session, IDENTITY R"("P": "7d1e9a04-53c2-5f0b-8c6e-1b2f4a9d3e77"})");
+         }},
         {"raisePrimaryAlarm/id/group",
          [](FaultManagementI& adapter) {
              adapter.raisePrimaryAlarm(kObject, kFaultId, kFaultName, kText, kInfo, kSeverity,
-                                       kEventIds[0], kSystem, kCompute, kGroup);
+                                       kEvents[0], kSystem, kCompute, kGroup);
          },
-         [](SaNtfHandleT session) { return sendPrimaryOfId(session, kGroupName); }},
+         [](SaNtfHandleT session) {
+             return raise(session, (IDENTITY "\"P\": \"" + derived(kEvents[0]) + "\"}").c_str(),
+                          "lratPgGrp");
+         }},
         {"raiseSecondaryAlarm/uuids",
          [](FaultManagementI& adapter) {
              adapter.raiseSecondaryAlarm(kObject, kFaultId, kFaultName, kText, kInfo, kSeverity,
                                          kSystem, kCompute, kUuids);
          },
-         [](SaNtfHandleT session) { return send(session, kSecondaryInfo, nullptr); }},
-        {"raiseSecondaryAlarm/uuids/group",
+         [](SaNtfHandleT session) {
+             return raise(session, IDENTITY R"("S": ["7d1e9a04-53c2-5f0b-8c6e-1b2f4a9d3e77",)"
+                                            R"("c26b8f11-0d47-5a3c-9e85-6f7a2d4b1c08"]})");
+         }},
+        {"raiseAlarm/secondary", // which takes the identity from the environment
          [](FaultManagementI& adapter) {
-             adapter.raiseSecondaryAlarm(kObject, kFaultId, kFaultName, kText, kInfo, kSeverity,
-                                         kSystem, kCompute, kUuids, kGroup);
+             adapter.raiseAlarm(kObject, kFaultId, kFaultName, kText, kInfo, kSeverity, 0, kEvents);
          },
-         [](SaNtfHandleT session) { return send(session, kSecondaryInfo, kGroupName); }},
-        {"raiseSecondaryAlarm/ids",
-         [](FaultManagementI& adapter) {
-             adapter.raiseSecondaryAlarm(kObject, kFaultId, kFaultName, kText, kInfo, kSeverity,
-                                         kSystem, kCompute, kEvents);
-         },
-         [](SaNtfHandleT session) { return sendSecondaryOfIds(session, nullptr); }},
-        {"raiseSecondaryAlarm/ids/group",
-         [](FaultManagementI& adapter) {
-             adapter.raiseSecondaryAlarm(kObject, kFaultId, kFaultName, kText, kInfo, kSeverity,
-                                         kSystem, kCompute, kEvents, kGroup);
-         },
-         [](SaNtfHandleT session) { return sendSecondaryOfIds(session, kGroupName); }},
-        {"raiseAlarm/primary",
-         [](FaultManagementI& adapter) {
-             adapter.raiseAlarm(kObject, kFaultId, kFaultName, kText, kInfo, kSeverity,
-                                kEventIds[0], kNoEvents);
-         },
-         [](SaNtfHandleT session) { return sendPrimaryOfId(session, nullptr); }},
-        {"raiseAlarm/secondary/group",
-         [](FaultManagementI& adapter) {
-             adapter.raiseAlarm(kObject, kFaultId, kFaultName, kText, kInfo, kSeverity, 0, kEvents,
-                                kGroup);
-         },
-         [](SaNtfHandleT session) { return sendSecondaryOfIds(session, kGroupName); }},
+         [](SaNtfHandleT session) {
+             return raise(session, (IDENTITY "\"S\": [\"" + derived(kEvents[0]) + "\",\"" +
+                                    derived(kEvents[1]) + "\"]}")
+                                       .c_str());
+         }},
         {"ceaseAlarm",
          [](FaultManagementI& adapter) { adapter.ceaseAlarm(kObject, kFaultId, kFaultName); },
-         sendCease},
+         [](SaNtfHandleT session) {
+             return send(session, SA_NTF_SEVERITY_CLEARED, "", {}, nullptr);
+         }},
     };
     return kOperations;
 }
 
-const Operation& primaryAlarm() { return operations().front(); }
-
-std::unique_ptr<FaultManagementI> makeAdapter() {
+std::unique_ptr<FaultManagementI> makeAdapter(std::uint32_t mappings) {
+    setenv("SYSTEM_UUID", kSystem.c_str(), 1);
+    setenv("COMPUTE_NAME", kCompute.c_str(), 1);
     auto* const factory = ruxa::fm::dolq::v1::getFmiFactory();
-    for (std::uint32_t faultId = 1; faultId <= kTableSize; ++faultId) {
-        factory->getConfiguration()->setMapping(faultId, kMinorType, "board");
+    for (std::uint32_t i = 1; i <= mappings; ++i) {
+        factory->getConfiguration()->setMapping(kFaultId - mappings + i, kMinorType, "board");
     }
     return std::unique_ptr<FaultManagementI>(factory->createFaultManagement());
 }
 
-DirectSession::DirectSession() {
+SaNtfHandleT openSession() {
     SaVersionT version = {'A', 1, 1};
-    if (saNtfInitialize(&m_handle, nullptr, &version) != SA_AIS_OK) {
+    SaNtfHandleT handle = 0;
+    if (saNtfInitialize(&handle, nullptr, &version) != SA_AIS_OK) {
         throw std::runtime_error("the NTF service refuses a session");
     }
+    return handle;
 }
 
 } // namespace bench
