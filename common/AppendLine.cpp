@@ -8,8 +8,8 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
-#include "common/CancellationHeld.h"
 #include "common/Descriptor.h"
+#include "common/Undisturbed.h"
 
 namespace common {
 
@@ -44,7 +44,7 @@ bool endsWithinALine(int file, off_t size) {
 } // namespace
 
 int appendLine(const fs::path& path, std::string line) {
-    const CancellationHeld held;
+    const Undisturbed undisturbed;
     const fs::path folder = path.has_parent_path() ? path.parent_path() : ".";
     createFolder(folder);
     // O_NONBLOCK: nothing waits for the other end of a FIFO.
@@ -79,6 +79,7 @@ std::string appendFailure(int error) {
     case ELOOP:
         return "it is a symbolic link in a folder that others can write to, or a circle of links";
     case ENOSPC:
+    case EFBIG:
         return "no room is left on the disk, in the quota or within the file size limit";
     default:
         return std::generic_category().message(error);

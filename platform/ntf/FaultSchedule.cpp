@@ -1,7 +1,6 @@
 #include "platform/ntf/FaultSchedule.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <iterator>
 #include <mutex>
 #include <optional>
@@ -11,6 +10,7 @@
 #include "common/AisNames.h"
 #include "common/Environment.h"
 #include "common/Escape.h"
+#include "platform/ntf/ReportOnce.h"
 #include "platform/ntf/ServiceMutex.h"
 
 namespace platform::ntf {
@@ -112,6 +112,11 @@ SaAisErrorT FaultSchedule::answerTo(ServiceCall call) {
             if (fault.delay.count() != 0) {
                 std::this_thread::sleep_for(fault.delay);
             }
+            if (fault.result != SA_AIS_OK) {
+                reportOnce("ruxa-ntf: " + std::string(kVariable) + " refuses " +
+                           kCallNames[static_cast<std::size_t>(call)] + " with " +
+                           common::aisText(fault.result) + '\n');
+            }
             return fault.result;
         }
     }
@@ -138,12 +143,13 @@ FaultSchedule* scheduledFaults() {
     try {
         schedule = *text == '\0' ? nullptr : new FaultSchedule(text);
     } catch (const std::invalid_argument& wrong) {
-        mistake = common::escapedText(wrong.what());
+        mistake = std::string(kVariable) + ": " + common::escapedText(wrong.what()) +
+                  "; no faults are made\n";
     }
     isRead = true;
     lock.unlock();
     if (!mistake.empty()) {
-        std::fprintf(stderr, "%s: %s; no faults are made\n", kVariable, mistake.c_str());
+        reportOnce(mistake);
     }
     return schedule;
 }

@@ -8,17 +8,15 @@
 
 namespace platform::ntf {
 
-SaNtfHandleT HandleTable::open(std::shared_ptr<NotificationLog> log) {
+SaNtfHandleT HandleTable::open(LogPath log) {
     const std::lock_guard<std::mutex> lock(serviceMutex);
     m_logs.emplace(m_lastHandle + 1, std::move(log));
     return ++m_lastHandle;
 }
 
 bool HandleTable::close(SaNtfHandleT handle) {
-    decltype(m_logs)::node_type log; // closes its file after the lock's end
     const std::lock_guard<std::mutex> lock(serviceMutex);
-    log = m_logs.extract(handle);
-    if (log.empty()) {
+    if (m_logs.erase(handle) == 0) {
         return false;
     }
     for (auto entry = m_notifications.begin(); entry != m_notifications.end();) {

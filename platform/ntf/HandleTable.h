@@ -1,12 +1,12 @@
 #pragma once
 
+#include <filesystem>
 #include <map>
 #include <memory>
 
 #include <saNtf.h>
 
 #include "platform/ntf/AlarmNotification.h"
-#include "platform/ntf/NotificationLog.h"
 
 namespace platform::ntf {
 
@@ -15,14 +15,17 @@ namespace platform::ntf {
 /// Thread safe; what a call found stays alive until that call lets go of it.
 class HandleTable {
 public:
+    /// Of a session.
+    using LogPath = std::shared_ptr<const std::filesystem::path>;
+
     /// What a notification handle leads to; both empty when it is unknown.
     struct Entry {
         SaNtfHandleT owner = 0;
-        std::shared_ptr<NotificationLog> log;
+        LogPath log;
         std::shared_ptr<AlarmNotification> notification;
     };
 
-    SaNtfHandleT open(std::shared_ptr<NotificationLog> log);
+    SaNtfHandleT open(LogPath log);
 
     /// Closes the handle and releases its notifications. False when it is unknown.
     bool close(SaNtfHandleT handle);
@@ -40,7 +43,7 @@ private:
     // All guarded by the service's mutex. Maps, which need no memory when they are empty: the table
     // is never destroyed, but the library may be unloaded.
     SaUint64T m_lastHandle = 0;
-    std::map<SaNtfHandleT, std::shared_ptr<NotificationLog>> m_logs;
+    std::map<SaNtfHandleT, LogPath> m_logs;
     std::map<SaNtfNotificationHandleT, Entry> m_notifications;
 };
 

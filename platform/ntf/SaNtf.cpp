@@ -1,21 +1,23 @@
 // The calls of the NTF client interface: check the arguments, find the handle, pass on.
 
-#include <atomic>
 #include <cerrno>
 #include <cstddef>
-#include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <limits>
 #include <memory>
 #include <new>
+#include <string>
 #include <utility>
 
 #include <saNtf.h>
 
+#include "common/AppendLine.h"
+#include "common/Escape.h"
 #include "platform/ntf/AlarmNotification.h"
 #include "platform/ntf/FaultSchedule.h"
 #include "platform/ntf/HandleTable.h"
-#include "platform/ntf/NotificationLog.h"
+#include "platform/ntf/ReportOnce.h"
 #include "platform/ntf/log/AlarmRecord.h"
 #include "platform/ntf/log/LogPath.h"
 
@@ -46,28 +48,16 @@ template <typename Call> SaAisErrorT enter(ServiceCall name, Call call) {
     }
 }
 
-void tellThatThereIsNoLog() {
-    static std::atomic_flag told = ATOMIC_FLAG_INIT;
-    if (!told.test_and_set()) {
-        std::fputs("ruxa-ntf: no alarm can be sent: set RUXA_NTF_LOG to the path of a notification "
-                   "log (XDG_STATE_HOME and HOME do not say where one could be)\n",
-                   stderr);
-    }
-}
-
-SaAisErrorT resultOfAppend(int error) {
-    switch (error) {
-    case 0:
+/// Appends the line, or says why it cannot.
+SaAisErrorT append(const std::filesystem::path& log, std::string line) {
+    const int error = common::appendLine(log, std::move(line));
+    if (error == 0) {
         return SA_AIS_OK;
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-        return SA_AIS_ERR_NO_RESOURCES;
-    case ENOMEM:
-        return SA_AIS_ERR_NO_MEMORY;
-    default:
-        return SA_AIS_ERR_LIBRARY;
     }
+    reportOnce("ruxa-ntf: no alarm can be written to '" + common::escapedText(log.string()) +
+               "': " + common::appendFailure(error) + '\n');
+    const bool isFull = error == ENOSPC || error == EDQUOT || error == EFBIG;
+    return isFull ? SA_AIS_ERR_NO_RESOURCES : SA_AIS_ERR_LIBRARY;
 }
 
 } // namespace
@@ -86,10 +76,12 @@ SaAisErrorT saNtfInitialize(SaNtfHandleT* ntfHandle, const SaNtfCallbacksT* /*ca
         }
         std::filesystem::path path = notificationLogPath();
         if (path.empty()) {
-            tellThatThereIsNoLog();
+            reportOnce("ruxa-ntf: no alarm can be sent: set RUXA_NTF_LOG to the path of a "
+                       "notification log (XDG_STATE_HOME and HOME do not say where one could "
+                       "be)\n");
             return SA_AIS_ERR_LIBRARY;
         }
-        *ntfHandle = handles.open(std::make_shared<NotificationLog>(std::move(path)));
+        *ntfHandle = handles.open(std::make_shared<const std::filesystem::path>(std::move(path)));
         return SA_AIS_OK;
     });
 }
@@ -159,7 +151,7 @@ SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT notificationHandle) {
         if (!entry.notification->compose(record)) {
             return SA_AIS_ERR_INVALID_PARAM;
         }
-        return resultOfAppend(entry.log->append(toLine(record)));
+        return append(*entry.log, toLine(record));
     });
 }
 

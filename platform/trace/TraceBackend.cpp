@@ -18,16 +18,16 @@
 #include "common/Escape.h"
 #include "common/FormatTime.h"
 #include "common/TraceGroups.h"
+#include "common/Undisturbed.h"
 #include "platform/trace/Sink.h"
 #include "platform/trace/ThreadText.h"
-#include "platform/trace/Undisturbed.h"
 
 namespace ruxa::trace::v2 {
 
 namespace {
 
+using common::Undisturbed;
 using platform::trace::Sink;
-using platform::trace::Undisturbed;
 
 constexpr char kGroupsVariable[] = "RUXA_TRACE_GROUPS";
 constexpr char kSinkVariable[] = "RUXA_TRACE_SINK";

@@ -53,14 +53,16 @@ struct Schedule {
 };
 
 const Schedule kSchedules[] = {
-    {"Busy", "send:TRY_AGAIN,times=2", "^initialize 1 1 1 1 1 1; .*send 6 6 1 1 1 1; free 1 9"},
+    {"Busy", "send:TRY_AGAIN,times=2",
+     "^ruxa-ntf: RUXA_NTF_FAULTS refuses send with 6 \\(SA_AIS_ERR_TRY_AGAIN\\)\n"
+     "initialize 1 1 1 1 1 1; .*send 6 6 1 1 1 1; free 1 9"},
     {"Later", "send:SA_AIS_ERR_NO_RESOURCES,after=3,times=1", "send 1 1 1 18 1 1; .*at once"},
     {"FirstThatApplies", " send : LIBRARY , after=1 , times = 2 ;send:TIMEOUT,after=2;;",
      "send 1 2 2 5 5 5;"},
     {"EachCall",
      "initialize:INIT,times=1;allocate:NO_MEMORY,times=2;value:DEPLOYMENT,times=3;"
      "free:BUSY,times=1;finalize:EXIST,times=1",
-     "^initialize 4 1 1 1 1 1; allocate 8 8 1 1 1 1; value 40 40 40 1 1 1; send 1 1 1 1 1 1; "
+     "initialize 4 1 1 1 1 1; allocate 8 8 1 1 1 1; value 40 40 40 1 1 1; send 1 1 1 1 1 1; "
      "free 10 1 9 9 9 9; finalize 14 1 9 9 9 9;"},
     {"Delay", "send:OK,delay=20,after=1,times=2", "send 1 1 1 1 1 1; .*delayed"},
     {"NoCall", "send:BUSY;sendd:TRY_AGAIN",

@@ -1,16 +1,16 @@
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/ntf/log/AlarmRecord.h"
@@ -339,167 +339,91 @@ TEST_F(Ntf, LogsTextsThatATerminalCanShow) {
         << logLines().at(0);
 }
 
-TEST_F(Ntf, TakesOnlyARegularFileOrTheNullDeviceAsItsLog) {
-    const fs::path fifo = m_folder / "fifo";
-    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-    for (const fs::path& path : {fs::path("/dev/full"), m_folder, m_log / "log", fifo}) {
-        std::ofstream(m_log) << "";
-        EXPECT_EQ(sendTo(path), SA_AIS_ERR_LIBRARY) << path;
+TEST_F(Ntf, SendsThoughTheProgramClosedItsDescriptors) {
+    const auto alarm = allocateAlarm(m_handle);
+    EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::close_range(STDERR_FILENO + 1, 255, 0); // as daemons do
+        int lost = 0;
+        for (int i = 0; i < 20; ++i) {
+            lost += saNtfNotificationSend(alarm.notificationHandle) == SA_AIS_OK ? 0 : 1;
+        }
+        ::_exit(lost + ::open("/dev/null", O_RDONLY) - (STDERR_FILENO + 1));
     }
-    EXPECT_EQ(sendTo("/dev/null"), SA_AIS_OK);
+    EXPECT_EQ(statusOf(child), 0); // none lost, and nothing left open
+    EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
+    std::set<std::uint64_t> ids;
+    for (const std::string& line : logLines()) {
+        ids.insert(parseLine(line)->notificationId);
+    }
+    EXPECT_EQ(ids.size(), 22u) << "a forked process repeats an id";
 }
 
-class NtfFreshLine : public Ntf {
-protected:
-    /// A letter for each line of the log: n a notification, b a blank line, o any other text.
-    std::string kindsOfLines() const {
-        std::string kinds;
-        for (const std::string& line : logLines()) {
-            kinds += line.empty() ? 'b' : parseLine(line) ? 'n' : 'o';
+TEST_F(Ntf, SaysOnceWhyItRefusesToSend) {
+    fs::permissions(m_folder, fs::perms::owner_all);
+    constexpr int kLimit = 10000; // of a file: stderr is one as well here
+    std::ofstream(m_folder / "file") << std::string(kLimit, ' ');
+    fs::create_directory(m_folder / "\x1B");
+    const auto limited = [](int resource, rlim_t limit, const fs::path& log) {
+        rlimit before{};
+        ::getrlimit(resource, &before);
+        const rlimit now{limit, before.rlim_max};
+        ::setrlimit(resource, &now);
+        const SaAisErrorT result = sendTo(log);
+        ::setrlimit(resource, &before);
+        return result;
+    };
+    const auto asAnother = [](const fs::path& log) {
+        if (::geteuid() != 0) { // only root can become another user
+            return SA_AIS_ERR_LIBRARY;
         }
-        return kinds;
-    }
-
-    static constexpr std::uintmax_t kWhole = 1 << 20; // longer than any line
-
-    /// Sends twice in a process of its own, in which the log has room for the first line and all
-    /// but `missing` bytes of the second, which is as long. Returns what the second Send answers.
-    SaAisErrorT sendWithout(std::uintmax_t missing, const SaNtfAlarmNotificationT& alarm) const {
-        const pid_t child = ::fork();
-        if (child == 0) {
-            *alarm.notificationHeader.eventTime = 1;
-            saNtfNotificationSend(alarm.notificationHandle);
-            std::signal(SIGXFSZ, SIG_IGN);
-            const std::uintmax_t line = fs::file_size(m_log);
-            const rlim_t room = 2 * line - std::min(missing, line);
-            const rlimit limit = {room, room};
-            ::setrlimit(RLIMIT_FSIZE, &limit);
-            ::_exit(saNtfNotificationSend(alarm.notificationHandle));
-        }
-        const int status = statusOf(child);
-        return static_cast<SaAisErrorT>(WEXITSTATUS(status));
-    }
-};
-
-TEST_F(NtfFreshLine, FollowsWhateverTheLogEndsWith) {
-    const auto alarm = allocateAlarm(m_handle);
+        EXPECT_EQ(::seteuid(65534), 0);
+        const SaAisErrorT result = sendTo(log);
+        EXPECT_EQ(::seteuid(0), 0);
+        return result;
+    };
+    const struct {
+        fs::path log;
+        std::function<SaAisErrorT(const fs::path&)> send;
+        SaAisErrorT result;
+        const char* cause;
+    } rows[] = {
+        {"/dev/full", sendTo, SA_AIS_ERR_LIBRARY, "it is neither a regular file nor /dev/null"},
+        {m_folder / "file/log", sendTo, SA_AIS_ERR_LIBRARY, "Not a directory"},
+        {m_folder / "another", asAnother, SA_AIS_ERR_LIBRARY,
+         ::geteuid() == 0 ? "Permission denied" : nullptr},
+        {m_folder / "none left", [&](auto& log) { return limited(RLIMIT_NOFILE, 3, log); },
+         SA_AIS_ERR_LIBRARY, "Too many open files"},
+        {m_folder / "file", [&](auto& log) { return limited(RLIMIT_FSIZE, kLimit, log); },
+         SA_AIS_ERR_NO_RESOURCES,
+         "no room is left on the disk, in the quota or within the file size limit"},
+        {m_folder / "\x1B", sendTo, SA_AIS_ERR_LIBRARY, "Is a directory"},
+    };
+    testing::internal::CaptureStderr();
     std::string expected;
-    for (const char* end : {"", "what is not ours", "  ", "\xEF\xBB\xBF", "{\"notificationId\":"}) {
+    for (const auto& row : rows) {
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_EQ(row.send(row.log), row.result) << row.log;
+        }
+        const std::string name = row.log.filename() == "\x1B" ? m_folder / "\\x1B" : row.log;
+        expected += row.cause == nullptr ? ""
+                                         : "ruxa-ntf: no alarm can be written to '" + name +
+                                               "': " + row.cause + '\n';
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), expected);
+}
+
+TEST_F(Ntf, FollowsWhateverTheLogEndsWith) {
+    const auto alarm = allocateAlarm(m_handle);
+    std::size_t lines = 0;
+    for (const char* end : {"", "what is not ours", "\xEF\xBB\xBF", "{\"notificationId\":"}) {
         std::ofstream(m_log, std::ios::app) << end;
         EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
-        expected += *end != '\0' ? "on" : "n";
-        EXPECT_EQ(kindsOfLines(), expected) << end;
+        lines += *end != '\0' ? 2 : 1;
+        EXPECT_EQ(logLines().size(), lines) << end;
+        EXPECT_TRUE(parseLine(logLines().back())) << end;
     }
-}
-
-TEST_F(NtfFreshLine, FollowsAWriteThatWasCutShort) {
-    const struct {
-        std::uintmax_t missing;
-        SaAisErrorT answer;
-        const char* kinds;
-    } rows[] = {{0, SA_AIS_OK, "nnn"},
-                // What lacks its newline only will count as sent, so it is.
-                {1, SA_AIS_OK, "nnn"},
-                {2, SA_AIS_ERR_NO_RESOURCES, "non"},
-                {100, SA_AIS_ERR_NO_RESOURCES, "non"},
-                {kWhole, SA_AIS_ERR_NO_RESOURCES, "nn"}};
-    const auto alarm = allocateAlarm(m_handle);
-    for (const auto& row : rows) {
-        fs::remove(m_log);
-        EXPECT_EQ(sendWithout(row.missing, alarm), row.answer) << row.missing;
-        EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
-        EXPECT_EQ(kindsOfLines(), row.kinds) << row.missing;
-    }
-}
-
-/// How many descriptors of this process lead to the log or what it was.
-class NtfFiles : public Ntf {
-protected:
-    std::vector<int> descriptorsOfLogs() const {
-        std::vector<int> descriptors;
-        for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
-            std::error_code gone;
-            const fs::path target = fs::read_symlink(entry.path(), gone);
-            if (target.string().rfind(m_folder.string(), 0) == 0) {
-                descriptors.push_back(std::stoi(entry.path().filename()));
-            }
-        }
-        return descriptors;
-    }
-    SaNtfAlarmNotificationT m_alarm = allocateAlarm(m_handle);
-    SaAisErrorT send() { return saNtfNotificationSend(m_alarm.notificationHandle); }
-};
-
-TEST_F(NtfFiles, BeginALogAnewThatWasMovedAwayAndCloseTheOld) {
-    EXPECT_EQ(send(), SA_AIS_OK);
-    for (int rotation = 0; rotation < 50; ++rotation) {
-        fs::rename(m_log, m_folder / "log.1");
-        EXPECT_EQ(send(), SA_AIS_OK);
-        EXPECT_EQ(logLines().size(), 1u);
-    }
-    fs::rename(m_log, m_folder / "log.2");
-    std::ofstream(m_log) << "begun by another\n";
-    EXPECT_EQ(send(), SA_AIS_OK);
-    EXPECT_EQ(logLines().size(), 2u);
-    ASSERT_EQ(descriptorsOfLogs().size(), 1u);
-    EXPECT_EQ(::fcntl(descriptorsOfLogs()[0], F_GETFD), FD_CLOEXEC);
-    EXPECT_EQ(saNtfFinalize(m_handle), SA_AIS_OK);
-    EXPECT_EQ(descriptorsOfLogs().size(), 0u);
-    m_handle = initialize();
-}
-
-TEST_F(NtfFiles, NeverTakeAStandardDescriptor) {
-    for (const int standard : {0, 1, 2}) {
-        const int saved = ::dup(standard);
-        ::close(standard);
-        fs::remove(m_log);
-        EXPECT_EQ(send(), SA_AIS_OK);
-        EXPECT_EQ(::fcntl(standard, F_GETFD), -1) << standard;
-        ::dup2(saved, standard);
-        ::close(saved);
-    }
-}
-
-TEST_F(NtfFiles, LeaveADescriptorAloneThatIsNowTheApplications) {
-    EXPECT_EQ(send(), SA_AIS_OK);
-    const int number = descriptorsOfLogs().at(0);
-    const int own = ::open((m_folder / "own").c_str(), O_WRONLY | O_CREAT, 0600);
-    ASSERT_EQ(::dup2(own, number), number); // closed as daemons do, then used again
-    EXPECT_EQ(send(), SA_AIS_OK);
-    EXPECT_EQ(saNtfFinalize(m_handle), SA_AIS_OK);
-    EXPECT_EQ(logLines().size(), 2u);
-    EXPECT_EQ(fs::file_size(m_folder / "own"), 0u);
-    EXPECT_EQ(::close(number), 0);
-    ::close(own);
-    m_handle = initialize();
-}
-
-TEST_F(NtfFiles, StayGoodWhenTheUserChanges) {
-    if (::geteuid() != 0) {
-        GTEST_SKIP() << "only root can become another user";
-    }
-    fs::permissions(m_folder, fs::perms::owner_all);
-    EXPECT_EQ(send(), SA_AIS_OK);
-    ASSERT_EQ(::seteuid(65534), 0);
-    EXPECT_EQ(send(), SA_AIS_OK);
-    ASSERT_EQ(::seteuid(0), 0);
-    EXPECT_EQ(logLines().size(), 2u);
-}
-
-TEST_F(NtfFiles, AreNotReadableForAllAndNoLinksWhereOthersCanMakeOne) {
-    const ::mode_t mask = ::umask(0);
-    EXPECT_EQ(send(), SA_AIS_OK);
-    ::umask(mask);
-    EXPECT_EQ(fs::status(m_log).permissions(), fs::perms(0640));
-    const fs::path target = m_folder / "target";
-    fs::rename(m_log, target);
-    fs::create_symlink(target, m_log);
-    EXPECT_EQ(send(), SA_AIS_OK);
-    fs::permissions(m_folder, fs::perms(01777));
-    fs::remove(target);
-    std::ofstream(target) << "somebody's\n";
-    EXPECT_EQ(send(), SA_AIS_ERR_LIBRARY);
-    EXPECT_EQ(fs::file_size(target), 11u);
 }
 
 TEST_F(Ntf, TakesTheLogsPathFromTheEnvironment) {

@@ -7,7 +7,7 @@
 
 #include "common/CancellationHeld.h"
 
-namespace platform::trace {
+namespace common {
 
 /// While it lives, the thread is not cancelled, and what it writes raises no signal.
 class Undisturbed {
@@ -35,9 +35,9 @@ public:
     Undisturbed& operator=(const Undisturbed&) = delete;
 
 private:
-    const common::CancellationHeld m_held;
+    const CancellationHeld m_held;
     sigset_t m_signals;
     sigset_t m_mask;
 };
 
-} // namespace platform::trace
+} // namespace common
