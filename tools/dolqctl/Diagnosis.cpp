@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <iostream>
-#include <regex>
 
 #include <nlohmann/json.hpp>
 
@@ -22,17 +21,11 @@ constexpr char kNotTried[] =
 
 constexpr const char* kNames[] = {"ok", "warning", "failed"}; // of each status
 
-/// What was made printable before has backslashes that must not be doubled.
-std::string shown(const std::string& text) {
-    static const std::regex doubled(R"(\\\\)");
-    return std::regex_replace(printable(text), doubled, R"(\)");
-}
-
 const char* nameOf(Observation::Status status) { return kNames[static_cast<std::size_t>(status)]; }
 
 } // namespace
 
-std::string Observation::text() const { return check + ": " + shown(finding); }
+std::string Observation::text() const { return check + ": " + finding; }
 
 void Diagnosis::add(Observation observation) {
     const auto place = std::upper_bound(
@@ -49,10 +42,11 @@ void Diagnosis::print(const std::string& conclusion) const {
         printWrapped(each.text(), indent);
         if (!each.advice.empty()) {
             std::cout << indent;
-            printWrapped("-> " + shown(each.advice), indent);
+            printWrapped("-> " + each.advice, indent);
         }
     }
-    printLine('\n' + conclusion);
+    printLine();
+    printWrapped(conclusion);
     printWrapped(kNotTried);
 }
 

@@ -23,7 +23,7 @@ struct Observation {
     std::string finding;
     std::string advice; ///< what to do; empty for `Ok`
 
-    /// What was looked at and found; printable.
+    /// What was looked at and found.
     std::string text() const;
 };
 

@@ -19,8 +19,6 @@ namespace dolqctl {
 
 namespace {
 
-constexpr std::size_t kLeastWidth = 20; // of a table's last column
-
 /// How many characters a line of the terminal has room for; no bound for what is no terminal.
 std::size_t widthOf(int file) {
     winsize size{};
@@ -61,19 +59,21 @@ std::string endOf(std::string_view text, std::size_t room) {
     return "…" + std::string(text);
 }
 
-/// How many characters have to be changed, added or removed to make `to` of `from`.
-std::size_t distance(const std::string& from, const std::string& to) {
-    std::vector<std::size_t> row(to.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < from.size(); ++i) {
-        std::size_t diagonal = row[0]++;
-        for (std::size_t j = 0; j < to.size(); ++j) {
-            const std::size_t changed = diagonal + (from[i] == to[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+/// In lines that are at most so wide, all but the first indented. Blanks inside quotes stay.
+std::string wrapped(const std::string& text, std::size_t width, const std::string& indent) {
+    std::string lines;
+    std::size_t column = indent.size();
+    std::istringstream words(text);
+    for (std::string word; std::getline(words, word, ' ');) {
+        const bool fits = column + 1 + displayWidth(word) <= width;
+        if (!lines.empty()) {
+            lines += fits ? " " : '\n' + indent;
+            column = fits ? column + 1 : indent.size();
         }
+        lines += word;
+        column += displayWidth(word);
     }
-    return row.back();
+    return lines;
 }
 
 /// Its letters and digits, in lower case.
@@ -89,10 +89,10 @@ std::string blurred(const std::string& name) {
 
 } // namespace
 
-void printLine(std::string_view text) { std::cout << text << '\n'; }
+void printLine(std::string_view text) { std::cout << common::escapedText(text) << '\n'; }
 
-void printWrapped(const std::string& text, const std::string& indent) {
-    printLine(wrapped(text, widthOf(STDOUT_FILENO), indent));
+void printWrapped(std::string_view text, const std::string& indent) {
+    std::cout << wrapped(common::escapedText(text), widthOf(STDOUT_FILENO), indent) << '\n';
 }
 
 void printTable(std::vector<std::vector<std::string>> rows) {
@@ -100,68 +100,63 @@ void printTable(std::vector<std::vector<std::string>> rows) {
     std::vector<bool> isNumber(widths.size(), rows.size() > 1);
     for (std::vector<std::string>& row : rows) {
         for (std::size_t i = 0; i < widths.size(); ++i) {
-            row[i] = printable(row[i]);
+            row[i] = row[i].empty() ? "-" : common::escapedText(row[i]);
             widths[i] = std::max(widths[i], displayWidth(row[i]));
             isNumber[i] = isNumber[i] && (&row == &rows.front() ||
                                           row[i].find_first_not_of("0123456789") == row[i].npos);
         }
     }
-    const std::size_t before = // of the last column
+    constexpr std::size_t kLeastWidth = 20; // of the last column
+    const std::size_t before =
         std::accumulate(widths.begin(), widths.end() - 1, 2 * (widths.size() - 1));
-    const std::size_t terminal = widthOf(STDOUT_FILENO);
+    const std::size_t room = std::max(widthOf(STDOUT_FILENO), before + kLeastWidth) - before;
     for (const std::vector<std::string>& row : rows) {
         std::string line;
         for (std::size_t i = 0; i + 1 < row.size(); ++i) {
             const std::string blanks(widths[i] - displayWidth(row[i]), ' ');
             line += (isNumber[i] ? blanks + row[i] : row[i] + blanks) + "  ";
         }
-        printLine(line + endOf(row.back(), std::max(terminal, before + kLeastWidth) - before));
+        std::cout << line << endOf(row.back(), room) << '\n';
     }
 }
 
 void printJson(const nlohmann::ordered_json& json) {
-    printLine(json.dump(2, ' ', true, nlohmann::ordered_json::error_handler_t::replace));
-}
-
-std::string wrapped(const std::string& text, std::size_t width, const std::string& indent) {
-    if (const std::size_t end = text.find('\n'); end != text.npos) {
-        return wrapped(text.substr(0, end), width, indent) + '\n' +
-               wrapped(text.substr(end + 1), width, indent);
-    }
-    std::string lines;
-    std::size_t column = indent.size();
-    std::istringstream words(text);
-    for (std::string word; std::getline(words, word, ' ');) { // blanks inside quotes stay
-        const bool fits = column + 1 + displayWidth(word) <= width;
-        if (!lines.empty()) {
-            lines += fits ? " " : '\n' + indent;
-            column = fits ? column + 1 : indent.size();
-        }
-        lines += word;
-        column += displayWidth(word);
-    }
-    return lines;
+    constexpr auto kReplace = nlohmann::ordered_json::error_handler_t::replace;
+    std::cout << json.dump(2, ' ', true, kReplace) << '\n';
 }
 
 void tell(const std::string& text) {
     std::cout.flush();
-    std::cerr << wrapped("dolqctl: " + text, widthOf(STDERR_FILENO)) << '\n';
+    const std::string line = "dolqctl: " + common::escapedText(text);
+    std::cerr << wrapped(line, widthOf(STDERR_FILENO), {}) << '\n';
 }
 
-std::string inQuotes(std::string_view text) { return '"' + common::escapedText(text) + '"'; }
-
-std::string printable(std::string_view text) {
-    return text.empty() ? "-" : common::escapedText(text);
-}
+std::string inQuotes(std::string_view text) { return '"' + std::string(text) + '"'; }
 
 std::string counted(std::size_t count, const std::string& what) {
     return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
 }
 
+std::size_t distance(const std::string& one, const std::string& other) {
+    const std::string from = blurred(one);
+    const std::string to = blurred(other);
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (const char letter : from) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t i = 0; i < to.size(); ++i) {
+            const std::size_t changed = diagonal + (letter == to[i] ? 0 : 1);
+            diagonal = row[i + 1];
+            row[i + 1] = std::min({changed, row[i] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
 bool isMisspelt(const std::string& name, const std::string& meant) {
     constexpr std::size_t kMostMistakes = 2;
     return name.size() <= meant.size() + 2 * kMostMistakes &&
-           distance(blurred(name), blurred(meant)) <= kMostMistakes;
+           distance(name, meant) <= kMostMistakes;
 }
 
 } // namespace dolqctl

@@ -9,11 +9,14 @@
 
 namespace dolqctl {
 
-/// What a command answers, on standard output. Foreign text goes through `printable` or `inQuotes`
-/// first, except for JSON.
+// All that commands print goes through here, as the raw text that it is: the functions that print
+// write control characters, broken UTF-8 and backslashes as `\n`, `\t`, `\xNN` or `\\`, so that
+// foreign texts can neither end a line nor change how a terminal shows it.
+
+/// What a command answers, on standard output.
 void printLine(std::string_view text = {});
 /// In lines that a terminal has room for, all but the first indented; whole for scripts.
-void printWrapped(const std::string& text, const std::string& indent = {});
+void printWrapped(std::string_view text, const std::string& indent = {});
 /// Columns under headings, two blanks apart: numbers and what stands above them to the right, "-"
 /// for nothing. Where a terminal has no room, the beginnings of the last column's texts are left
 /// out.
@@ -24,21 +27,17 @@ void printJson(const nlohmann::ordered_json& json);
 /// "dolqctl: <text>" on standard error, behind what was printed before, wrapped for a terminal.
 void tell(const std::string& text);
 
-/// `text` in lines that are at most so wide, all but the first indented. It may have lines itself.
-std::string wrapped(const std::string& text, std::size_t width, const std::string& indent = {});
-
-/// `text` made fit for a terminal, in quotes also when it is empty.
+/// In quotes also when it is empty.
 std::string inQuotes(std::string_view text);
-
-/// Foreign text (of a file, an environment variable, the command line) made fit for a terminal: no
-/// control character, no broken UTF-8, "-" in place of nothing.
-std::string printable(std::string_view text);
 
 /// "3 files", "1 file".
 std::string counted(std::size_t count, const std::string& what);
 
-/// Whether somebody who wrote `name` may have meant `meant`: at most two letters differ, letter
-/// case and punctuation not counted.
+/// How many letters have to be changed, added or removed to make one name of the other, letter case
+/// and punctuation not counted.
+std::size_t distance(const std::string& one, const std::string& other);
+
+/// Whether somebody who wrote `name` may have meant `meant`: at most two letters differ.
 bool isMisspelt(const std::string& name, const std::string& meant);
 
 /// "minor, major": the texts of any list.

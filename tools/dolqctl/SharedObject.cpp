@@ -67,21 +67,6 @@ bool SharedObject::contains(std::string_view text) const {
     return content().find(text) != std::string::npos;
 }
 
-std::string SharedObject::buildId() const {
-    // Its note: the length of the name and of the id, the type, which is 3, the name and the id.
-    constexpr std::string_view kTypeAndName{"\3\0\0\0GNU\0", 8};
-    const std::string bytes = content();
-    const std::size_t type = bytes.find(kTypeAndName, sizeof(ElfW(Word)));
-    std::string text;
-    if (type != std::string::npos) {
-        const auto length = static_cast<unsigned char>(bytes[type - sizeof(ElfW(Word))]);
-        for (const char byte : bytes.substr(type + kTypeAndName.size(), length)) {
-            text += {"0123456789abcdef"[byte >> 4 & 0xf], "0123456789abcdef"[byte & 0xf]};
-        }
-    }
-    return text;
-}
-
 void* SharedObject::find(const char* symbol) {
     void* const found = isLoaded() ? dlsym(m_object, symbol) : nullptr;
     if (isLoaded() && found == nullptr) {

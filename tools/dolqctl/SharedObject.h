@@ -22,8 +22,6 @@ public:
     const std::string& error() const { return m_error; }
 
     std::string file() const { return isLoaded() ? m_object->l_name : ""; }
-    /// In hexadecimal; empty when it was built without one.
-    std::string buildId() const;
     /// Whether its file holds the text.
     bool contains(std::string_view text) const;
 
@@ -34,7 +32,7 @@ public:
     template <typename Function> Function* function(const char* symbol) {
         void* const found = find(symbol);
         if (found == nullptr) {
-            throw CommandError(m_error + "\nSee 'dolqctl doctor'.");
+            throw CommandError(m_error + "; see 'dolqctl doctor'");
         }
         return reinterpret_cast<Function*>(found);
     }
@@ -54,5 +52,14 @@ constexpr char kTraceLibrary[] = "libruxa-trace-2.so.2";
 constexpr char kCorrelationLibrary[] = "libruxa-zumcs-1.so.1";
 constexpr char kLoadModuleLibrary[] = "libvelk.so.1";
 constexpr char kNtfLibrary[] = "libSaNtf.so.0";
+
+constexpr struct {
+    const char* name; ///< for people
+    const char* soname;
+} kParts[] = {{"library", kDolqLibrary},
+              {"trace backend", kTraceLibrary},
+              {"correlation service", kCorrelationLibrary},
+              {"load-module handler", kLoadModuleLibrary},
+              {"NTF library", kNtfLibrary}};
 
 } // namespace dolqctl

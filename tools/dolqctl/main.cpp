@@ -4,11 +4,9 @@
 #include <algorithm>
 #include <clocale>
 #include <exception>
-#include <filesystem>
 #include <iostream>
 #include <iterator>
 #include <map>
-#include <memory>
 #include <regex>
 #include <utility>
 
@@ -23,31 +21,15 @@ namespace dolqctl {
 
 namespace {
 
-/// Wraps the help texts of options; those of commands fit.
-class HelpFormatter : public CLI::Formatter {
-    std::string make_option_desc(const CLI::Option* option) const override {
-        constexpr std::size_t kLineWidth = 80;
-        return wrapped(option->get_description(), kLineWidth - get_column_width());
+/// The version of this program, and which files it loads for alarms.
+void printVersion() {
+    printLine("dolqctl " DOLQCTL_VERSION);
+    for (const auto& [name, soname] : kParts) {
+        const SharedObject part(soname);
+        printWrapped(std::string(name) + ": " + (part.isLoaded() ? part.file() : part.error()),
+                     "  ");
     }
-};
-
-/// The version of this program, and which files it loads for alarms, a line each.
-std::string versionText() {
-    std::string text = "dolqctl " DOLQCTL_VERSION;
-    for (const auto& [part, soname] :
-         {std::pair("library", kDolqLibrary), std::pair("trace backend", kTraceLibrary),
-          std::pair("correlation service", kCorrelationLibrary),
-          std::pair("load-module handler", kLoadModuleLibrary),
-          std::pair("NTF library", kNtfLibrary)}) {
-        const SharedObject library(soname);
-        const std::string id = library.buildId();
-        text.append("\n").append(part).append(": ");
-        text += library.isLoaded() ? std::filesystem::weakly_canonical(library.file()).string()
-                                   : library.error();
-        text += !library.isLoaded() ? "" : id.empty() ? ", without a build id" : ", build id ";
-        text += id;
-    }
-    return text;
+    throw CLI::Success();
 }
 
 /// Empty for a number that an option takes. One with a leading 0 is refused: it would be octal to
@@ -102,7 +84,7 @@ void addPid(CLI::App& command, std::optional<std::string>& pid) {
     command // not into `pid` itself, which an empty text would leave empty
         .add_option_function<std::string>(
             "--pid", [&](const std::string& given) { pid = given; },
-            "Judge the surroundings of a running program instead")
+            "Judge with the variables of a running program")
         ->type_name("PID");
 }
 
@@ -118,7 +100,7 @@ void addMappings(CLI::App& program) {
         *program.add_subcommand("mappings", "Show which mappings programs get, and from where");
     addIdentity(command, arguments.identity);
     addValue(command, "--alarm", "MAJOR/MINOR", arguments.alarm,
-             "Only the mappings to this alarm, for instance 2/17");
+             "Only the mappings to this alarm, e.g. 2/17");
     command.footer(
         R"(Exit codes: 0 all mapping files were read; 1 not all were; 2 wrong usage.
 
@@ -133,12 +115,9 @@ void addCheck(CLI::App& program) {
         *program.add_subcommand("check", "Find mistakes in mapping files and manifests");
     CLI::Option* const files =
         command
-            .add_option("FILE", arguments.files,
-                        "Mapping files, in reading order, and manifests; - is standard input")
+            .add_option("FILE", arguments.files, "Mapping files and manifests; - is standard input")
             ->type_name("");
-    command
-        .add_flag("--discovered", arguments.discovered,
-                  "The mapping files of the load module, as the library finds them")
+    command.add_flag("--discovered", arguments.discovered, "The mapping files of the load module")
         ->excludes(files);
     addIdentity(command, arguments.identity);
     addValue(command, "--allow", "RULE", arguments.allowed,
@@ -163,7 +142,7 @@ void addExplain(CLI::App& program) {
     addFaultAndObject(command, arguments.faultId, arguments.object);
     addIdentity(command, arguments.identity);
     command.add_flag("--identity-given", arguments.identityGiven,
-                     "The program names its system and compute node with each alarm");
+                     "Each alarm names its system and compute node");
     addPid(command, pid);
     command.footer(R"(Opens a session with the notification service as 'doctor' does; sends nothing.
 Exit code 0: a raise would go out, without a "but".
@@ -191,12 +170,12 @@ void addRaise(CLI::App& program) {
                                            "The event that caused it; repeatable")
                                       ->check(problemOfNumber);
     addValue(command, "--uuid", "UUID", arguments.eventUuids,
-             "The correlation UUID of the event that caused it; repeatable")
+             "Correlation UUID of such an event; repeatable")
         ->excludes(eventIds);
     addValue(command, "--system-uuid", "UUID", arguments.systemUuid,
-             "The reporting system; by default the environment's SYSTEM_UUID");
+             "The reporting system, in place of SYSTEM_UUID");
     addValue(command, "--compute-name", "NAME", arguments.computeName,
-             "The reporting computer; by default the environment's COMPUTE_NAME");
+             "The reporting computer, in place of COMPUTE_NAME");
     command.footer(R"(One event makes a primary alarm, as does none; several make a secondary one.
 Without RUXA_TRACE_GROUPS, the traces of groups 0 (failures) and 4 (calls) show.
 
@@ -236,9 +215,9 @@ void addAlarms(CLI::App& program) {
     addChoice(command, "--severity", common::kSeverityNames, arguments.severity,
               "Only these and worse ones");
     addValue(command, "--object", "DN", arguments.object,
-             "Only this notification object and those it contains, e.g. managedElement=1");
+             "Only this notification object and those below it");
     addValue(command, "--since", "AGO", arguments.since,
-             "Only those raised or ceased since: 90s, 10m, 6h or 2d ago")
+             "Only those raised or ceased since, e.g. 90s or 2d")
         ->transform(CLI::Validator(toSeconds, ""));
     addValue(command, "--limit", "N", arguments.limit, "Only the first so many of the list")
         ->check(problemOfNumber);
@@ -272,54 +251,6 @@ Example:
     command.callback([&] { exitCode = runDoctor(arguments); });
 }
 
-/// What is wrong with the words that `app`, the program or a command, does not know.
-std::string problemOfWords(const CLI::App& app) {
-    const std::vector<std::string> words = app.remaining();
-    const auto option = std::find_if(words.begin(), words.end(),
-                                     [](const auto& word) { return word.rfind('-', 0) == 0; });
-    const bool isOption = option != words.end();
-    const std::string unknown = isOption ? *option : words.front();
-    std::vector<std::string> names;
-    for (const CLI::App* const each : app.get_subcommands({})) {
-        const bool isMeant = app.get_subcommands().empty() || each->parsed();
-        if (isOption && isMeant && each->get_option_no_throw(unknown) != nullptr) {
-            return inQuotes(unknown) + " belongs behind the command, as in 'dolqctl " +
-                   each->get_name() + ' ' + unknown + '\'';
-        }
-        if (!isOption && isMisspelt(unknown, each->get_name())) {
-            names.push_back(each->get_name());
-        }
-    }
-    for (const CLI::Option* const each : app.get_options()) {
-        if (isOption && isMisspelt(unknown, each->get_name())) {
-            names.push_back(each->get_name());
-        }
-    }
-    const bool isCommand = app.get_parent() == nullptr;
-    const char* const kind = isOption ? "option " : isCommand ? "command " : "argument ";
-    return std::string("unknown ") + kind + inQuotes(unknown) +
-           (names.empty() ? "" : ": did you mean " + joined(names, " or ") + '?');
-}
-
-/// The parser's message in this program's words.
-std::string problemOf(const CLI::ParseError& error) {
-    std::string text = error.what();
-    const std::string kind = error.get_name();
-    if (kind == "RequiredError" && text.find("subcommand") != text.npos) {
-        return "name a command";
-    }
-    if (kind == "ArgumentMismatch") {
-        const std::string option = text.substr(0, text.find_first_of(": "));
-        return text.find("override") != text.npos  ? "--" + option + " takes no value"
-               : text.find("missing") != text.npos ? option + " needs a value"
-                                                   : option + " is given more than once";
-    }
-    if (kind == "ExcludesError") {
-        return std::regex_replace(text, std::regex("excludes"), "cannot be given with");
-    }
-    return text;
-}
-
 /// Fills the arguments of the command that is named, and runs it.
 void parse(CLI::App& program, int argc, char** argv) {
     std::vector<std::string> arguments(argv + 1, argv + argc);
@@ -332,17 +263,14 @@ void parse(CLI::App& program, int argc, char** argv) {
         program.parse(arguments);
     } catch (const CLI::ParseError& error) {
         const auto chosen = program.get_subcommands();
-        const CLI::App& command = chosen.empty() ? program : *chosen.front();
-        const bool isKnown = program.remaining(true).empty();
-        if (!isKnown || error.get_exit_code() != 0) {
+        const std::vector<std::string> unknown = program.remaining(true);
+        if (!unknown.empty() || error.get_exit_code() != 0) {
             throw CommandError(
-                (isKnown ? problemOf(error)
-                         : problemOfWords(program.remaining().empty() ? command : program)) +
-                "\nTry 'dolqctl " + (chosen.empty() ? "" : command.get_name() + ' ') + "--help'.");
+                (unknown.empty() ? error.what() : "unknown " + inQuotes(unknown.front())) +
+                std::string("; try 'dolqctl ") +
+                (chosen.empty() ? "" : chosen.front()->get_name() + ' ') + "--help'");
         }
-        if (error.get_name() == "CallForVersion") {
-            printWrapped(error.what(), "  ");
-        } else {
+        if (error.get_name() == "CallForHelp") {
             std::cout << program.help();
         }
     }
@@ -353,9 +281,10 @@ int run(int argc, char** argv) {
     std::setlocale(LC_CTYPE, "C.UTF-8");
     CLI::App program("Sees, checks and drives the alarms of the fault-management library.",
                      "dolqctl");
-    program.formatter(std::make_shared<HelpFormatter>());
+    program.get_formatter()->column_width(26); // so that help texts fit beside it
     program.option_defaults()->disable_flag_override();
-    program.set_version_flag("-V,--version", versionText);
+    program.add_flag_callback("-V,--version", printVersion,
+                              "Print the version, and which files are loaded");
     program.require_subcommand(1);
     program.footer(R"(Exit codes:
   0  done, and nothing wrong was found

@@ -7,9 +7,8 @@ sed 's/saNtfFinalize/saNtfFinalizE/g' "$double" >"$WORK/undefined/libSaNtf.so.0"
 head -c 4200 "$double" >"$WORK/cut/libSaNtf.so.0"
 
 # Where there is none: program and library look in another folder than the one it was built in.
-library=$(dolqctl --version | sed -nE 's/^library: (.*), .*/\1/p')
+library=$(dolqctl --version | sed -nE 's/^library: (.*)/\1/p')
 for file in "$(type -P dolqctl)" "$library"; do
     sed 's|/platform/ntf|/platform/n/a|g' "$file" >"$WORK/missing/${file##*/}"
 done
-mv "$WORK/missing/${library##*/}" "$WORK/missing/libruxa-dolq-1.so.1"
 chmod +x "$WORK/missing/dolqctl"

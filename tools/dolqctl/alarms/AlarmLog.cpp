@@ -41,8 +41,7 @@ void apply(AlarmRecord record, ActiveAlarms& active, std::vector<Alarm>* ceased)
 }
 
 [[noreturn]] void failToRead(const std::filesystem::path& path) {
-    throw std::system_error(errno, std::generic_category(),
-                            "cannot read " + printable(path.string()));
+    throw std::system_error(errno, std::generic_category(), "cannot read " + path.string());
 }
 
 } // namespace
@@ -50,7 +49,7 @@ void apply(AlarmRecord record, ActiveAlarms& active, std::vector<Alarm>* ceased)
 AlarmLog readAlarmLog(const std::filesystem::path& path, bool withCeased) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error) && !error) { // opening a FIFO would wait
-        throw CommandError("cannot read " + printable(path.string()) + ": it is no regular file");
+        throw CommandError("cannot read " + path.string() + ": it is no regular file");
     }
     std::ifstream file(path);
     if (!file.is_open()) {
@@ -79,8 +78,7 @@ AlarmLog readAlarmLog(const std::filesystem::path& path, bool withCeased) {
         failToRead(path);
     }
     if (log.notifications == 0 && log.skippedLines != 0) {
-        throw CommandError(printable(path.string()) +
-                           " holds no notification: is it a notification log?");
+        throw CommandError(path.string() + " holds no notification: is it a notification log?");
     }
     for (auto& [key, alarm] : active) {
         log.alarms.push_back(std::move(alarm));
@@ -96,13 +94,13 @@ std::string otherService() {
 std::string whyElsewhere() {
     SharedObject service(kNtfLibrary);
     if (!service.has("saNtfNotificationSend")) {
-        return "programs here have no notification service: " + printable(service.error()) +
-               "\nSee 'dolqctl doctor'.";
+        return "programs here have no notification service: " + service.error() +
+               "; see 'dolqctl doctor'";
     }
     const std::string other = otherService();
     return other.empty() ? ""
-                         : "alarms go to another service here, " + printable(other) +
-                               ":\nlook with its own reader, for OpenSAF ntfread or ntfsubscribe.";
+                         : "alarms go to another service here, " + other +
+                               ": look with its own reader, for OpenSAF ntfread or ntfsubscribe";
 }
 
 } // namespace dolqctl

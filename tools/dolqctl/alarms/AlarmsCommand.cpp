@@ -109,12 +109,11 @@ void printList(const std::vector<Alarm>& alarms) {
 void printLong(const std::vector<Alarm>& alarms) {
     const auto below = [](const char* what, const std::string& text) {
         std::cout << "    ";
-        printWrapped(what + printable(text), "        ");
+        printWrapped(what + (text.empty() ? "-" : text), "        ");
     };
     for (const Alarm& alarm : alarms) {
         const platform::ntf::AlarmRecord& raised = alarm.raised;
-        printWrapped(severityOf(alarm) + ' ' + idOf(alarm) + " on " +
-                         printable(raised.notificationObject),
+        printWrapped(severityOf(alarm) + ' ' + idOf(alarm) + " on " + raised.notificationObject,
                      "    ");
         below("active for: ",
               ageOf(alarm) + (alarm.endTimeNs ? ", until " + timeText(*alarm.endTimeNs) : ""));
@@ -131,7 +130,7 @@ void printLong(const std::vector<Alarm>& alarms) {
 
 void printJson(const std::filesystem::path& path, const AlarmLog& log) {
     const auto text = [](const Json& json) {
-        return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+        return json.dump(-1, ' ', true, Json::error_handler_t::replace);
     };
     std::cout << "{\n  \"log\": " << text(path.string())
               << ",\n  \"notifications\": " << log.notifications
@@ -141,7 +140,7 @@ void printJson(const std::filesystem::path& path, const AlarmLog& log) {
         std::cout << separator << text(toJson(alarm));
         separator = ",\n    ";
     }
-    printLine("\n  ]\n}");
+    std::cout << "\n  ]\n}\n";
 }
 
 /// "1 critical, 2 minor": how many there are of each severity, the worst first.
@@ -167,12 +166,12 @@ std::filesystem::path findLog(const std::string& given) {
     const std::string why = given.empty() ? whyElsewhere() : "";
     std::error_code error;
     if (std::filesystem::status(path, error).type() == std::filesystem::file_type::not_found) {
-        throw CommandError(why.empty() ? "there is no log " + printable(path.string()) +
-                                             ": none was written, or it was moved\n" + kOtherLogs
+        throw CommandError(why.empty() ? "there is no log " + path.string() +
+                                             ": none was written, or it was moved. " + kOtherLogs
                                        : why);
     }
     if (!why.empty()) {
-        tell(why + "\nThis is the log of the embedded service.");
+        tell(why + ". This is the log of the embedded service.");
     }
     return path;
 }
@@ -215,7 +214,7 @@ int runAlarms(const AlarmsArguments& arguments) {
     const std::filesystem::path path = findLog(arguments.log);
     AlarmLog log = readAlarmLog(path, arguments.history);
     if (log.skippedLines != 0) {
-        tell("lines of " + printable(path.string()) +
+        tell("lines of " + path.string() +
              " that are no whole notifications, left out: " + std::to_string(log.skippedLines));
     }
     filter(log.alarms, arguments);
@@ -235,8 +234,7 @@ int runAlarms(const AlarmsArguments& arguments) {
     }
     printWrapped(summary, "  ");
     const std::string since = log.notifications == 0 ? "" : " since " + timeText(log.firstTimeNs);
-    printWrapped(counted(log.notifications, "notification") + since + " in " +
-                 printable(path.string()));
+    printWrapped(counted(log.notifications, "notification") + since + " in " + path.string());
     if (log.alarms.empty() && arguments.log.empty()) {
         printLine(kOtherLogs);
     }

@@ -93,7 +93,7 @@ bool ask(Diagnosis& diagnosis, const char* check, const SaUint64T& handle, const
     const std::string soFar = diagnosis.observations().front().text();
     const auto teller = std::async(std::launch::async, [&, end = answered.get_future()] {
         if (end.wait_for(1s) == std::future_status::timeout) {
-            tell("asking the service: " + std::string(check) + "...\nSo far: " + soFar);
+            tell("asking the service: " + std::string(check) + "... So far: " + soFar);
         }
     });
     SaAisErrorT answer = call(); // here: other threads' memory is not that of `sizeOfBlock`

@@ -63,7 +63,7 @@ std::vector<std::string> eachOnce(const std::vector<std::string>& paths) {
         if (same == once.end()) {
             once.push_back(path);
         } else {
-            tell(printable(path) + " is checked once, as " + printable(*same));
+            tell(path + " is checked once, as " + *same);
         }
     }
     return once;

@@ -99,7 +99,8 @@ Discovery discover(const Identity& identity) {
     for (const char* const category : common::kLoadModuleCategories) {
         addCategory(category, discovery);
     }
-    if (SharedObject(kLoadModuleLibrary).contains("VELK_MANIFEST_DIR")) { // no other handler knows it
+    if (SharedObject(kLoadModuleLibrary)
+            .contains("VELK_MANIFEST_DIR")) { // no other handler knows it
         checkManifests(discovery);
     }
     return discovery;

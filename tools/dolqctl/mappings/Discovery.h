@@ -17,11 +17,11 @@ struct Discovery {
     std::vector<Identity> loadModules;     ///< all of them, in reading order
     std::vector<std::string> mappingFiles; ///< in reading order
     /// Why load modules or files may be missing: what is wrong in the manifests if the handler is
-    /// the embedded one, or else what it answers. Printable.
+    /// the embedded one, or else what it answers.
     std::vector<std::string> problems;
-    std::vector<std::string> doubts; ///< what else is odd in the manifests; printable
+    std::vector<std::string> doubts; ///< what else is odd in the manifests
 
-    /// Why there is no mapping file, printable; empty when there is one.
+    /// Why there is no mapping file; empty when there is one.
     std::string whyNoMappingFile() const;
 };
 

@@ -78,8 +78,7 @@ std::string positionText(const FilePosition& position) {
 }
 
 std::string lineText(const FilePosition& position) {
-    return printable(position.file) +
-           (position.line == 0 ? "" : ':' + std::to_string(position.line));
+    return position.file + (position.line == 0 ? "" : ':' + std::to_string(position.line));
 }
 
 bool Findings::hasError() const {
@@ -129,7 +128,7 @@ std::string inShortQuotes(std::string_view text) {
 }
 
 std::string written(const TiXmlAttribute& attribute) {
-    return printable(attribute.Name()) + '=' + inShortQuotes(attribute.Value());
+    return std::string(attribute.Name()) + '=' + inShortQuotes(attribute.Value());
 }
 
 PlainText plainText(std::string_view text) {

@@ -24,9 +24,9 @@ struct FilePosition {
 
 FilePosition positionOf(const std::string& file, const TiXmlBase& part);
 
-/// "file:line:column", or less where there is none; printable.
+/// "file:line:column", or less where there is none.
 std::string positionText(const FilePosition& position);
-/// "file:line"; printable.
+/// "file:line".
 std::string lineText(const FilePosition& position);
 
 /// An error is a mapping that is lost or is not what is written, a warning something that works but
@@ -37,7 +37,7 @@ struct Finding {
     FilePosition position;
     Severity severity;
     const char* rule;
-    std::string message;                    ///< printable
+    std::string message;
     std::optional<FilePosition> other = {}; ///< the mapping that this one replaces or repeats
     std::string about = {};                 ///< the values of the element's attributes, or its text
     std::size_t more = 0;                   ///< of its rule and severity, counted but not kept

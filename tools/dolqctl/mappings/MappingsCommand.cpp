@@ -16,7 +16,7 @@ void print(const Discovery& discovery, const Mappings& mappings) {
     std::string folder; // of the first file, left out in the table
     printLine("Load module " + quoted(discovery.identity));
     for (const std::string& path : discovery.mappingFiles) {
-        printLine("  " + printable(path));
+        printLine("  " + path);
         folder = folder.empty() ? path.substr(0, path.rfind('/') + 1) : folder;
     }
     std::vector<std::vector<std::string>> rows = {

@@ -108,7 +108,7 @@ void XmlText::add(const xmlError& error) {
     m_errors.push_back({{m_findings.file(), error.line, error.int2},
                         kind.severity,
                         kRule,
-                        kind.text ? kind.text : printable(own.substr(0, own.find('\n')))});
+                        kind.text ? kind.text : own.substr(0, own.find('\n'))});
     m_stops = !kind.goesOn;
     if (m_stops) {
         xmlStopParser(m_parser);
