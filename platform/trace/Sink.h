@@ -1,12 +1,9 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <filesystem>
 #include <string>
-#include <string_view>
-
-#include <sys/stat.h>
-
-#include "common/Descriptor.h"
 
 namespace platform::trace {
 
@@ -24,17 +21,16 @@ public:
     bool write(int priority, const std::string& line);
 
     /// Tells the operator something on stderr.
-    void tell(const std::string& text) const;
+    void tell(const std::string& text);
 
 private:
-    std::size_t deliver(int priority, const std::string& line, std::string_view text) const;
+    bool toStderr(const std::string& line, std::chrono::milliseconds patience);
 
     const bool m_hasStderr;
     const bool m_isSyslog;
-    const common::Descriptor m_file;
-    struct stat m_identity {};
+    std::filesystem::path m_file; // empty: none
     std::atomic<bool> m_failing{false};
-    std::atomic<bool> m_torn{false}; // what was written last is half a line
+    std::atomic<bool> m_torn{false}; // what was written to stderr last is half a line
 };
 
 } // namespace platform::trace

@@ -243,7 +243,6 @@ void TraceBackend::Trace(void* traceObject, TraceGroup::e group, const char* fil
     } catch (const std::bad_alloc&) {
         ++lost;
     }
-    pthread_testcancel();
 }
 
 } // namespace ruxa::trace::v2
