@@ -77,25 +77,8 @@ private:
                 m_withinLimits = false;
                 return nullptr;
             }
-            const char* const end = endOfPlainAttribute(at);
-            at = end != nullptr ? end : m_attribute.Parse(at, nullptr, m_encoding);
+            at = m_attribute.Parse(at, nullptr, m_encoding);
         }
-    }
-
-    /// Of an attribute as mapping files have them, lower_case="ASCII without references"; null of
-    /// any other. TinyXML reads byte for byte; this saves three quarters of the walk.
-    static const char* endOfPlainAttribute(const char* at) {
-        const char* const name = at;
-        while ((*at >= 'a' && *at <= 'z') || *at == '_') {
-            ++at;
-        }
-        if (at == name || at[0] != '=' || at[1] != '"') {
-            return nullptr;
-        }
-        for (at += 2; static_cast<signed char>(*at) > 0 && *at != '"' && *at != '&';) {
-            ++at;
-        }
-        return *at == '"' ? at + 1 : nullptr;
     }
 
     static TiXmlEncoding encodingOf(const char* name) {
@@ -128,11 +111,10 @@ bool endsInsideCharacter(const char* text) {
 } // namespace
 
 bool XmlDocument::load(std::string text) {
-    m_text = std::move(text);
-    m_text.append(3, '\0'); // for a last character that is cut off, of which TinyXML skips the rest
+    text.append(3, '\0'); // for a last character that is cut off, of which TinyXML skips the rest
     std::vector<char> buffer(1024);
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
-        ::fmemopen(m_text.data(), m_text.size(), "rb"), &std::fclose);
+        ::fmemopen(text.data(), text.size(), "rb"), &std::fclose);
     if (file == nullptr) {
         throw std::bad_alloc();
     }
@@ -144,7 +126,6 @@ bool XmlDocument::load(std::string text) {
 /// `LoadFile` calls it with the very text that it would parse: its own copy, every line end one
 /// byte.
 const char* XmlDocument::Parse(const char* text, TiXmlParsingData* data, TiXmlEncoding encoding) {
-    std::string().swap(m_text); // read by now; the tree takes its memory
     // Not on the stack, all of which a deep text needs.
     m_isWithinLimits = std::make_unique<Walk>(m_limits)->staysWithin(text);
     if (!m_isWithinLimits) {

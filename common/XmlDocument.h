@@ -33,7 +33,6 @@ private:
     const char* Parse(const char* text, TiXmlParsingData* data, TiXmlEncoding encoding) override;
 
     const XmlLimits m_limits;
-    std::string m_text;
     bool m_isWithinLimits = false;
     bool m_isWhole = false;
 };

@@ -1,6 +1,5 @@
 #include "xmlconf/MappingFileReader.h"
 
-#include <new>
 #include <utility>
 
 #include "common/RegularFile.h"
@@ -10,19 +9,6 @@
 namespace dolq::xmlconf {
 
 namespace {
-
-/// Memory that one file is too big for is not the others' loss: such a file does not load.
-bool load(common::XmlDocument& document, const std::string& fileName) {
-    std::string text;
-    try {
-        if (common::readRegularFile(fileName, text.max_size(), text) != 0) {
-            return false;
-        }
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
-    return document.load(std::move(text));
-}
 
 /// Calls `onClass` for each class of a comma-separated list, blanks removed: "A, ,B" holds "A", ""
 /// and "B"; nothing follows a final comma; a list of blanks alone holds none.
@@ -67,7 +53,9 @@ void readMapping(const TiXmlElement& element, MappingFileObserverI& observer) {
 bool readMappingFile(const std::string& fileName, MappingFileObserverI& observer) {
     common::XmlDocument document(fileName);
     document.SetTabSize(observer.wantsPlaces() ? 1 : 0);
-    if (!load(document, fileName)) {
+    std::string text;
+    if (common::readRegularFile(fileName, text.max_size(), text) != 0 ||
+        !document.load(std::move(text))) {
         observer.onNotLoaded(document);
         return false;
     }

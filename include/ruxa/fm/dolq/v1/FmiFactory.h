@@ -29,11 +29,10 @@ public:
 ///
 /// The first call on a thread finds the load module's alarm mapping files (environment variables
 /// `ZBN_NO`, `ZBN_REV`; the node's load-module handler) and reads them. What is missing or wrong
-/// there is traced, and the table then holds what could be read, at worst nothing; a file whose
-/// text memory has no room for counts as one that does not load. Throws only on other exhaustion of
-/// memory or when a platform library throws. When that is before the reading, nothing is
-/// kept and the next call begins anew; from then on the factory is kept with what was read, and the
-/// next call returns it without reading again.
+/// there is traced, and the table then holds what could be read, at worst nothing. Throws only when
+/// memory is exhausted or a platform library throws. The factory is stored before the reading: when
+/// the exception comes from there, the next call returns it with the mappings read so far, and
+/// `freeFmiFactory` lets the call after it begin anew.
 [[gnu::visibility("default")]] FmiFactory* getFmiFactory();
 
 /// Frees the calling thread's factory, if any, with its table. Destroy its adapters first: they

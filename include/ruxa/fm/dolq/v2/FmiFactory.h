@@ -27,9 +27,8 @@ public:
 ///
 /// The first call on a thread finds the load module's alarm mapping files (environment variables
 /// `ZBN_NO`, `ZBN_REV`; the node's load-module handler) and reads them. What is missing or wrong
-/// there is traced, and the table then holds what could be read, at worst nothing; a file whose
-/// text memory has no room for counts as one that does not load. Throws only on other exhaustion of
-/// memory or when a platform library throws; there is no factory then, and the next call
+/// there is traced, and the table then holds what could be read, at worst nothing. Throws only when
+/// memory is exhausted or a platform library throws; there is no factory then, and the next call
 /// begins anew.
 [[gnu::visibility("default")]] FmiFactory* getFmiFactory();
 
