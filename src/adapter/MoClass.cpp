@@ -8,16 +8,16 @@ namespace dolq {
 MoClass parseMoClass(const std::string& notificationObject) {
     const std::size_t lastComma = notificationObject.rfind(',');
     const bool hasComma = lastComma != std::string::npos;
-    const std::size_t begin = hasComma ? lastComma + 1 : 0;
+    const std::size_t begin = hasComma ? lastComma + 1 : 0; // of the last relative name
     const std::size_t equal = notificationObject.find('=', begin);
     if (equal == std::string::npos) {
-        return {{}, begin, hasComma, false};
+        return {{}, hasComma, false};
     }
     std::string name(notificationObject, begin, equal - begin);
     name.erase(std::remove_if(name.begin(), name.end(),
                               [](unsigned char c) { return std::isspace(c) != 0; }),
                name.end());
-    return {std::move(name), begin, hasComma, true};
+    return {std::move(name), hasComma, true};
 }
 
 } // namespace dolq

@@ -7,9 +7,8 @@ namespace dolq {
 /// The managed object class in a notification object: the attribute of the last relative name,
 /// white space removed.
 struct MoClass {
-    std::string name;  ///< empty when there is no "="
-    std::size_t begin; ///< where the last relative name begins
-    bool hasComma;     ///< without one, the whole text is the relative name
+    std::string name; ///< empty when there is no "="
+    bool hasComma;    ///< without one, the whole text is the relative name
     bool hasEqual;
 };
 

@@ -30,7 +30,7 @@ std::string placeText(const Mapping& mapping) {
 void checkObject(Diagnosis& diagnosis, const std::string& object, const dolq::MoClass& moClass) {
     diagnosis.ok("class", (moClass.hasEqual ? inQuotes(moClass.name) + ", before the '=' of "
                                             : "none, for there is no '=' in ") +
-                              inShortQuotes(object.substr(moClass.begin)));
+                              inShortQuotes(object.substr(object.rfind(',') + 1)));
     constexpr std::size_t kLongest = SA_MAX_NAME_LENGTH - 1;
     if (object.size() > kLongest) {
         const std::string sent = object.substr(0, kLongest);
@@ -38,7 +38,7 @@ void checkObject(Diagnosis& diagnosis, const std::string& object, const dolq::Mo
         diagnosis.warn("object",
                        "another one is sent, cut to the first " + std::to_string(kLongest) +
                            " of its " + std::to_string(object.size()) + " bytes, up to " +
-                           inShortQuotes(sent.substr(cut.begin)) +
+                           inShortQuotes(sent.substr(sent.rfind(',') + 1)) +
                            (cut.hasEqual ? "" : ", which has no class"),
                        "shorten it; the mapping is that of the whole object");
     }
