@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "common/AlarmNames.h"
@@ -11,12 +10,20 @@ namespace dolq {
 
 using common::kNoProgramGroup;
 
-/// What the adapter asks the session to send: one alarm in the service's terms. It owns its texts.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wshadow" // the constructor's parameters are called as the fields
+
+/// One alarm in the notification service's terms, as the adapter hands it to the session. It owns
+/// its texts.
 class NotificationData {
 public:
     NotificationData(const std::string& notificationObject, std::uint32_t perceivedSeverity,
-                     const std::string& additionalText, std::vector<std::string> additionalInfo,
-                     std::uint32_t majorId, std::uint32_t minorId, const std::string& programGroup);
+                     const std::string& additionalText,
+                     const std::vector<std::string>& additionalInfo, std::uint32_t majorId,
+                     std::uint32_t minorId, const std::string& programGroup)
+        : notificationObject(notificationObject), perceivedSeverity(perceivedSeverity),
+          additionalText(additionalText), additionalInfo(additionalInfo), majorId(majorId),
+          minorId(minorId), programGroup(programGroup) {}
     virtual ~NotificationData() = default;
 
     std::string notificationObject;  ///< exactly as the client gave it
@@ -26,15 +33,8 @@ public:
     std::uint32_t majorId; ///< 0 to 65535
     std::uint32_t minorId; ///< 0 to 65535
     std::string programGroup;
-    std::uint32_t faultId = 0; ///< not sent: told of an alarm that is lost; 0 when it is not known
 };
 
-// Out of the class and with other names, or each would hide the field that it fills.
-inline NotificationData::NotificationData(const std::string& object, std::uint32_t severity,
-                                          const std::string& text, std::vector<std::string> info,
-                                          std::uint32_t major, std::uint32_t minor,
-                                          const std::string& group)
-    : notificationObject(object), perceivedSeverity(severity), additionalText(text),
-      additionalInfo(std::move(info)), majorId(major), minorId(minor), programGroup(group) {}
+#pragma GCC diagnostic pop
 
 } // namespace dolq

@@ -1,7 +1,6 @@
 #include "adapter/dolqAdapterImpl.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 #include <utility>
 
@@ -12,8 +11,7 @@
 #include "adapter/MoClass.h"
 #include "common/AlarmNames.h"
 #include "common/Environment.h"
-#include "trace/Probe.h"
-#include "trace/Trace.h"
+#include "trace/Drop.h"
 
 namespace dolq {
 
@@ -58,16 +56,14 @@ void AdapterImpl::ceaseAlarm(const std::string& notificationObject, std::uint32_
     const std::string moClass = parseMoClass(notificationObject);
     std::uint32_t minorType = 0;
     if (!m_map->getMinorType(faultId, minorType, moClass)) {
-        DOLQ_TRACE(m_traceObject, kFailure,
-                   "Minor type not found. notificationObject:%s, faultId:%u",
-                   notificationObject.c_str(), faultId);
-        probeDrop("no mapping", 0, notificationObject, faultId);
+        DOLQ_DROP(lostFault("no mapping", notificationObject, faultId), m_traceObject, kFailure,
+                  "Minor type not found. notificationObject:%s, faultId:%u",
+                  notificationObject.c_str(), faultId);
         return;
     }
-    NotificationData data(notificationObject, SA_NTF_SEVERITY_CLEARED, "", {}, majorIdOf(minorType),
-                          minorIdOf(minorType), kNoProgramGroup);
-    data.faultId = faultId;
-    m_session->sendNotification(data);
+    m_session->sendNotification(NotificationData(notificationObject, SA_NTF_SEVERITY_CLEARED, "",
+                                                 {}, majorIdOf(minorType), minorIdOf(minorType),
+                                                 kNoProgramGroup));
 }
 
 void AdapterImpl::raisePrimaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
@@ -268,9 +264,9 @@ void AdapterImpl::raisePrimaryAlarmForEventId(
     } else {
         auto* const api = ruxa::zum2::v1::getAPI();
         if (api == nullptr) {
-            DOLQ_TRACE(m_traceObject, kFailure,
-                       "ZumCs getAPI returns a null pointer. Alarm not raised.");
-            probeDrop("no correlation service", 0, notificationObject, faultId);
+            DOLQ_DROP(lostFault("no correlation service", notificationObject, faultId),
+                      m_traceObject, kFailure,
+                      "ZumCs getAPI returns a null pointer. Alarm not raised.");
             return;
         }
         if (!api->getDerivedCorrelationUUID(eventId, correlationUUID)) {
@@ -312,9 +308,9 @@ void AdapterImpl::raiseSecondaryAlarmForEvents32Bit(
     if (!correlatedEvents32Bit.empty()) {
         auto* const api = ruxa::zum2::v1::getAPI();
         if (api == nullptr) {
-            DOLQ_TRACE(m_traceObject, kFailure,
-                       "ZumCs getAPI call returns a null pointer. Alarm not raised.");
-            probeDrop("no correlation service", 0, notificationObject, faultId);
+            DOLQ_DROP(lostFault("no correlation service", notificationObject, faultId),
+                      m_traceObject, kFailure,
+                      "ZumCs getAPI call returns a null pointer. Alarm not raised.");
             return;
         }
         for (const std::uint32_t event : correlatedEvents32Bit) {
@@ -344,11 +340,10 @@ void AdapterImpl::raiseSecondaryAlarmImpl(
     std::uint32_t perceivedSeverity, const std::string& systemUUID, const std::string& computeName,
     const std::vector<std::string>& correlationUUIDs, const std::string& programGroupName) {
     if (correlationUUIDs.empty()) {
-        DOLQ_TRACE(
-            m_traceObject, kFailure,
+        DOLQ_DROP(
+            lostFault("no correlated event", notificationObject, faultId), m_traceObject, kFailure,
             "Alarm not raised due to correlatedEvents128Bit is empty. Object:%s, Fault Id: %d",
             notificationObject.c_str(), faultId);
-        probeDrop("no correlated event", 0, notificationObject, faultId);
         return;
     }
     raiseCorrelatedAlarm(notificationObject, faultId, additionalText, additionalInfo,
@@ -372,11 +367,10 @@ void AdapterImpl::raiseCorrelatedAlarm(
     const std::string& uuid = fromEnvironment ? environmentUUID : systemUUID;
     const std::string& name = fromEnvironment ? environmentName : computeName;
     if (uuid.empty() || name.empty()) {
-        DOLQ_TRACE(
-            m_traceObject, kFailure,
+        DOLQ_DROP(
+            lostFault("no system identity", notificationObject, faultId), m_traceObject, kFailure,
             "Alarm not raised due to either systemUUID or computeName is empty. Object:%s, Fault Id: %d",
             notificationObject.c_str(), faultId);
-        probeDrop("no system identity", 0, notificationObject, faultId);
         return;
     }
     std::vector<std::string> list;
@@ -418,10 +412,9 @@ void AdapterImpl::sendNotification(const std::string& notificationObject,
     const std::string moClass = parseMoClass(notificationObject);
     std::uint32_t minorType = 0;
     if (!m_map->getMinorType(faultId, minorType, moClass)) {
-        DOLQ_TRACE(m_traceObject, kFailure,
-                   " Minor type not found. notificationObject:%s, faultId:%u",
-                   notificationObject.c_str(), faultId);
-        probeDrop("no mapping", 0, notificationObject, faultId);
+        DOLQ_DROP(lostFault("no mapping", notificationObject, faultId), m_traceObject, kFailure,
+                  " Minor type not found. notificationObject:%s, faultId:%u",
+                  notificationObject.c_str(), faultId);
         return;
     }
     const std::uint32_t majorId = majorIdOf(minorType);
@@ -434,9 +427,9 @@ void AdapterImpl::sendNotification(const std::string& notificationObject,
         "SendNotification: notificationObject:%s, newSeverity:%u, additionalText:%s, newAdditionalInfoStr:%s, majorId:%u, minorId:%u, mappedPgGrp:%s",
         notificationObject.c_str(), newSeverity, additionalText.c_str(),
         listText(additionalInfo).c_str(), majorId, minorId, programGroupName.c_str());
-    NotificationData data(notificationObject, newSeverity, additionalText,
-                          std::move(additionalInfo), majorId, minorId, programGroupName);
-    data.faultId = faultId;
+    NotificationData data(notificationObject, newSeverity, additionalText, {}, majorId, minorId,
+                          programGroupName);
+    data.additionalInfo = std::move(additionalInfo); // the list was made for this alarm alone
     m_session->sendNotification(data);
 }
 
@@ -451,9 +444,8 @@ SaNtfSeverityT AdapterImpl::mapPerceivedSeverity(std::uint32_t perceivedSeverity
 }
 
 std::string AdapterImpl::programGroupName(std::uint32_t programGroup) const {
-    const char* const name = programGroup < std::size(common::kProgramGroupNames)
-                                 ? common::kProgramGroupNames[programGroup]
-                                 : kNoProgramGroup;
+    constexpr std::uint32_t kNone = std::size(common::kProgramGroupNames) - 1;
+    const char* const name = common::kProgramGroupNames[std::min(programGroup, kNone)];
     DOLQ_TRACE(m_traceObject, kFlow, " Alarm program group: %s", name);
     return name;
 }

@@ -2,7 +2,6 @@
 
 #include "adapter/dolqAdapterImpl.h"
 #include "common/CancellationHeld.h"
-#include "ntf/NtfImpl.h"
 #include "ntf/dolqNtfSessionImpl.h"
 #include "threadSpecificSingleton"
 #include "xmlconf/dolqXmlConfigurator.h"
@@ -13,7 +12,7 @@ FmiFactoryImpl::FmiFactoryImpl() : m_map(std::make_unique<NotificationMap>()) {}
 
 ruxa::fm::fmi::v1::FaultManagementI* FmiFactoryImpl::createFaultManagement() {
     // The session first: as an argument of `new` it could come after the adapter's memory.
-    const auto session = std::make_shared<NtfSessionImpl>(std::make_shared<NtfImpl>());
+    const std::shared_ptr<NtfSessionI> session = openSession();
     return new AdapterImpl(session, m_map.get()); // the client owns it
 }
 

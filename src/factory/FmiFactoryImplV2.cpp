@@ -4,7 +4,6 @@
 
 #include "adapter/dolqAdapterImpl.h"
 #include "common/CancellationHeld.h"
-#include "ntf/NtfImpl.h"
 #include "ntf/dolqNtfSessionImpl.h"
 #include "threadSpecificSingleton"
 #include "xmlconf/dolqXmlConfigurator.h"
@@ -16,7 +15,7 @@ FmiFactoryImplV2::FmiFactoryImplV2(MappingTable mapping)
     : m_map(std::make_unique<NotificationMapV2>(mapping)) {}
 
 std::shared_ptr<ruxa::fm::fmi::v1::FaultManagementI> FmiFactoryImplV2::createFaultManagement() {
-    const auto session = std::make_shared<NtfSessionImpl>(std::make_shared<NtfImpl>());
+    const std::shared_ptr<NtfSessionI> session = openSession();
     return std::make_shared<AdapterImpl>(session, m_map.get());
 }
 

@@ -34,18 +34,13 @@ std::uint16_t sentCount(const std::vector<std::string>& list) {
     return static_cast<std::uint16_t>(std::min(list.size(), kLargestCount));
 }
 
-std::uint16_t sentNameLength(const std::string& name) {
-    return static_cast<std::uint16_t>(std::min(name.size(), kLongestName));
-}
-
-void copyText(const std::string& text, char* destination) {
-    const std::size_t length = sentLength(text);
+void copyText(const std::string& text, std::uint16_t length, char* destination) {
     std::memcpy(destination, text.data(), length);
     destination[length] = '\0';
 }
 
 void copyName(const std::string& text, SaNameT& name) {
-    name.length = sentNameLength(text);
+    name.length = static_cast<SaUint16T>(std::min(text.size(), kLongestName));
     std::memcpy(name.value, text.data(), name.length);
     std::memset(name.value + name.length, 0, sizeof(name.value) - name.length);
 }

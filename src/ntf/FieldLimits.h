@@ -9,8 +9,8 @@
 
 namespace dolq {
 
-// How much of each field a notification carries. The sizes handed to the service and the copies all
-// come from here, so that they agree whatever the client gave.
+// How much of each field a notification carries. The sizes given to the service and the copies into
+// its memory come from these functions alone, so that they agree whatever the client gave.
 
 /// What is sent of a text: all of it, or as many whole UTF-8 characters as a 16-bit size with the
 /// terminating NUL can express.
@@ -19,13 +19,10 @@ std::uint16_t sentLength(const std::string& text);
 /// How many entries of a list are sent.
 std::uint16_t sentCount(const std::vector<std::string>& list);
 
-/// How many bytes of a distinguished name are sent.
-std::uint16_t sentNameLength(const std::string& name);
+/// Copies the first `length` bytes of `text`, and a NUL, into `length + 1` bytes.
+void copyText(const std::string& text, std::uint16_t length, char* destination);
 
-/// Copies what is sent of `text`, and a NUL, into `sentLength(text) + 1` bytes.
-void copyText(const std::string& text, char* destination);
-
-/// Copies what is sent of `text` and fills the rest of the name with NUL bytes.
+/// Copies up to 599 bytes of `text` and fills the rest of the name with NUL bytes.
 void copyName(const std::string& text, SaNameT& name);
 
 } // namespace dolq

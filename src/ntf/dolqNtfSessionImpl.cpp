@@ -3,13 +3,12 @@
 #include <string_view>
 #include <utility>
 
-#include <pthread.h>
 #include <unistd.h>
 
 #include "common/CancellationHeld.h"
 #include "ntf/FieldLimits.h"
-#include "trace/Probe.h"
-#include "trace/Trace.h"
+#include "ntf/NtfImpl.h"
+#include "trace/Drop.h"
 
 #if !defined(RUXA_DOLQ_VENDOR_ID) || !defined(RUXA_DOLQ_EVENT_TIME_UNKNOWN)
 #error "RUXA_DOLQ_VENDOR_ID and RUXA_DOLQ_EVENT_TIME_UNKNOWN come from the build"
@@ -30,26 +29,50 @@ constexpr bool kSetsEventTime = RUXA_DOLQ_EVENT_TIME_UNKNOWN != 0;
     kSetsEventTime ? "RUXA_DOLQ_EVENT_TIME_UNKNOWN=1" : "RUXA_DOLQ_EVENT_TIME_UNKNOWN=0";
 constexpr useconds_t kRetryDelayUs = 100000; // microseconds
 
-/// The answer of `call` once the service is no longer too busy to give one. A thread can be
-/// cancelled in the pauses.
+/// Repeats `call` while the service is too busy to answer it, without end. A thread is cancelled in
+/// the pauses alone: a call that is left halfway would leave a lock of the service's client library
+/// taken, or memory without an owner.
 template <typename Call> SaAisErrorT retryWhileBusy(Call call) {
-    for (;;) {
-        const SaAisErrorT result = call();
-        if (result != SA_AIS_ERR_TRY_AGAIN) {
-            return result;
-        }
+    const auto callWhole = [&call] {
+        const common::CancellationHeld held;
+        return call();
+    };
+    SaAisErrorT result = callWhole();
+    while (result == SA_AIS_ERR_TRY_AGAIN) {
         DOLQ_PROBE(service_retry, kRetryDelayUs);
         usleep(kRetryDelayUs);
+        result = callWhole();
     }
+    return result;
 }
 
 /// The entries joined by ", ", or "Empty".
 std::string joined(const std::vector<std::string>& list) {
-    std::string text = list.empty() ? "Empty" : list.front();
+    if (list.empty()) {
+        return "Empty";
+    }
+    constexpr std::string_view kSeparator = ", ";
+    std::size_t length = 0;
+    for (const std::string& entry : list) {
+        length += entry.size() + kSeparator.size();
+    }
+    std::string text;
+    text.reserve(length);
+    text = list.front();
     for (std::size_t i = 1; i < list.size(); ++i) {
-        text.append(", ").append(list[i]);
+        text.append(kSeparator).append(list[i]);
     }
     return text;
+}
+
+/// For the probe.
+LostAlarm lostAlarm(const char* cause, SaAisErrorT code, const NotificationData& data) {
+    return {cause,
+            static_cast<std::uint32_t>(code),
+            data.notificationObject.c_str(),
+            0,
+            data.majorId,
+            data.minorId};
 }
 
 bool hasProgramGroup(const NotificationData& data) {
@@ -108,7 +131,6 @@ NtfSessionImpl::~NtfSessionImpl() {
 }
 
 void NtfSessionImpl::sendNotification(const NotificationData& data) {
-    pthread_testcancel(); // the last chance before the service is called
     // Meant: made whether or not it is traced.
     const std::string additionalInfo = joined(data.additionalInfo);
     DOLQ_TRACE(
@@ -117,35 +139,38 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
         data.notificationObject.c_str(), data.perceivedSeverity, data.additionalText.c_str(),
         additionalInfo.c_str(), data.majorId, data.minorId, data.programGroup.c_str());
     if (m_ntfHandle == 0) {
-        DOLQ_TRACE(m_traceObject, kFlow, "m_ntfHandle: !m_ntfHandle:%llu", m_ntfHandle);
-        probeDrop("no session", 0, data.notificationObject, data.faultId);
+        DOLQ_DROP(lostAlarm("no session", {}, data), m_traceObject, kFlow,
+                  "m_ntfHandle: !m_ntfHandle:%llu", m_ntfHandle);
         return;
     }
-    traceCuts(data);
 
     // Meant, in the texts below: two blanks before the code. Operators' filters know them.
     SaNtfAlarmNotificationT notification{};
-    SaAisErrorT result = allocateAlarm(
-        m_ntfHandle, &notification, static_cast<std::uint16_t>(sentLength(data.additionalText) + 1),
-        sentCount(data.additionalInfo), hasProgramGroup(data) ? 1 : 0);
+    const auto lengthAdditionalText =
+        static_cast<std::uint16_t>(sentLength(data.additionalText) + 1); // with its NUL
+    const std::uint16_t numAdditionalInfo = sentCount(data.additionalInfo);
+    SaAisErrorT result = allocateAlarm(m_ntfHandle, &notification, lengthAdditionalText,
+                                       numAdditionalInfo, hasProgramGroup(data) ? 1 : 0);
     if (result != SA_AIS_OK) {
-        DOLQ_TRACE(m_traceObject, kFailure, "Allocate Alarm:  errorCode:%x", result);
-        probeDrop("allocate refused", result, data.notificationObject, data.faultId);
+        DOLQ_DROP(lostAlarm("allocate refused", result, data), m_traceObject, kFailure,
+                  "Allocate Alarm:  errorCode:%x", result);
         return;
     }
     AllocatedAlarm alarm(*this, notification.notificationHandle);
+    notification.notificationHeader.lengthAdditionalText = lengthAdditionalText;
+    notification.notificationHeader.numAdditionalInfo = numAdditionalInfo;
     result = populateAlarm(notification, data);
     if (result != SA_AIS_OK) {
         static_cast<void>(alarm.free());
-        DOLQ_TRACE(m_traceObject, kFailure, "Populate Alarm:  errorCode:%x", result);
-        probeDrop("value refused", result, data.notificationObject, data.faultId);
+        DOLQ_DROP(lostAlarm("value refused", result, data), m_traceObject, kFailure,
+                  "Populate Alarm:  errorCode:%x", result);
         return;
     }
     result = sendAlarm(notification.notificationHandle);
     if (result != SA_AIS_OK) {
         static_cast<void>(alarm.free());
-        DOLQ_TRACE(m_traceObject, kFailure, "Send Alarm:  errorCode:%x", result);
-        probeDrop("send refused", result, data.notificationObject, data.faultId);
+        DOLQ_DROP(lostAlarm("send refused", result, data), m_traceObject, kFailure,
+                  "Send Alarm:  errorCode:%x", result);
         return;
     }
     result = alarm.free();
@@ -170,7 +195,8 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
         action.actionId = 0;
         action.actionValueType = SA_NTF_VALUE_STRING;
         // A failure counts only when no additional information follows: the alarm matters more.
-        result = fillValue(handle, data.programGroup, action.actionValue);
+        result =
+            fillValue(handle, data.programGroup, sentLength(data.programGroup), action.actionValue);
     }
     notification.thresholdInformation->thresholdId = kThresholdId;
 
@@ -181,19 +207,31 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
     }
     // Meant: one name for both. Receivers that list alarms by who notified find the faulty object.
     copyName(data.notificationObject, *header.notificationObject);
+    traceCut("notificationObject", data.notificationObject.size(),
+             header.notificationObject->length);
     *header.notifyingObject = *header.notificationObject;
     header.notificationClassId->vendorId = kVendorId;
     header.notificationClassId->majorId = static_cast<SaUint16T>(data.majorId);
     header.notificationClassId->minorId = static_cast<SaUint16T>(data.minorId);
     header.numCorrelatedNotifications = 0;
-    header.lengthAdditionalText = static_cast<SaUint16T>(sentLength(data.additionalText) + 1);
-    header.numAdditionalInfo = sentCount(data.additionalInfo);
-    copyText(data.additionalText, header.additionalText);
+    const auto textLength = static_cast<std::uint16_t>(header.lengthAdditionalText - 1);
+    traceCut("additionalText", data.additionalText.size(), textLength);
+    copyText(data.additionalText, textLength, header.additionalText);
+
+    traceCut("additionalInfo", data.additionalInfo.size(), header.numAdditionalInfo);
 
     for (SaUint16T i = 0; i < header.numAdditionalInfo; ++i) {
         SaNtfAdditionalInfoT& info = header.additionalInfo[i];
         info.infoType = SA_NTF_VALUE_STRING;
-        result = fillValue(handle, data.additionalInfo[i], info.infoValue);
+        const std::string& text = data.additionalInfo[i];
+        const std::uint16_t length = sentLength(text);
+        if (length != text.size()) {
+            DOLQ_TRACE(m_traceObject, kFailure,
+                       "Alarm field cut: field:additionalInfo, entry:%u, length:%u, sent:%u",
+                       std::uint32_t{i}, static_cast<std::uint32_t>(text.size()),
+                       std::uint32_t{length});
+        }
+        result = fillValue(handle, text, length, info.infoValue);
         if (result != SA_AIS_OK) {
             return result;
         }
@@ -202,22 +240,19 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
 }
 
 SaAisErrorT NtfSessionImpl::fillValue(SaNtfNotificationHandleT handle, const std::string& text,
-                                      SaNtfValueT& value) {
-    const auto size = static_cast<SaUint16T>(sentLength(text) + 1);
+                                      std::uint16_t length, SaNtfValueT& value) {
+    const auto size = static_cast<SaUint16T>(length + 1);
     void* block = nullptr; // the service owns it, with the notification
     const SaAisErrorT result =
         retryWhileBusy([&] { return m_ntf->ptrValAllocate(handle, size, &block, &value); });
     if (result == SA_AIS_OK) {
-        copyText(text, static_cast<char*>(block));
+        copyText(text, length, static_cast<char*>(block));
     }
     return result;
 }
 
 SaAisErrorT NtfSessionImpl::initializeSession(SaNtfHandleT* handle, SaVersionT* version) {
-    return retryWhileBusy([&] {
-        const common::CancellationHeld held; // as in sendAlarm
-        return m_ntf->initialize(handle, nullptr, version);
-    });
+    return retryWhileBusy([&] { return m_ntf->initialize(handle, nullptr, version); });
 }
 
 SaAisErrorT NtfSessionImpl::finalizeSession(SaNtfHandleT handle) {
@@ -236,7 +271,6 @@ SaAisErrorT NtfSessionImpl::allocateAlarm(SaNtfHandleT handle,
         return SA_AIS_ERR_BAD_HANDLE;
     }
     return retryWhileBusy([&] {
-        const common::CancellationHeld held; // what is allocated has no owner yet
         return m_ntf->alarmNotificationAllocate(handle, notification, 0, lengthAdditionalText,
                                                 numAdditionalInfo, 0, 0, numProposedRepairActions,
                                                 SA_NTF_ALLOC_SYSTEM_LIMIT);
@@ -247,11 +281,7 @@ SaAisErrorT NtfSessionImpl::sendAlarm(SaNtfNotificationHandleT handle) {
     if (handle == 0) {
         return SA_AIS_ERR_BAD_HANDLE;
     }
-    return retryWhileBusy([&] {
-        // A client library that waits for the service under a lock would leave that behind.
-        const common::CancellationHeld held;
-        return m_ntf->notificationSend(handle);
-    });
+    return retryWhileBusy([&] { return m_ntf->notificationSend(handle); });
 }
 
 SaAisErrorT NtfSessionImpl::freeAlarm(SaNtfNotificationHandleT handle) {
@@ -261,26 +291,15 @@ SaAisErrorT NtfSessionImpl::freeAlarm(SaNtfNotificationHandleT handle) {
     return retryWhileBusy([&] { return m_ntf->notificationFree(handle); });
 }
 
-void NtfSessionImpl::traceCuts(const NotificationData& data) const {
-    const auto traceCut = [this](const char* field, std::size_t length, std::uint16_t sent) {
-        if (sent != length) {
-            DOLQ_TRACE(m_traceObject, kFailure, "Alarm field cut: field:%s, length:%u, sent:%u",
-                       field, static_cast<std::uint32_t>(length), std::uint32_t{sent});
-        }
-    };
-    traceCut("notificationObject", data.notificationObject.size(),
-             sentNameLength(data.notificationObject));
-    traceCut("additionalText", data.additionalText.size(), sentLength(data.additionalText));
-    traceCut("additionalInfo", data.additionalInfo.size(), sentCount(data.additionalInfo));
-    for (std::uint32_t i = 0; i < sentCount(data.additionalInfo); ++i) {
-        const std::size_t length = data.additionalInfo[i].size();
-        const std::uint16_t sent = sentLength(data.additionalInfo[i]);
-        if (sent != length) {
-            DOLQ_TRACE(m_traceObject, kFailure,
-                       "Alarm field cut: field:additionalInfo, entry:%u, length:%u, sent:%u", i,
-                       static_cast<std::uint32_t>(length), std::uint32_t{sent});
-        }
+void NtfSessionImpl::traceCut(const char* field, std::size_t length, std::uint16_t sent) const {
+    if (sent != length) {
+        DOLQ_TRACE(m_traceObject, kFailure, "Alarm field cut: field:%s, length:%u, sent:%u", field,
+                   static_cast<std::uint32_t>(length), std::uint32_t{sent});
     }
+}
+
+std::shared_ptr<NtfSessionI> openSession() {
+    return std::make_shared<NtfSessionImpl>(std::make_shared<NtfImpl>());
 }
 
 } // namespace dolq

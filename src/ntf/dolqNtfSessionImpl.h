@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -35,18 +36,22 @@ private:
     SaAisErrorT sendAlarm(SaNtfNotificationHandleT handle);
     SaAisErrorT freeAlarm(SaNtfNotificationHandleT handle);
 
-    /// Fills in all fields of an allocated notification but its event time and id.
+    /// Fills in an allocated notification, whose header has its two sizes already. The event time
+    /// and the ids that the service gives stay as they are.
     SaAisErrorT populateAlarm(SaNtfAlarmNotificationT& notification, const NotificationData& data);
-    /// Allocates a string value of the notification and copies `text` into it.
+    /// Allocates a string value of the notification and copies `length` bytes of `text` into it.
     SaAisErrorT fillValue(SaNtfNotificationHandleT handle, const std::string& text,
-                          SaNtfValueT& value);
+                          std::uint16_t length, SaNtfValueT& value);
 
-    /// Traces each field that is longer than a notification can carry.
-    void traceCuts(const NotificationData& data) const;
+    /// Traces a field that is longer than a notification can carry.
+    void traceCut(const char* field, std::size_t length, std::uint16_t sent) const;
 
     std::shared_ptr<NtfI> m_ntf;
     SaNtfHandleT m_ntfHandle = 0; // 0: no session
     TraceObject m_traceObject{"DolqTraceLU"};
 };
+
+/// A new session with the notification service of the process.
+std::shared_ptr<NtfSessionI> openSession();
 
 } // namespace dolq

@@ -18,14 +18,6 @@
 
 namespace dolq {
 
-/// The probe of an alarm that will not be sent; `code` is the service's, or 0.
-[[gnu::always_inline]] inline void probeDrop([[maybe_unused]] const char* cause,
-                                             [[maybe_unused]] std::uint32_t code,
-                                             [[maybe_unused]] const std::string& notificationObject,
-                                             [[maybe_unused]] std::uint32_t faultId) {
-    DOLQ_PROBE(alarm_drop, cause, code, notificationObject.c_str(), faultId);
-}
-
 /// The probes at the start and the end of one alarm, whatever the way out.
 class AlarmProbe {
 public:

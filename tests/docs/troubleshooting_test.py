@@ -11,8 +11,12 @@ import unittest
 
 REPOSITORY = pathlib.Path(sys.argv.pop(1))
 
-# A trace statement's group and its format, which may be split into several literals.
-TRACE = re.compile(r'DOLQ_TRACE\(\s*[^,]+,\s*(\w+)\s*,\s*((?:"(?:\\.|[^"\\])*"\s*)+)[,)]')
+# The statements that trace, apart from the definitions of the macros.
+STATEMENT = re.compile(r'(?<!#define )\bDOLQ_(?:TRACE|DROP)\((?!__VA_ARGS__)')
+# A statement's group and its format, which may be split into several literals. A drop names the
+# lost alarm before its trace.
+TRACE = re.compile(r'\bDOLQ_(?:TRACE|DROP\(\s*\w+\([^()]*\),)[\s(]*[^,]+,\s*(\w+)\s*,'
+                   r'\s*((?:"(?:\\.|[^"\\])*"\s*)+)[,)]')
 LITERAL = re.compile(r'"((?:\\.|[^"\\])*)"')
 
 
@@ -21,7 +25,7 @@ def traces(folder):
     found = []
     for path in sorted(folder.rglob("*.cpp")) + sorted(folder.rglob("*.h")):
         source = path.read_text(encoding="utf-8")
-        statements = source.count("DOLQ_TRACE(") - source.count("#define DOLQ_TRACE(")
+        statements = len(STATEMENT.findall(source))
         matches = TRACE.findall(source)
         if len(matches) != statements:
             raise RuntimeError(f"{path}: {statements} trace statements, {len(matches)} understood")
