@@ -49,6 +49,7 @@ struct CheckArguments {
     std::vector<std::string> files;
     bool discovered = false; ///< instead of `files`, those of the load module
     Identity identity;
+    std::string faults;               ///< a file that declares them
     std::vector<std::string> allowed; ///< rules
     bool strict = false;
     bool json = false;

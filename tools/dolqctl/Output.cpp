@@ -133,6 +133,17 @@ void tell(const std::string& text) {
 
 std::string inQuotes(std::string_view text) { return '"' + std::string(text) + '"'; }
 
+std::string shortened(std::string_view text) {
+    std::size_t length = 80;
+    if (text.size() <= length) {
+        return std::string(text);
+    }
+    while ((static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80 && length > 0) {
+        --length;
+    }
+    return std::string(text.substr(0, length)) + "...";
+}
+
 std::string counted(std::size_t count, const std::string& what) {
     return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
 }

@@ -30,6 +30,9 @@ void tell(const std::string& text);
 /// In quotes also when it is empty.
 std::string inQuotes(std::string_view text);
 
+/// `text`, or the beginning of a long one and "...".
+std::string shortened(std::string_view text);
+
 /// "3 files", "1 file".
 std::string counted(std::size_t count, const std::string& what);
 

@@ -120,6 +120,9 @@ void addCheck(CLI::App& program) {
     command.add_flag("--discovered", arguments.discovered, "The mapping files of the load module")
         ->excludes(files);
     addIdentity(command, arguments.identity);
+    addValue(
+        command, "--faults", "FILE.tsv", arguments.faults,
+        "Faults that must be mapped: a fault id, a tab and a class a line; # begins a comment");
     addValue(command, "--allow", "RULE", arguments.allowed,
              "Leave out the findings of a rule; repeatable");
     command.add_flag("--strict", arguments.strict, "Exit with 1 also for warnings");

@@ -2,10 +2,10 @@
 
 #include "Commands.h"
 #include "Diagnosis.h"
+#include "MappingFiles.h"
 #include "Output.h"
 #include "common/Environment.h"
 #include "mappings/Discovery.h"
-#include "mappings/MappingFileChecker.h"
 
 namespace dolqctl {
 

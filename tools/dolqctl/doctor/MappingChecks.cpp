@@ -1,8 +1,8 @@
 #include "Diagnosis.h"
+#include "MappingFiles.h"
 #include "Output.h"
 #include "SharedObject.h"
 #include "mappings/Discovery.h"
-#include "mappings/MappingFileChecker.h"
 
 namespace dolqctl {
 
@@ -33,8 +33,8 @@ void checkLoadModule(Diagnosis& diagnosis, const Discovery& discovery, const Inv
                        "correct ZBN_NO and ZBN_REV or the manifest, or install the load module");
     }
     for (const Finding& finding : inventory.findings) {
-        if (costsTheFile(finding)) {
-            diagnosis.fail(kFiles, positionText(finding.position) + ": " + finding.message,
+        if (finding.costsTheFile()) {
+            diagnosis.fail(kFiles, positionText(finding.position) + ": " + finding.message(),
                            "correct the file: none of its mappings is used");
         }
     }
@@ -50,7 +50,7 @@ void checkMappings(Diagnosis& diagnosis, const Discovery& discovery, const Inven
     }
     std::size_t errors = 0;
     for (const Finding& finding : inventory.findings) {
-        errors += finding.severity == Severity::Error ? 1 + finding.more : 0;
+        errors += finding.severity() == Severity::Error ? 1 + finding.more : 0;
     }
     const std::string count = counted(inventory.mappings.size(), "mapping");
     if (errors > 0) {

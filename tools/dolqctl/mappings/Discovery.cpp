@@ -6,11 +6,11 @@
 
 #include <Velk.h>
 
+#include "MappingFiles.h"
 #include "Output.h"
 #include "SharedObject.h"
 #include "common/Environment.h"
 #include "common/LoadModuleNames.h"
-#include "mappings/XmlChecks.h"
 
 namespace dolqctl {
 
@@ -71,9 +71,9 @@ void checkManifests(Discovery& discovery) {
             }
             isEmpty = false;
             for (const Finding& finding : findManifestMistakes(path.string())) {
-                if (finding.rule != std::string("missing-file")) { // told when it is read
-                    (finding.severity == Severity::Error ? problems : discovery.doubts)
-                        .push_back(positionText(finding.position) + ": " + finding.message);
+                if (finding.rule != Rule::MissingFile) { // told when it is read
+                    (finding.severity() == Severity::Error ? problems : discovery.doubts)
+                        .push_back(positionText(finding.position) + ": " + finding.message());
                 }
             }
         }

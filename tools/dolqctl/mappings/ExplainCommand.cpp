@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <iterator>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -8,11 +7,10 @@
 
 #include "Commands.h"
 #include "Diagnosis.h"
+#include "MappingFiles.h"
 #include "Output.h"
 #include "adapter/MoClass.h"
 #include "mappings/Discovery.h"
-#include "mappings/Findings.h"
-#include "mappings/MappingFileChecker.h"
 
 namespace dolqctl {
 
@@ -22,6 +20,10 @@ using History = std::vector<Mapping>; // of one fault and class; the last one is
 
 constexpr char kMapping[] = "mapping";
 
+std::string lineText(const FilePosition& position) {
+    return positionText({position.file, position.line});
+}
+
 std::string placeText(const Mapping& mapping) {
     return alarmText(mapping.minorType) + " at " + lineText(mapping.position);
 }
@@ -30,7 +32,7 @@ std::string placeText(const Mapping& mapping) {
 void checkObject(Diagnosis& diagnosis, const std::string& object, const dolq::MoClass& moClass) {
     diagnosis.ok("class", (moClass.hasEqual ? inQuotes(moClass.name) + ", before the '=' of "
                                             : "none, for there is no '=' in ") +
-                              inShortQuotes(object.substr(object.rfind(',') + 1)));
+                              inQuotes(shortened(object.substr(object.rfind(',') + 1))));
     constexpr std::size_t kLongest = SA_MAX_NAME_LENGTH - 1;
     if (object.size() > kLongest) {
         const std::string sent = object.substr(0, kLongest);
@@ -38,7 +40,7 @@ void checkObject(Diagnosis& diagnosis, const std::string& object, const dolq::Mo
         diagnosis.warn("object",
                        "another one is sent, cut to the first " + std::to_string(kLongest) +
                            " of its " + std::to_string(object.size()) + " bytes, up to " +
-                           inShortQuotes(sent.substr(sent.rfind(',') + 1)) +
+                           inQuotes(shortened(sent.substr(sent.rfind(',') + 1))) +
                            (cut.hasEqual ? "" : ", which has no class"),
                        "shorten it; the mapping is that of the whole object");
     }
@@ -48,18 +50,17 @@ void checkObject(Diagnosis& diagnosis, const std::string& object, const dolq::Mo
 /// is empty for any.
 void checkElements(Diagnosis& diagnosis, std::uint32_t faultId, const std::string& moClass,
                    const History* used, const std::vector<Finding>& findings) {
-    const std::regex number("(^|[^0-9])" + std::to_string(faultId) + "([^0-9]|$)");
     const std::string usedAt = used == nullptr ? "" : positionText(used->back().position);
     for (const Finding& each : findings) {
         const std::string at = positionText(each.position);
-        const bool isAbout =
-            at == usedAt || (std::regex_search(each.about, number) &&
-                             folded(each.about).find(folded(moClass)) != std::string::npos);
-        if (isAbout && used == nullptr && each.severity == Severity::Error) {
-            diagnosis.fail(kMapping, at + ": " + each.message, "correct the element");
+        const bool isAbout = used == nullptr ? each.isAbout(faultId, moClass)
+                                             : each.element != nullptr &&
+                                                   positionText(each.element->position) == usedAt;
+        if (isAbout && used == nullptr && each.severity() == Severity::Error) {
+            diagnosis.fail(kMapping, at + ": " + each.message(), "correct the element");
         } else if (isAbout && used != nullptr &&
-                   (each.severity == Severity::Error || (!moClass.empty() && !each.other))) {
-            diagnosis.warn(kMapping, at + ": " + each.message, "correct the element");
+                   (each.severity() == Severity::Error || (!moClass.empty() && !each.other))) {
+            diagnosis.warn(kMapping, at + ": " + each.message(), "correct the element");
         }
     }
 }
@@ -84,7 +85,7 @@ const History* lookUp(Diagnosis& diagnosis, std::uint32_t faultId, const std::st
                                         "; mind letter case and white space)"
                                   : ""));
     }
-    const std::string odd = plainText(moClass).odd;
+    const std::string odd = characterBeyondAscii(moClass);
     checkElements(diagnosis, faultId, used == nullptr && others.empty() ? "" : moClass, used,
                   inventory.findings);
     if (used != nullptr) {
@@ -132,7 +133,7 @@ int runExplain(const ExplainArguments& arguments) {
         std::vector<std::string> doubts = discovery.problems; // the nearest first
         doubts.insert(doubts.end(), discovery.doubts.begin(), discovery.doubts.end());
         if (std::any_of(inventory.findings.begin(), inventory.findings.end(),
-                        [](const auto& each) { return each.severity == Severity::Error; })) {
+                        [](const auto& each) { return each.severity() == Severity::Error; })) {
             doubts.emplace_back("the errors that 'dolqctl check --discovered' finds");
         }
         diagnosis.fail(kMapping,
@@ -153,8 +154,8 @@ int runExplain(const ExplainArguments& arguments) {
     checkCorrelationService(diagnosis);
     const Observation& worst = diagnosis.observations().front();
     const std::string sentence =
-        "Fault " + std::to_string(arguments.faultId) + " on " + inShortQuotes(arguments.object) +
-        ": a raise would " +
+        "Fault " + std::to_string(arguments.faultId) + " on " +
+        inQuotes(shortened(arguments.object)) + ": a raise would " +
         (isSent ? "go out as alarm " + alarmText(used->back().minorType) + reservations(diagnosis)
                 : "not be sent: " + (used == nullptr ? worst.finding : worst.text()));
     printWrapped(sentence);

@@ -4,9 +4,9 @@
 
 #include "Commands.h"
 #include "Diagnosis.h"
+#include "MappingFiles.h"
 #include "Output.h"
 #include "mappings/Discovery.h"
-#include "mappings/MappingFileChecker.h"
 
 namespace dolqctl {
 
@@ -31,7 +31,7 @@ void print(const Discovery& discovery, const Mappings& mappings) {
         }
         rows.push_back({std::to_string(mapping.faultId), mapping.moClass,
                         alarmText(mapping.minorType), std::to_string(mapping.minorType),
-                        joined(overridden), lineText(position)});
+                        joined(overridden), positionText({position.file, position.line})});
     }
     if (!mappings.empty()) {
         printLine();
