@@ -10,7 +10,9 @@
 #include <Velk.h>
 
 #include "common/Environment.h"
+#include "common/Escape.h"
 #include "common/LoadModuleNames.h"
+#include "common/ReportOnce.h"
 #include "platform/loadmodules/Manifest.h"
 
 // Clients read these records by offset.
@@ -53,7 +55,13 @@ int query(const char* category, Velk_lm_list& list) {
         return VELK_UNKNOWN_CATEGORY;
     }
     auto answer = std::make_unique<Answer>();
-    const int result = readManifest(manifestPath(category), answer->modules);
+    const std::string path = manifestPath(category);
+    std::string reason;
+    const int result = readManifest(path, answer->modules, reason);
+    if (!reason.empty()) {
+        common::reportOnce("velk: the manifest '" + common::escapedText(path) +
+                           "' is refused: " + common::escapedText(reason) + "\n");
+    }
     if (result != VELK_OK || answer->modules.empty()) {
         return result;
     }

@@ -10,7 +10,7 @@
 #include "common/AisNames.h"
 #include "common/Environment.h"
 #include "common/Escape.h"
-#include "platform/ntf/ReportOnce.h"
+#include "common/ReportOnce.h"
 #include "platform/ntf/ServiceMutex.h"
 
 namespace platform::ntf {
@@ -113,9 +113,9 @@ SaAisErrorT FaultSchedule::answerTo(ServiceCall call) {
                 std::this_thread::sleep_for(fault.delay);
             }
             if (fault.result != SA_AIS_OK) {
-                reportOnce("ruxa-ntf: " + std::string(kVariable) + " refuses " +
-                           kCallNames[static_cast<std::size_t>(call)] + " with " +
-                           common::aisText(fault.result) + '\n');
+                common::reportOnce("ruxa-ntf: " + std::string(kVariable) + " refuses " +
+                                   kCallNames[static_cast<std::size_t>(call)] + " with " +
+                                   common::aisText(fault.result) + '\n');
             }
             return fault.result;
         }
@@ -149,7 +149,7 @@ FaultSchedule* scheduledFaults() {
     isRead = true;
     lock.unlock();
     if (!mistake.empty()) {
-        reportOnce(mistake);
+        common::reportOnce(mistake);
     }
     return schedule;
 }

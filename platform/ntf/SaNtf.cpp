@@ -14,10 +14,10 @@
 
 #include "common/AppendLine.h"
 #include "common/Escape.h"
+#include "common/ReportOnce.h"
 #include "platform/ntf/AlarmNotification.h"
 #include "platform/ntf/FaultSchedule.h"
 #include "platform/ntf/HandleTable.h"
-#include "platform/ntf/ReportOnce.h"
 #include "platform/ntf/log/AlarmRecord.h"
 #include "platform/ntf/log/LogPath.h"
 
@@ -54,8 +54,9 @@ SaAisErrorT append(const std::filesystem::path& log, std::string line) {
     if (error == 0) {
         return SA_AIS_OK;
     }
-    reportOnce("ruxa-ntf: no alarm can be written to '" + common::escapedText(log.string()) +
-               "': " + common::appendFailure(error) + '\n');
+    common::reportOnce("ruxa-ntf: no alarm can be written to '" +
+                       common::escapedText(log.string()) + "': " + common::appendFailure(error) +
+                       '\n');
     const bool isFull = error == ENOSPC || error == EDQUOT || error == EFBIG;
     return isFull ? SA_AIS_ERR_NO_RESOURCES : SA_AIS_ERR_LIBRARY;
 }
@@ -76,9 +77,10 @@ SaAisErrorT saNtfInitialize(SaNtfHandleT* ntfHandle, const SaNtfCallbacksT* /*ca
         }
         std::filesystem::path path = notificationLogPath();
         if (path.empty()) {
-            reportOnce("ruxa-ntf: no alarm can be sent: set RUXA_NTF_LOG to the path of a "
-                       "notification log (XDG_STATE_HOME and HOME do not say where one could "
-                       "be)\n");
+            common::reportOnce(
+                "ruxa-ntf: no alarm can be sent: set RUXA_NTF_LOG to the path of a "
+                "notification log (XDG_STATE_HOME and HOME do not say where one could "
+                "be)\n");
             return SA_AIS_ERR_LIBRARY;
         }
         *ntfHandle = handles.open(std::make_shared<const std::filesystem::path>(std::move(path)));

@@ -3,6 +3,7 @@
 #include <string>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "Velk.h"
 #include "support/FailingMalloc.h"
@@ -48,8 +49,14 @@ protected:
         return text;
     }
 
+    /// What is said on stderr.
+    std::string refusal(const std::string& category, const std::string& reason) const {
+        return "velk: the manifest '" + (m_directory / category).string() +
+               ".xml' is refused: " + reason + "\n";
+    }
+
     const TemporaryFolder m_folder;
-    const fs::path& m_directory = m_folder.path();
+    fs::path m_directory = m_folder.path();
     const ScopedEnvironment m_variable{"VELK_MANIFEST_DIR", m_directory.c_str()};
 };
 
@@ -70,13 +77,20 @@ TEST_F(LoadModules, EachCategoryIsReadAnewFromItsManifest) {
 }
 
 TEST_F(LoadModules, AnAbsentDirectoryIsEmptyAndWhatIsNoFileIsUnreadable) {
+    const std::string unreadable = "error " + std::to_string(VELK_UNREADABLE_MANIFEST);
     fs::create_directory(m_directory / "central.xml");
     fs::create_symlink("local.xml", m_directory / "local.xml");
-    write("dynamic.xml", "");
-    EXPECT_EQ(contentOf("central"), "error " + std::to_string(VELK_UNREADABLE_MANIFEST));
-    EXPECT_EQ(contentOf("local"), "error " + std::to_string(VELK_UNREADABLE_MANIFEST));
+    ASSERT_EQ(mkfifo((m_directory / "dynamic.xml").c_str(), 0600), 0);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(contentOf("central"), unreadable);
+    EXPECT_EQ(contentOf("local"), unreadable);
+    EXPECT_EQ(contentOf("dynamic"), unreadable);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              refusal("central", "Is a directory") +
+                  refusal("local", "Too many levels of symbolic links") +
+                  refusal("dynamic", "it is no regular file"));
     const ScopedEnvironment file("VELK_MANIFEST_DIR", (m_directory / "dynamic.xml").c_str());
-    EXPECT_EQ(contentOf("dynamic"), "error " + std::to_string(VELK_UNREADABLE_MANIFEST));
+    EXPECT_EQ(contentOf("dynamic"), unreadable);
     const ScopedEnvironment absent("VELK_MANIFEST_DIR", (m_directory / "absent").c_str());
     EXPECT_EQ(contentOf("central"), "");
 }
@@ -87,7 +101,10 @@ TEST_F(LoadModules, AManifestOfMoreThanSixteenMebibytesIsRefused) {
     write("central.xml", manifest + std::string(limit - manifest.size(), ' '));
     EXPECT_EQ(contentOf("central"), "");
     write("central.xml", manifest + std::string(limit + 1 - manifest.size(), ' '));
+    testing::internal::CaptureStderr();
     EXPECT_EQ(contentOf("central"), "error " + std::to_string(VELK_MALFORMED_MANIFEST));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              refusal("central", "it has more than 16 MiB"));
 }
 
 TEST_F(LoadModules, WrongArgumentsLeaveAnEmptyList) {
@@ -124,32 +141,45 @@ TEST_F(LoadModules, OneFailedMallocHasItsOwnCodeAndLeavesNothing) {
     Velk_free_buffers(&list);
 }
 
-TEST_F(LoadModules, AMalformedManifestHasItsOwnCodeAndLeavesNothing) {
+TEST_F(LoadModules, ARefusedManifestLeavesNothingAndSaysWhyOnce) {
     std::string deep;
     for (int i = 0; i < 1000000; ++i) {
         deep += "<a>";
     }
-    const std::pair<const char*, std::string> rows[] = {
-        {"Empty", ""},
-        {"NoElement", "<?xml version='1.0'?><!-- nothing -->"},
-        {"Truncated", "<loadModules><loadModule productNumber='a' revis"},
-        {"NotClosed", "<loadModules>"},
-        {"NestedTooDeep", deep},
-        {"WrongRoot", "<loadmodules/>"},
-        {"TwoRoots", "<loadModules/><loadModules/>"},
-        {"TextBehindRoot", "<loadModules/>text"},
-        {"NulBehindRoot", std::string("<loadModules/>\0", 15)},
-        {"UnknownElement", "<loadModules><module productNumber='a' revision='b'/></loadModules>"},
-        {"NoProductNumber", "<loadModules><loadModule revision='b'/></loadModules>"},
-        {"NoRevision", "<loadModules><loadModule productNumber='a'/></loadModules>"},
-        {"UnknownFileElement", module("<mapping tag='t' path='p'/>")},
-        {"FileWithoutTag", module("<file tag='t' path='p'/><file path='p'/>")},
-        {"FileWithoutPath", module("<file tag='t'/>")},
-        {"FileWithEmptyPath", module("<file tag='t' path=''/>")},
+    constexpr char kOneRoot[] = "it must hold one 'loadModules' and nothing behind it";
+    const std::pair<std::string, std::string> rows[] = {
+        {"", "Error document empty."},
+        {"<?xml version='1.0'?><!-- nothing -->", kOneRoot},
+        {"<loadModules><loadModule productNumber='a' revis", "line 1: Error reading Attributes."},
+        {"<loadModules>\n<loadModule productNumber='a' revision='b'>",
+         "Error reading Element value."},
+        {deep, "too many levels of elements, or attributes of one"},
+        {"\n<loadmodules/>", "line 2: 'loadmodules' where 'loadModules' is expected"},
+        {"<loadModules/><loadModules/>", kOneRoot},
+        {"<loadModules/>text", kOneRoot},
+        {std::string("<loadModules/>\0", 15), "it holds a NUL byte"},
+        {"<loadModules><a\xE2\x80\xAE/></loadModules>",
+         R"(line 1: 'a\xE2\x80\xAE' where 'loadModule' is expected)"},
+        {"<loadModules><loadModule revision='b'/></loadModules>",
+         "line 1: no 'productNumber' in 'loadModule'"},
+        {"<loadModules><loadModule productNumber='a'/></loadModules>",
+         "line 1: no 'revision' in 'loadModule'"},
+        {module("<mapping tag='t' path='p'/>"), "line 1: 'mapping' where 'file' is expected"},
+        {module("<file tag='t' path='p'/>\n<file path='p'/>\n<file/>"),
+         "line 2: no 'tag' in 'file'"},
+        {module("<file tag='t'/>"), "line 1: no 'path' in 'file'"},
+        {module("<file tag='t' path=''/>"), "line 1: an empty 'path' in 'file'"},
     };
-    for (const auto& [name, manifest] : rows) {
+    for (const auto& [manifest, reason] : rows) {
         write("local.xml", manifest);
-        EXPECT_EQ(contentOf("local"), "error " + std::to_string(VELK_MALFORMED_MANIFEST)) << name;
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(contentOf("local"), "error " + std::to_string(VELK_MALFORMED_MANIFEST)) << reason;
+        EXPECT_EQ(contentOf("local"), "error " + std::to_string(VELK_MALFORMED_MANIFEST)) << reason;
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), refusal("local", reason));
+        // The folder is another for the next one, which may have the same reason.
+        m_directory += "/next";
+        fs::create_directory(m_directory);
+        setenv("VELK_MANIFEST_DIR", m_directory.c_str(), 1);
     }
 }
 

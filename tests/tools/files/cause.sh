@@ -7,6 +7,10 @@ node=$VELK_MANIFEST_DIR
 equipment=$node/alarm-client/equipment.xml
 
 explained() { # [FAULT] [OBJECT]
-    dolqctl explain --fault "${1:-4101}" --object "${2:-Board=3}" | head -n 1 | steady
+    local code=0
+    dolqctl explain --fault "${1:-4101}" --object "${2:-Board=3}" 2>"$WORK/errors" | head -n 1 |
+        steady || code=$?
+    sed "s#$node/##g" "$WORK/errors" >&2
+    return "$code"
 }
 doctored() { dolqctl doctor | head -n 1 | steady; }
