@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <limits>
 #include <optional>
 #include <string>
 
 #include <unistd.h>
 
+#include "platform/ntf/Fields.h"
 #include "platform/ntf/NotificationId.h"
 
 namespace platform::ntf {
@@ -21,20 +23,6 @@ template <typename T> T* pointerTo(std::vector<T>& field) {
 
 template <typename T> SaUint16T countOf(const std::vector<T>& field) {
     return static_cast<SaUint16T>(field.size());
-}
-
-std::string toText(const SaNameT& name) {
-    const char* text = reinterpret_cast<const char*>(name.value);
-    return {text, ::strnlen(text, name.length)};
-}
-
-/// What a sender wrote into an enumeration. It may be any number, which the enumeration's own type
-/// could not hold.
-template <typename Enumeration> std::uint32_t codeOf(const Enumeration& written) {
-    std::uint32_t code = 0;
-    static_assert(sizeof written == sizeof code);
-    std::memcpy(&code, &written, sizeof code);
-    return code;
 }
 
 /// The text of a value, if it is one and was allocated.
@@ -52,6 +40,22 @@ SaTimeT currentTime() {
     return std::chrono::duration_cast<std::chrono::nanoseconds>(sinceEpoch).count();
 }
 
+constexpr std::size_t kLargestCount = std::numeric_limits<SaUint16T>::max();
+
+SaUint16T cutCount(std::size_t count) {
+    return static_cast<SaUint16T>(std::min(count, kLargestCount));
+}
+
+AlarmCounts countsOf(const AlarmRecord& record) {
+    const std::string& text = record.additionalText;
+    return {cutCount(record.correlatedNotifications.size()),
+            cutCount(text.empty() ? 0 : text.size() + 1),
+            cutCount(record.additionalInfo.size()),
+            0,
+            0,
+            cutCount(record.proposedRepairActions.size())};
+}
+
 } // namespace
 
 AlarmNotification::AlarmNotification(const AlarmCounts& counts, std::size_t valueLimit)
@@ -63,6 +67,48 @@ AlarmNotification::AlarmNotification(const AlarmCounts& counts, std::size_t valu
       m_proposedRepairActions(counts.proposedRepairActions), m_values(valueLimit) {
     m_eventTime[0] = SA_TIME_UNKNOWN;
     m_trend[0] = SA_NTF_TREND_NO_CHANGE;
+}
+
+AlarmNotification::AlarmNotification(const AlarmRecord& record)
+    : AlarmNotification(countsOf(record), kLargestCount) {
+    setCode(m_eventType[0], record.eventType);
+    setName(m_notificationObject[0], record.notificationObject);
+    setName(m_notifyingObject[0], record.notifyingObject);
+    m_classId[0] = {record.vendorId, record.majorId, record.minorId};
+    m_eventTime[0] = record.eventTimeNs;
+    m_notificationId[0] = record.notificationId;
+    std::copy_n(record.correlatedNotifications.begin(), m_correlatedNotifications.size(),
+                m_correlatedNotifications.begin());
+    if (!m_additionalText.empty()) {
+        record.additionalText.copy(m_additionalText.data(), m_additionalText.size() - 1);
+    }
+    setElements(m_additionalInfo, record.additionalInfo, &SaNtfAdditionalInfoT::infoId,
+                &SaNtfAdditionalInfoT::infoType, &SaNtfAdditionalInfoT::infoValue);
+    setCode(m_probableCause[0], record.probableCause);
+    setCode(m_perceivedSeverity[0], record.perceivedSeverity);
+    setCode(m_trend[0], record.trend);
+    m_thresholdInformation[0].thresholdId = record.thresholdId;
+    setElements(m_proposedRepairActions, record.proposedRepairActions,
+                &SaNtfProposedRepairActionT::actionId, &SaNtfProposedRepairActionT::actionValueType,
+                &SaNtfProposedRepairActionT::actionValue);
+    m_values.close();
+}
+
+template <typename T>
+void AlarmNotification::setElements(Field<T>& field, const std::vector<Element>& elements,
+                                    SaNtfElementIdT T::*id, SaNtfValueTypeT T::*type,
+                                    SaNtfValueT T::*value) {
+    for (std::size_t index = 0; index < field.size(); ++index) {
+        const Element& element = elements[index];
+        field[index].*id = element.id;
+        setCode(field[index].*type, element.type);
+        if (element.value) {
+            const SaUint16T size = cutCount(element.value->size() + 1);
+            if (void* const block = m_values.allocate(size, field[index].*value)) {
+                std::memcpy(block, element.value->c_str(), size - 1u);
+            }
+        }
+    }
 }
 
 void AlarmNotification::describe(SaNtfAlarmNotificationT& notification) {
@@ -95,6 +141,22 @@ void* AlarmNotification::allocateValue(SaUint16T size, SaNtfValueT& value) {
     return m_values.allocate(size, value);
 }
 
+void* AlarmNotification::findValue(const SaNtfValueT* value) const {
+    const auto isIn = [value](const auto& field, auto valueMember) {
+        return std::any_of(field.begin(), field.end(),
+                           [&](const auto& element) { return &(element.*valueMember) == value; });
+    };
+    const bool isOwn =
+        isIn(m_additionalInfo, &SaNtfAdditionalInfoT::infoValue) ||
+        isIn(m_proposedRepairActions, &SaNtfProposedRepairActionT::actionValue) ||
+        isIn(m_specificProblems, &SaNtfSpecificProblemT::problemValue) ||
+        isIn(m_monitoredAttributes, &SaNtfAttributeT::attributeValue) ||
+        isIn(m_thresholdInformation, &SaNtfThresholdInformationT::thresholdValue) ||
+        isIn(m_thresholdInformation, &SaNtfThresholdInformationT::thresholdHysteresis) ||
+        isIn(m_thresholdInformation, &SaNtfThresholdInformationT::observedValue);
+    return isOwn ? m_values.find(*value) : nullptr;
+}
+
 bool AlarmNotification::compose(AlarmRecord& record) {
     if (!isValid()) {
         return false;
@@ -113,6 +175,8 @@ bool AlarmNotification::compose(AlarmRecord& record) {
     record.probableCause = codeOf(m_probableCause[0]);
     record.trend = codeOf(m_trend[0]);
     record.thresholdId = m_thresholdInformation[0].thresholdId;
+    record.correlatedNotifications.assign(m_correlatedNotifications.begin(),
+                                          m_correlatedNotifications.end());
     if (!m_additionalText.empty()) {
         record.additionalText = m_additionalText.data();
     }
@@ -144,8 +208,8 @@ bool AlarmNotification::isValid() const {
     const bool textFillsItsLength =
         m_additionalText.empty() ||
         ::strnlen(m_additionalText.data(), m_additionalText.size()) + 1 == m_additionalText.size();
-    return m_notificationObject[0].length < SA_MAX_NAME_LENGTH &&
-           m_notifyingObject[0].length < SA_MAX_NAME_LENGTH && textFillsItsLength &&
+    return ntf::isValid(m_notificationObject[0]) && ntf::isValid(m_notifyingObject[0]) &&
+           textFillsItsLength &&
            within(codeOf(m_eventType[0]), SA_NTF_ALARM_NOTIFICATIONS_START,
                   SA_NTF_ALARM_ENVIRONMENT) &&
            within(codeOf(m_probableCause[0]), SA_NTF_ADAPTER_ERROR, SA_NTF_UNSPECIFIED_REASON) &&

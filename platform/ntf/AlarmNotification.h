@@ -5,6 +5,7 @@
 
 #include <saNtf.h>
 
+#include "platform/ntf/HandleTable.h"
 #include "platform/ntf/ValueBlocks.h"
 #include "platform/ntf/log/AlarmRecord.h"
 
@@ -24,9 +25,12 @@ struct AlarmCounts {
 /// it. Every field is a heap block of exactly its size, so that a sanitizer finds a sender that
 /// writes past one. The counts are those of the allocation, whatever the sender's structure says.
 /// The calls on one notification must not overlap.
-class AlarmNotification {
+class AlarmNotification final : public SessionObject {
 public:
     AlarmNotification(const AlarmCounts& counts, std::size_t valueLimit);
+
+    /// One that was sent: it has no room for further values. Cuts what it cannot hold.
+    explicit AlarmNotification(const AlarmRecord& record);
 
     /// Fills all of `notification` but its handle; null pointers for what there is none of.
     void describe(SaNtfAlarmNotificationT& notification);
@@ -34,7 +38,13 @@ public:
     /// Null beyond the limit of all values together; `value` is untouched then.
     void* allocateValue(SaUint16T size, SaNtfValueT& value);
 
-    /// False when a field holds what may not be sent. Otherwise gives the notification a new id and
+    /// The block of a value; null when `value` is none of the notification's own, or has no block.
+    void* findValue(const SaNtfValueT* value) const;
+
+    /// False when a field holds what may not be sent.
+    bool isValid() const;
+
+    /// False when it is not valid. Otherwise gives the notification a new id and
     /// fills `record` with it; an unknown event time becomes the current time there.
     bool compose(AlarmRecord& record);
 
@@ -42,7 +52,9 @@ private:
     /// Zeroed, and never resized: its size is the count of the allocation.
     template <typename T> using Field = std::vector<T>;
 
-    bool isValid() const;
+    template <typename T>
+    void setElements(Field<T>& field, const std::vector<Element>& elements, SaNtfElementIdT T::*id,
+                     SaNtfValueTypeT T::*type, SaNtfValueT T::*value);
 
     Field<SaNtfEventTypeT> m_eventType;
     Field<SaNameT> m_notificationObject;

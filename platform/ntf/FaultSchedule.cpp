@@ -21,8 +21,8 @@ constexpr char kVariable[] = "RUXA_NTF_FAULTS";
 constexpr std::uint64_t kLargestNumber = 1'000'000'000;
 
 /// Indexed by ServiceCall.
-constexpr const char* kCallNames[kServiceCallCount] = {"initialize", "finalize", "allocate",
-                                                       "value",      "send",     "free"};
+constexpr const char* kCallNames[kServiceCallCount] = {
+    "initialize", "finalize", "allocate", "value", "send", "free", "search", "read"};
 
 std::string trimmed(const std::string& text) {
     const std::size_t first = text.find_first_not_of(" \t\n");
@@ -76,8 +76,9 @@ FaultSchedule::Fault FaultSchedule::parseFault(const std::string& text) {
     }
     const std::size_t call = indexOf(names[0], kCallNames);
     if (call == kServiceCallCount) {
-        refuse(names[0], text,
-               "is no call: choose initialize, finalize, allocate, value, send or free");
+        refuse(
+            names[0], text,
+            "is no call: choose initialize, finalize, allocate, value, send, free, search or read");
     }
     const std::optional<std::uint32_t> code = common::aisCode(names[1]);
     if (!code) {
@@ -125,9 +126,10 @@ SaAisErrorT FaultSchedule::answerTo(ServiceCall call) {
 
 bool FaultSchedule::refusesAlarms() const {
     return std::any_of(m_faults.begin(), m_faults.end(), [](const Fault& fault) {
-        const bool isRelease =
-            fault.call == ServiceCall::Finalize || fault.call == ServiceCall::Free;
-        return !isRelease && fault.result != SA_AIS_OK && fault.times != 0;
+        const bool isNeeded = fault.call == ServiceCall::Initialize ||
+                              fault.call == ServiceCall::Allocate ||
+                              fault.call == ServiceCall::Value || fault.call == ServiceCall::Send;
+        return isNeeded && fault.result != SA_AIS_OK && fault.times != 0;
     });
 }
 

@@ -14,8 +14,8 @@
 namespace platform::ntf {
 
 /// The calls of the interface, as a schedule names them.
-enum class ServiceCall { Initialize, Finalize, Allocate, Value, Send, Free };
-constexpr std::size_t kServiceCallCount = 6;
+enum class ServiceCall { Initialize, Finalize, Allocate, Value, Send, Free, Search, Read };
+constexpr std::size_t kServiceCallCount = 8;
 
 /// Which calls of the service are refused or delayed, so that a user can see how an application
 /// stands it. README.md describes the text. Any thread may ask.
@@ -28,7 +28,7 @@ public:
     /// the call with; SA_AIS_OK lets it through.
     SaAisErrorT answerTo(ServiceCall call);
 
-    /// Whether it refuses a call that an alarm needs: any but those that release.
+    /// Whether it refuses a call that an alarm needs: any but those that release or read.
     bool refusesAlarms() const;
 
 private:

@@ -14,37 +14,37 @@ SaNtfHandleT HandleTable::open(LogPath log) {
     return ++m_lastHandle;
 }
 
-bool HandleTable::close(SaNtfHandleT handle) {
+bool HandleTable::close(SaNtfHandleT session) {
     const std::lock_guard<std::mutex> lock(serviceMutex);
-    if (m_logs.erase(handle) == 0) {
+    if (m_logs.erase(session) == 0) {
         return false;
     }
-    for (auto entry = m_notifications.begin(); entry != m_notifications.end();) {
-        entry = entry->second.owner == handle ? m_notifications.erase(entry) : std::next(entry);
+    for (auto entry = m_objects.begin(); entry != m_objects.end();) {
+        entry = entry->second.owner == session ? m_objects.erase(entry) : std::next(entry);
     }
     return true;
 }
 
-SaNtfNotificationHandleT HandleTable::add(SaNtfHandleT owner,
-                                          std::shared_ptr<AlarmNotification> notification) {
+SaUint64T HandleTable::add(SaNtfHandleT owner, std::shared_ptr<SessionObject> object) {
     const std::lock_guard<std::mutex> lock(serviceMutex);
     const auto log = m_logs.find(owner);
     if (log == m_logs.end()) {
         return 0;
     }
-    m_notifications.emplace(m_lastHandle + 1, Entry{owner, log->second, std::move(notification)});
+    m_objects.emplace(m_lastHandle + 1,
+                      Entry<SessionObject>{owner, log->second, std::move(object)});
     return ++m_lastHandle;
 }
 
-HandleTable::Entry HandleTable::find(SaNtfNotificationHandleT handle) const {
+HandleTable::Entry<SessionObject> HandleTable::findAny(SaUint64T handle) const {
     const std::lock_guard<std::mutex> lock(serviceMutex);
-    const auto entry = m_notifications.find(handle);
-    return entry == m_notifications.end() ? Entry{} : entry->second;
+    const auto entry = m_objects.find(handle);
+    return entry == m_objects.end() ? Entry<SessionObject>{} : entry->second;
 }
 
-bool HandleTable::remove(SaNtfNotificationHandleT handle) {
+bool HandleTable::erase(SaUint64T handle) {
     const std::lock_guard<std::mutex> lock(serviceMutex);
-    return m_notifications.erase(handle) != 0;
+    return m_objects.erase(handle) != 0;
 }
 
 } // namespace platform::ntf

@@ -15,8 +15,11 @@
 #include "common/AppendLine.h"
 #include "common/Escape.h"
 #include "common/ReportOnce.h"
+#include "platform/ntf/AlarmFilter.h"
 #include "platform/ntf/AlarmNotification.h"
+#include "platform/ntf/AlarmReading.h"
 #include "platform/ntf/FaultSchedule.h"
+#include "platform/ntf/Fields.h"
 #include "platform/ntf/HandleTable.h"
 #include "platform/ntf/log/AlarmRecord.h"
 #include "platform/ntf/log/LogPath.h"
@@ -31,21 +34,38 @@ constexpr SaVersionT kSupportedVersion = {'A', 1, 1};
 alignas(HandleTable) std::byte handlesMemory[sizeof(HandleTable)];
 HandleTable& handles = *new (handlesMemory) HandleTable;
 
-/// Every call enters here: a scheduled fault comes first, and no exception reaches a C caller, but
-/// for the unwinding of a thread that is cancelled, which must not be held up.
-template <typename Call> SaAisErrorT enter(ServiceCall name, Call call) {
+/// Every call enters here: no exception reaches a C caller, but for the unwinding of a thread that
+/// is cancelled, which must not be held up.
+template <typename Call> SaAisErrorT enter(Call call) {
     try {
-        if (FaultSchedule* const faults = scheduledFaults()) {
-            if (const SaAisErrorT refused = faults->answerTo(name); refused != SA_AIS_OK) {
-                return refused;
-            }
-        }
         return call();
     } catch (const std::bad_alloc&) {
         return SA_AIS_ERR_NO_MEMORY;
     } catch (const std::exception&) {
         return SA_AIS_ERR_LIBRARY;
     }
+}
+
+/// A call for which a scheduled fault comes first.
+template <typename Call> SaAisErrorT enter(ServiceCall name, Call call) {
+    return enter([&] {
+        FaultSchedule* const faults = scheduledFaults();
+        const SaAisErrorT refused = faults != nullptr ? faults->answerTo(name) : SA_AIS_OK;
+        return refused != SA_AIS_OK ? refused : call();
+    });
+}
+
+/// Gives the object a handle and describes it to the caller, or does neither.
+template <typename Kind, typename Description>
+SaAisErrorT handOut(SaNtfHandleT owner, const std::shared_ptr<Kind>& object, SaUint64T& handle,
+                    Description& description) {
+    const SaUint64T added = handles.add(owner, object);
+    if (added == 0) {
+        return SA_AIS_ERR_BAD_HANDLE;
+    }
+    handle = added;
+    object->describe(description);
+    return SA_AIS_OK;
 }
 
 /// Appends the line, or says why it cannot.
@@ -114,13 +134,7 @@ saNtfAlarmNotificationAllocate(SaNtfHandleT ntfHandle, SaNtfAlarmNotificationT* 
                                     numMonitoredAttributes,     numProposedRepairActions};
         const auto allocated =
             std::make_shared<AlarmNotification>(counts, static_cast<std::size_t>(valueLimit));
-        const SaNtfNotificationHandleT handle = handles.add(ntfHandle, allocated);
-        if (handle == 0) {
-            return SA_AIS_ERR_BAD_HANDLE;
-        }
-        notification->notificationHandle = handle;
-        allocated->describe(*notification);
-        return SA_AIS_OK;
+        return handOut(ntfHandle, allocated, notification->notificationHandle, *notification);
     });
 }
 
@@ -130,11 +144,11 @@ SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT notificationHandle, SaU
         if (dataSize == 0 || dataPtr == nullptr || value == nullptr) {
             return SA_AIS_ERR_INVALID_PARAM;
         }
-        const auto entry = handles.find(notificationHandle);
-        if (!entry.notification) {
+        const auto entry = handles.find<AlarmNotification>(notificationHandle);
+        if (!entry.object) {
             return SA_AIS_ERR_BAD_HANDLE;
         }
-        void* const data = entry.notification->allocateValue(dataSize, *value);
+        void* const data = entry.object->allocateValue(dataSize, *value);
         if (data == nullptr) {
             return SA_AIS_ERR_NO_SPACE;
         }
@@ -145,12 +159,12 @@ SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT notificationHandle, SaU
 
 SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT notificationHandle) {
     return enter(ServiceCall::Send, [&] {
-        const auto entry = handles.find(notificationHandle);
-        if (!entry.notification) {
+        const auto entry = handles.find<AlarmNotification>(notificationHandle);
+        if (!entry.object) {
             return SA_AIS_ERR_BAD_HANDLE;
         }
         AlarmRecord record;
-        if (!entry.notification->compose(record)) {
+        if (!entry.object->compose(record)) {
             return SA_AIS_ERR_INVALID_PARAM;
         }
         return append(*entry.log, toLine(record));
@@ -159,35 +173,121 @@ SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT notificationHandle) {
 
 SaAisErrorT saNtfNotificationFree(SaNtfNotificationHandleT notificationHandle) {
     return enter(ServiceCall::Free, [&] {
-        return handles.remove(notificationHandle) ? SA_AIS_OK : SA_AIS_ERR_BAD_HANDLE;
+        return handles.remove<AlarmNotification>(notificationHandle) ? SA_AIS_OK
+                                                                     : SA_AIS_ERR_BAD_HANDLE;
     });
 }
 
-// Reading: to come. Each says so in the standard's way.
-
-SaAisErrorT saNtfAlarmNotificationFilterAllocate(SaNtfHandleT, SaNtfAlarmNotificationFilterT*,
-                                                 SaUint16T, SaUint16T, SaUint16T, SaUint16T,
-                                                 SaUint16T, SaUint16T, SaUint16T) {
-    return SA_AIS_ERR_NOT_SUPPORTED;
+SaAisErrorT saNtfAlarmNotificationFilterAllocate(
+    SaNtfHandleT ntfHandle, SaNtfAlarmNotificationFilterT* notificationFilter,
+    SaUint16T numEventTypes, SaUint16T numNotificationObjects, SaUint16T numNotifyingObjects,
+    SaUint16T numNotificationClassIds, SaUint16T numProbableCauses,
+    SaUint16T numPerceivedSeverities, SaUint16T numTrends) {
+    return enter([&] {
+        if (notificationFilter == nullptr) {
+            return SA_AIS_ERR_INVALID_PARAM;
+        }
+        if (numEventTypes + numNotifyingObjects + numNotificationClassIds + numProbableCauses +
+                numPerceivedSeverities + numTrends !=
+            0) {
+            return SA_AIS_ERR_NOT_SUPPORTED;
+        }
+        const auto filter = std::make_shared<AlarmFilter>(numNotificationObjects);
+        return handOut(ntfHandle, filter, notificationFilter->notificationFilterHandle,
+                       *notificationFilter);
+    });
 }
 
-SaAisErrorT saNtfNotificationFilterFree(SaNtfNotificationFilterHandleT) {
-    return SA_AIS_ERR_NOT_SUPPORTED;
+SaAisErrorT saNtfNotificationFilterFree(SaNtfNotificationFilterHandleT notificationFilterHandle) {
+    return enter([&] {
+        return handles.remove<AlarmFilter>(notificationFilterHandle) ? SA_AIS_OK
+                                                                     : SA_AIS_ERR_BAD_HANDLE;
+    });
 }
 
-SaAisErrorT saNtfNotificationReadInitialize(SaNtfSearchCriteriaT,
-                                            const SaNtfNotificationTypeFilterHandlesT*,
-                                            SaNtfReadHandleT*) {
-    return SA_AIS_ERR_NOT_SUPPORTED;
+SaAisErrorT saNtfNotificationReadInitialize(
+    SaNtfSearchCriteriaT searchCriteria,
+    const SaNtfNotificationTypeFilterHandlesT* notificationFilterHandles,
+    SaNtfReadHandleT* readHandle) {
+    return enter(ServiceCall::Search, [&] {
+        const std::uint32_t mode = codeOf(searchCriteria.searchMode);
+        if (notificationFilterHandles == nullptr || readHandle == nullptr ||
+            mode < SA_NTF_SEARCH_BEFORE_OR_AT_TIME || mode > SA_NTF_SEARCH_ONLY_FILTER) {
+            return SA_AIS_ERR_INVALID_PARAM;
+        }
+        const SaNtfNotificationTypeFilterHandlesT& filters = *notificationFilterHandles;
+        const bool asksForOthers = filters.objectCreateDeleteFilterHandle != 0 ||
+                                   filters.attributeChangeFilterHandle != 0 ||
+                                   filters.stateChangeFilterHandle != 0 ||
+                                   filters.securityAlarmFilterHandle != 0;
+        if (mode != SA_NTF_SEARCH_ONLY_FILTER || asksForOthers || filters.alarmFilterHandle == 0) {
+            return SA_AIS_ERR_NOT_SUPPORTED;
+        }
+        const auto entry = handles.find<AlarmFilter>(filters.alarmFilterHandle);
+        if (!entry.object) {
+            return SA_AIS_ERR_BAD_HANDLE;
+        }
+        if (!entry.object->isValid()) {
+            return SA_AIS_ERR_INVALID_PARAM;
+        }
+        const SaNtfReadHandleT handle = handles.add(
+            entry.owner, std::make_shared<AlarmReading>(entry.log, entry.object->objects()));
+        if (handle == 0) {
+            return SA_AIS_ERR_BAD_HANDLE;
+        }
+        *readHandle = handle;
+        return SA_AIS_OK;
+    });
 }
 
-SaAisErrorT saNtfNotificationReadNext(SaNtfReadHandleT, SaNtfSearchDirectionT,
-                                      SaNtfNotificationsT*) {
-    return SA_AIS_ERR_NOT_SUPPORTED;
+SaAisErrorT saNtfNotificationReadNext(SaNtfReadHandleT readHandle,
+                                      SaNtfSearchDirectionT searchDirection,
+                                      SaNtfNotificationsT* notification) {
+    return enter(ServiceCall::Read, [&] {
+        const std::uint32_t direction = codeOf(searchDirection);
+        if (notification == nullptr ||
+            (direction != SA_NTF_SEARCH_OLDER && direction != SA_NTF_SEARCH_YOUNGER)) {
+            return SA_AIS_ERR_INVALID_PARAM;
+        }
+        const auto entry = handles.find<AlarmReading>(readHandle);
+        if (!entry.object) {
+            return SA_AIS_ERR_BAD_HANDLE;
+        }
+        const auto next = entry.object->next();
+        if (!next) {
+            return SA_AIS_ERR_NOT_EXIST;
+        }
+        SaNtfAlarmNotificationT& alarm = notification->notification.alarmNotification;
+        const SaAisErrorT result = handOut(entry.owner, next, alarm.notificationHandle, alarm);
+        if (result == SA_AIS_OK) {
+            notification->notificationType = SA_NTF_TYPE_ALARM;
+        }
+        return result;
+    });
 }
 
-SaAisErrorT saNtfNotificationReadFinalize(SaNtfReadHandleT) { return SA_AIS_ERR_NOT_SUPPORTED; }
+SaAisErrorT saNtfNotificationReadFinalize(SaNtfReadHandleT readHandle) {
+    return enter([&] {
+        return handles.remove<AlarmReading>(readHandle) ? SA_AIS_OK : SA_AIS_ERR_BAD_HANDLE;
+    });
+}
 
-SaAisErrorT saNtfPtrValGet(SaNtfNotificationHandleT, const SaNtfValueT*, void**, SaUint16T*) {
-    return SA_AIS_ERR_NOT_SUPPORTED;
+SaAisErrorT saNtfPtrValGet(SaNtfNotificationHandleT notificationHandle, const SaNtfValueT* value,
+                           void** dataPtr, SaUint16T* dataSize) {
+    return enter([&] {
+        if (value == nullptr || dataPtr == nullptr || dataSize == nullptr) {
+            return SA_AIS_ERR_INVALID_PARAM;
+        }
+        const auto entry = handles.find<AlarmNotification>(notificationHandle);
+        if (!entry.object) {
+            return SA_AIS_ERR_BAD_HANDLE;
+        }
+        void* const data = entry.object->findValue(value);
+        if (data == nullptr) {
+            return SA_AIS_ERR_INVALID_PARAM;
+        }
+        *dataPtr = data;
+        *dataSize = value->ptrVal.dataSize;
+        return SA_AIS_OK;
+    });
 }

@@ -18,6 +18,9 @@ public:
     /// Makes `value` point to a new zeroed block, which is returned; null beyond the limit.
     void* allocate(SaUint16T size, SaNtfValueT& value);
 
+    /// No further one is allocated.
+    void close() { m_limit = m_used; }
+
     /// The block of which `value` names all or the first bytes; null when there is none.
     void* find(const SaNtfValueT& value) const;
 
@@ -28,7 +31,7 @@ private:
         std::unique_ptr<std::byte[]> bytes;
     };
 
-    const std::size_t m_limit;
+    std::size_t m_limit;
     std::size_t m_used = 0;
     std::vector<Block> m_blocks; ///< by offset
 };

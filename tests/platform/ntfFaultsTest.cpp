@@ -39,6 +39,16 @@ namespace {
     const auto before = std::chrono::steady_clock::now();
     sixTimes("send", [&] { return saNtfNotificationSend(alarm.notificationHandle); });
     const auto taken = std::chrono::steady_clock::now() - before;
+    SaNtfAlarmNotificationFilterT filter{};
+    SaNtfReadHandleT reading = 0;
+    SaNtfNotificationsT read{};
+    saNtfAlarmNotificationFilterAllocate(handle, &filter, 0, 0, 0, 0, 0, 0, 0);
+    const SaNtfNotificationTypeFilterHandlesT filters{0, 0, 0, filter.notificationFilterHandle, 0};
+    const SaNtfSearchCriteriaT criteria{SA_NTF_SEARCH_ONLY_FILTER, 0, 0};
+    sixTimes("search",
+             [&] { return saNtfNotificationReadInitialize(criteria, &filters, &reading); });
+    sixTimes("read",
+             [&] { return saNtfNotificationReadNext(reading, SA_NTF_SEARCH_YOUNGER, &read); });
     sixTimes("free", [&] { return saNtfNotificationFree(alarm.notificationHandle); });
     sixTimes("finalize", [&] { return saNtfFinalize(handle); });
     results += taken >= std::chrono::milliseconds(40) ? "delayed" : "at once";
@@ -55,15 +65,15 @@ struct Schedule {
 const Schedule kSchedules[] = {
     {"Busy", "send:TRY_AGAIN,times=2",
      "^ruxa-ntf: RUXA_NTF_FAULTS refuses send with 6 \\(SA_AIS_ERR_TRY_AGAIN\\)\n"
-     "initialize 1 1 1 1 1 1; .*send 6 6 1 1 1 1; free 1 9"},
+     "initialize 1 1 1 1 1 1; .*send 6 6 1 1 1 1; .*free 1 9"},
     {"Later", "send:SA_AIS_ERR_NO_RESOURCES,after=3,times=1", "send 1 1 1 18 1 1; .*at once"},
     {"FirstThatApplies", " send : LIBRARY , after=1 , times = 2 ;send:TIMEOUT,after=2;;",
      "send 1 2 2 5 5 5;"},
     {"EachCall",
      "initialize:INIT,times=1;allocate:NO_MEMORY,times=2;value:DEPLOYMENT,times=3;"
-     "free:BUSY,times=1;finalize:EXIST,times=1",
+     "free:BUSY,times=1;finalize:EXIST,times=1;search:TRY_AGAIN,times=1;read:TIMEOUT,after=2,times=1",
      "initialize 4 1 1 1 1 1; allocate 8 8 1 1 1 1; value 40 40 40 1 1 1; send 1 1 1 1 1 1; "
-     "free 10 1 9 9 9 9; finalize 14 1 9 9 9 9;"},
+     "search 6 1 1 1 1 1; read 12 12 5 12 12 12; free 10 1 9 9 9 9; finalize 14 1 9 9 9 9;"},
     {"Delay", "send:OK,delay=20,after=1,times=2", "send 1 1 1 1 1 1; .*delayed"},
     {"NoCall", "send:BUSY;sendd:TRY_AGAIN",
      "^RUXA_NTF_FAULTS: 'sendd' in 'sendd:TRY_AGAIN' is no call: .*; no faults are made\n.*"

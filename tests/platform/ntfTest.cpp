@@ -13,76 +13,14 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "NtfClient.h"
 #include "platform/ntf/log/AlarmRecord.h"
 #include "platform/ntf/log/LogPath.h"
-#include "saNtf.h"
-#include "support/TestSupport.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using platform::ntf::parseLine;
-
-/// Writes a code that the enumeration itself could not hold.
-template <typename Enumeration> void setCode(Enumeration& field, std::uint32_t code) {
-    std::memcpy(&field, &code, sizeof code);
-}
-
-void setName(SaNameT& name, const std::string& text) {
-    name.length = static_cast<SaUint16T>(text.size());
-    text.copy(reinterpret_cast<char*>(name.value), sizeof name.value);
-}
-
-SaNtfHandleT initialize() {
-    SaNtfHandleT handle = 0;
-    SaVersionT version = {'A', 1, 1};
-    EXPECT_EQ(saNtfInitialize(&handle, nullptr, &version), SA_AIS_OK);
-    return handle;
-}
-
-/// An alarm that can be sent: text "text", two entries of additional information, one repair
-/// action.
-SaNtfAlarmNotificationT allocateAlarm(SaNtfHandleT handle) {
-    SaNtfAlarmNotificationT alarm{};
-    EXPECT_EQ(saNtfAlarmNotificationAllocate(handle, &alarm, 0, sizeof "text", 2, 0, 0, 1, -1),
-              SA_AIS_OK);
-    *alarm.notificationHeader.eventType = SA_NTF_ALARM_NOTIFICATIONS_START;
-    setName(*alarm.notificationHeader.notificationObject, "managedElement=1,board=3");
-    std::strcpy(alarm.notificationHeader.additionalText, "text");
-    *alarm.perceivedSeverity = SA_NTF_SEVERITY_CRITICAL;
-    *alarm.probableCause = SA_NTF_UNSPECIFIED_REASON;
-    return alarm;
-}
-
-/// Gives `value` the bytes of `text`, with its NUL.
-void setString(const SaNtfAlarmNotificationT& alarm, SaNtfValueT& value, const std::string& text) {
-    void* data = nullptr;
-    const auto size = static_cast<SaUint16T>(text.size() + 1);
-    ASSERT_EQ(saNtfPtrValAllocate(alarm.notificationHandle, size, &data, &value), SA_AIS_OK);
-    std::memcpy(data, text.c_str(), size);
-}
-
-class Ntf : public testing::Test {
-protected:
-    ~Ntf() override { EXPECT_EQ(saNtfFinalize(m_handle), SA_AIS_OK); }
-
-    std::vector<std::string> logLines() const { return linesOf(m_log); }
-
-    /// What the service answers to a client that has this log.
-    static SaAisErrorT sendTo(const fs::path& log) {
-        const ScopedEnvironment environment("RUXA_NTF_LOG", log.c_str());
-        const SaNtfHandleT handle = initialize();
-        const SaAisErrorT result = saNtfNotificationSend(allocateAlarm(handle).notificationHandle);
-        EXPECT_EQ(saNtfFinalize(handle), SA_AIS_OK);
-        return result;
-    }
-
-    const TemporaryFolder m_temporary;
-    const fs::path& m_folder = m_temporary.path();
-    const fs::path m_log = m_folder / "log.jsonl";
-    const ScopedEnvironment m_variable{"RUXA_NTF_LOG", m_log.c_str()};
-    SaNtfHandleT m_handle = initialize();
-};
 
 // --- handles ---
 
@@ -107,34 +45,6 @@ TEST(NtfInitialize, AcceptsTheVersionsOfTheFirstRelease) {
     SaNtfHandleT handle = 0;
     EXPECT_EQ(saNtfInitialize(nullptr, nullptr, &version), SA_AIS_ERR_INVALID_PARAM);
     EXPECT_EQ(saNtfInitialize(&handle, nullptr, nullptr), SA_AIS_ERR_INVALID_PARAM);
-}
-
-TEST_F(Ntf, RefusesHandlesThatAreNotOpen) {
-    const SaNtfHandleT finalized = initialize();
-    const auto lost = allocateAlarm(finalized);
-    EXPECT_EQ(saNtfFinalize(finalized), SA_AIS_OK);
-    const auto freed = allocateAlarm(m_handle);
-    EXPECT_EQ(saNtfNotificationFree(freed.notificationHandle), SA_AIS_OK);
-    const auto alive = allocateAlarm(m_handle);
-
-    SaNtfAlarmNotificationT untouched{};
-    for (const SaNtfHandleT handle : {SaNtfHandleT{0}, SaNtfHandleT{12345678}, finalized,
-                                      SaNtfHandleT{alive.notificationHandle}}) {
-        EXPECT_EQ(saNtfAlarmNotificationAllocate(handle, &untouched, 0, 0, 0, 0, 0, 0, 0),
-                  SA_AIS_ERR_BAD_HANDLE);
-        EXPECT_EQ(untouched.notificationHandle, 0u);
-        EXPECT_EQ(saNtfFinalize(handle), SA_AIS_ERR_BAD_HANDLE);
-    }
-    void* data = nullptr;
-    SaNtfValueT value{};
-    for (const SaNtfNotificationHandleT handle :
-         {SaNtfNotificationHandleT{0}, SaNtfNotificationHandleT{12345678}, lost.notificationHandle,
-          freed.notificationHandle, SaNtfNotificationHandleT{m_handle}}) {
-        EXPECT_EQ(saNtfPtrValAllocate(handle, 1, &data, &value), SA_AIS_ERR_BAD_HANDLE);
-        EXPECT_EQ(saNtfNotificationSend(handle), SA_AIS_ERR_BAD_HANDLE);
-        EXPECT_EQ(saNtfNotificationFree(handle), SA_AIS_ERR_BAD_HANDLE);
-    }
-    EXPECT_EQ(saNtfNotificationSend(alive.notificationHandle), SA_AIS_OK);
 }
 
 // --- the memory of a notification ---
@@ -302,7 +212,7 @@ TEST_F(Ntf, LogsTheWholeNotification) {
         R"("notificationObject":"board=3","notifyingObject":"shelf=1",)"
         R"("classId":{"vendorId":32473,"majorId":193,"minorId":65535},)"
         R"("perceivedSeverity":"major","perceivedSeverityCode":4,"probableCause":74,"trend":1,)"
-        R"("thresholdId":255,"additionalText":"\"a\"\n)"
+        R"("thresholdId":255,"correlatedNotifications":[],"additionalText":"\"a\"\n)"
         "\xC3\xA9"
         R"( %s","additionalInfo":[{"infoId":0,"infoType":11,"value":"CI=1"},)"
         R"({"infoId":7,"infoType":13,"value":null}],)"

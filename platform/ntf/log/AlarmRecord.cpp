@@ -43,6 +43,27 @@ std::string elementsText(const std::vector<Element>& elements, const ElementKeys
     return '[' + list + ']';
 }
 
+/// An id is a text: many JSON readers keep only 53 bits of a number.
+std::string idText(std::uint64_t id) { return common::jsonString(std::to_string(id)); }
+
+std::string idsText(const std::vector<std::uint64_t>& ids) {
+    std::string list;
+    for (const std::uint64_t id : ids) {
+        list += (list.empty() ? "" : ",") + idText(id);
+    }
+    return '[' + list + ']';
+}
+
+std::uint64_t readId(const Json& json) {
+    const auto& text = json.get_ref<const std::string&>();
+    std::uint64_t id = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), id);
+    if (result.ec != std::errc{} || result.ptr != text.data() + text.size()) {
+        throw std::invalid_argument("no notification id");
+    }
+    return id;
+}
+
 /// Throws what is no number, or one that `Number` does not hold.
 template <typename Number> void read(const Json& object, const char* key, Number& number) {
     const Json& value = object.at(key);
@@ -69,10 +90,8 @@ std::vector<Element> readElements(const Json& list, const ElementKeys& keys) {
 
 AlarmRecord readRecord(const Json& json) {
     AlarmRecord record;
-    const auto& id = json.at("notificationId").get_ref<const std::string&>();
-    const auto result = std::from_chars(id.data(), id.data() + id.size(), record.notificationId);
-    if (result.ec != std::errc{} || result.ptr != id.data() + id.size() ||
-        json.at("notificationType") != kNotificationType) {
+    record.notificationId = readId(json.at("notificationId"));
+    if (json.at("notificationType") != kNotificationType) {
         throw std::invalid_argument("no alarm notification");
     }
     read(json, "eventTimeNs", record.eventTimeNs);
@@ -86,6 +105,9 @@ AlarmRecord readRecord(const Json& json) {
     read(json, "probableCause", record.probableCause);
     read(json, "trend", record.trend);
     read(json, "thresholdId", record.thresholdId);
+    for (const Json& id : json.value("correlatedNotifications", Json::array())) {
+        record.correlatedNotifications.push_back(readId(id));
+    }
     read(json, "additionalText", record.additionalText);
     record.additionalInfo = readElements(json.at("additionalInfo"), kInfoKeys);
     record.proposedRepairActions = readElements(json.at("proposedRepairActions"), kActionKeys);
@@ -99,9 +121,8 @@ AlarmRecord readRecord(const Json& json) {
 std::string toLine(const AlarmRecord& record) {
     using common::jsonString;
     using common::nameOf;
-    // The id is a text: many JSON readers keep only 53 bits of a number.
     std::string line(kFirstKey);
-    line += jsonString(std::to_string(record.notificationId));
+    line += idText(record.notificationId);
     const auto put = [&line](const char* key, const auto& value) {
         line += ',' + member(key, value);
     };
@@ -121,6 +142,7 @@ std::string toLine(const AlarmRecord& record) {
     put("probableCause", record.probableCause);
     put("trend", record.trend);
     put("thresholdId", record.thresholdId);
+    put("correlatedNotifications", idsText(record.correlatedNotifications));
     put("additionalText", jsonString(record.additionalText));
     put("additionalInfo", elementsText(record.additionalInfo, kInfoKeys));
     put("proposedRepairActions", elementsText(record.proposedRepairActions, kActionKeys));

@@ -33,6 +33,7 @@ struct AlarmRecord {
     std::uint32_t probableCause = 0;     ///< SaNtfProbableCauseT
     std::uint32_t trend = 0;             ///< SaNtfSeverityTrendT
     std::uint16_t thresholdId = 0;
+    std::vector<std::uint64_t> correlatedNotifications;
     std::string additionalText;
     std::vector<Element> additionalInfo;
     std::vector<Element> proposedRepairActions;
