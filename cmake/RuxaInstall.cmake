@@ -17,11 +17,10 @@ endif()
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ruxa-dolq)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/ruxa-dolq-config-version.cmake
   COMPATIBILITY SameMajorVersion)
-install(FILES
-    ${PROJECT_SOURCE_DIR}/cmake/ruxa-dolq-config.cmake
-    ${PROJECT_BINARY_DIR}/ruxa-dolq-config-version.cmake
+install(FILES ${PROJECT_BINARY_DIR}/ruxa-dolq-config-version.cmake
   DESTINATION ${package_dir} COMPONENT development)
-install(EXPORT ruxa-dolq-targets NAMESPACE ruxa:: DESTINATION ${package_dir} COMPONENT development)
+install(EXPORT ruxa-dolq-targets FILE ruxa-dolq-config.cmake NAMESPACE ruxa::
+  DESTINATION ${package_dir} COMPONENT development)
 
 # For everything else: pkg-config. Made at the installation, which knows its prefix: the system's own,
 # of which pkg-config then says nothing, or from where the file lies, so that the whole may be moved.
@@ -51,7 +50,7 @@ install(FILES
 
 # The tool's page comes with the tool. The formats of the files that integrators write come with the
 # development files.
-file(GLOB manuals_7 CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.7)
-file(GLOB schemas CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/schema/*.xsd)
-install(FILES ${manuals_7} DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT development)
-install(FILES ${schemas} DESTINATION ${CMAKE_INSTALL_DATADIR}/ruxa-dolq COMPONENT development)
+install(FILES ${PROJECT_SOURCE_DIR}/docs/man/libruxa-dolq.7
+  DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT development)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/schema/ DESTINATION ${CMAKE_INSTALL_DATADIR}/ruxa-dolq
+  COMPONENT development FILES_MATCHING PATTERN *.xsd)

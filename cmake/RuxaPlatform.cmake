@@ -3,32 +3,29 @@
 # `option` is the choice, `header` and `library` are what clients of the part include and link.
 function(ruxa_platform_part option part header library)
   set(${option} embedded CACHE STRING "Platform part ${library}: embedded or system")
-  set_property(CACHE ${option} PROPERTY STRINGS embedded system)
-
   if(${option} STREQUAL "embedded")
     add_subdirectory(${part})
-  elseif(${option} STREQUAL "system")
-    find_path(${option}_INCLUDE_DIR ${header} PATH_SUFFIXES opensaf)
-    find_library(${option}_LIBRARY ${library} PATH_SUFFIXES opensaf)
-    set(missing "")
-    if(NOT EXISTS "${${option}_INCLUDE_DIR}/${header}")
-      string(APPEND missing "\n  header ${header}: set ${option}_INCLUDE_DIR to the folder it is in")
-    endif()
-    if(NOT EXISTS "${${option}_LIBRARY}")
-      string(APPEND missing "\n  library lib${library}.so: set ${option}_LIBRARY to its full path")
-    endif()
-    if(missing)
-      message(FATAL_ERROR "${option}=system, but this was not found:${missing}\n"
-        "Or build the stand-in: ${option}=embedded.")
-    endif()
-    add_library(platform::${part} UNKNOWN IMPORTED GLOBAL)
-    set_target_properties(platform::${part} PROPERTIES
-      IMPORTED_LOCATION "${${option}_LIBRARY}"
-      INTERFACE_INCLUDE_DIRECTORIES "${${option}_INCLUDE_DIR}")
-  else()
+    return()
+  elseif(NOT ${option} STREQUAL "system")
     message(FATAL_ERROR "${option} is '${${option}}': choose embedded (the stand-in in "
       "platform/${part}) or system (a real platform's, installed on this machine).")
   endif()
+  find_path(${option}_INCLUDE_DIR ${header} PATH_SUFFIXES opensaf)
+  find_library(${option}_LIBRARY ${library} PATH_SUFFIXES opensaf)
+  if(NOT EXISTS "${${option}_INCLUDE_DIR}/${header}")
+    string(APPEND missing "\n  header ${header}: set ${option}_INCLUDE_DIR to the folder it is in")
+  endif()
+  if(NOT EXISTS "${${option}_LIBRARY}")
+    string(APPEND missing "\n  library lib${library}.so: set ${option}_LIBRARY to its full path")
+  endif()
+  if(missing)
+    message(FATAL_ERROR "${option}=system, but this was not found:${missing}\n"
+      "Or build the stand-in: ${option}=embedded.")
+  endif()
+  add_library(platform::${part} UNKNOWN IMPORTED GLOBAL)
+  set_target_properties(platform::${part} PROPERTIES
+    IMPORTED_LOCATION "${${option}_LIBRARY}"
+    INTERFACE_INCLUDE_DIRECTORIES "${${option}_INCLUDE_DIR}")
 endfunction()
 
 # Stops unless the NTF headers in `include_dir` are for names of 600 bytes.

@@ -10,14 +10,11 @@ import sys
 import unittest
 
 REPOSITORY = pathlib.Path(sys.argv.pop(1))
-# Where builds put their files, and what belongs to no document.
-NOT_OURS = {"out", "build", ".git", ".cache"}
 
 
 def pages():
-    for path in sorted(REPOSITORY.rglob("*.md")):
-        if not NOT_OURS & set(path.relative_to(REPOSITORY).parts):
-            yield path
+    return [path for depth in ("", "*/", "*/*/", "*/*/*/") for path in REPOSITORY.glob(depth + "*.md")
+            if path.relative_to(REPOSITORY).parts[0] not in {"out", "build"}]
 
 
 def anchors(page):

@@ -1,2 +1,0 @@
-# find_package(ruxa-dolq): the target ruxa::dolq. The platform's libraries are the loader's matter.
-include(${CMAKE_CURRENT_LIST_DIR}/ruxa-dolq-targets.cmake)
