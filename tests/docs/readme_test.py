@@ -16,7 +16,7 @@ REPOSITORY = pathlib.Path(sys.argv.pop(1))
 README = (REPOSITORY / "README.md").read_text(encoding="utf-8")
 
 # What stands behind the first fence, and who runs or compiles such a block as it is printed.
-RUN = {"sh": "scripts/test-commands", "": "here", "cpp": "scripts/test-packages", "cmake": None, "xml": None}
+RUN = {"sh": "scripts/test-commands", "": "here", "cpp": "tests/docs/examples_test.py", "cmake": None, "xml": None}
 
 
 def blocks():
