@@ -23,13 +23,13 @@ def anchors(page):
         yield re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
 
 
-# What each room may include of others; all of them the public headers and the platform's interfaces.
+# What each folder may include of others; all may include the public headers and the platform's.
 BELOW = {"common": set(), "platform": {"common"}, "src": {"common"},
          "tools": {"common", "platform", "src"}, "bench": {"common", "platform", "src"}}
 
 
-def room_of(source, included):
-    """The room of a header that is named in quotes in this source."""
+def folder_of(source, included):
+    """The top folder of a header that this source names in quotes."""
     for folder in (source.parent, REPOSITORY, REPOSITORY / "src", REPOSITORY / "tools" / "dolqctl"):
         if (folder / included).is_file():
             return (folder / included).resolve().relative_to(REPOSITORY.resolve()).parts[0]
@@ -37,14 +37,14 @@ def room_of(source, included):
 
 
 class Repository(unittest.TestCase):
-    def test_rooms_include_what_is_below_them(self):
-        for room, below in BELOW.items():
-            sources = [path for path in (REPOSITORY / room).rglob("*") if path.suffix in {".h", ".cpp"}]
-            self.assertTrue(sources, room)
+    def test_folders_include_what_is_below_them(self):
+        for top, below in BELOW.items():
+            sources = [path for path in (REPOSITORY / top).rglob("*") if path.suffix in {".h", ".cpp"}]
+            self.assertTrue(sources, top)
             for source in sources:
                 for included in re.findall(r'^#include "(.+)"', source.read_text(encoding="utf-8"),
                                            re.MULTILINE):
-                    self.assertIn(room_of(source, included), below | {room, None},
+                    self.assertIn(folder_of(source, included), below | {top, None},
                                   f"{source.relative_to(REPOSITORY)}: {included}")
 
     def test_has_no_dead_link(self):
