@@ -1,15 +1,86 @@
 // An NTF client library with what real ones do that the embedded one does not: DOUBLE=stock gives
 // names of 256 bytes, packed gives memory that is no block of its own and leaves the event time as
-// it is, empty gives no notification, refusing opens no session.
+// it is, empty gives no notification, refusing opens no session, blocking does not answer.
+//
+// READINGS says what readings give, one behind the other, separated by ";", the last one again and
+// again: alarms as ID/SEVERITY/VENDOR/SECONDS/OBJECT, "full" for one with all fields, and codes of
+// ReadNext, 6 for "try again"; "late" is one that comes after the client library's time-out. Where
+// FILTER is set, a reading needs this object in its filter.
 
 #include <cstdlib>
+#include <sstream>
 #include <string>
 
 #include <saNtf.h>
+#include <unistd.h>
 
 namespace {
 
 std::string chosen() { return std::getenv("DOUBLE"); }
+
+void setName(SaNameT& name, const std::string& text) {
+    name.length = static_cast<SaUint16T>(text.size());
+    text.copy(reinterpret_cast<char*>(name.value), text.size());
+}
+
+/// An alarm and the memory that its pointers lead to.
+struct Received {
+    SaNtfAlarmNotificationT alarm{};
+    SaNtfEventTypeT eventType = SA_NTF_ALARM_EQUIPMENT;
+    SaNameT object{};
+    SaNameT notifyingObject{};
+    SaNtfClassIdT classId{0, 3, 1};
+    SaTimeT eventTime = 0;
+    SaNtfIdentifierT id = 0;
+    SaNtfIdentifierT correlated[2] = {41, 42};
+    char text[5] = {'W', 'a', 'r', 'm', 0};
+    SaNtfAdditionalInfoT info[2]{};
+    SaNtfProbableCauseT cause = SA_NTF_ADAPTER_ERROR;
+    SaNtfSpecificProblemT problem{};
+    SaNtfSeverityT severity{};
+    SaNtfSeverityTrendT trend = SA_NTF_TREND_LESS_SEVERE;
+    SaNtfThresholdInformationT threshold{};
+    SaNtfAttributeT attribute{};
+    SaNtfProposedRepairActionT action{};
+} received, allocated;
+
+SaNameT filterName;
+int readings = 0;
+std::istringstream script;
+
+std::string filterText() { return {reinterpret_cast<char*>(filterName.value), filterName.length}; }
+
+void describe(Received& of, bool isFull) {
+    SaNtfAlarmNotificationT& alarm = of.alarm;
+    alarm.notificationHandle = 1;
+    SaNtfNotificationHeaderT& header = alarm.notificationHeader;
+    header.eventType = &of.eventType;
+    header.notificationObject = &of.object;
+    header.notifyingObject = &of.notifyingObject;
+    header.notificationClassId = &of.classId;
+    header.eventTime = &of.eventTime;
+    header.notificationId = &of.id;
+    header.correlatedNotifications = of.correlated;
+    header.additionalText = isFull ? of.text : nullptr;
+    header.additionalInfo = of.info;
+    header.numCorrelatedNotifications = isFull ? 2 : 0;
+    header.lengthAdditionalText = isFull ? sizeof(of.text) : 0;
+    header.numAdditionalInfo = isFull ? 2 : 0;
+    alarm.numSpecificProblems = alarm.numMonitoredAttributes = alarm.numProposedRepairActions =
+        isFull ? 1 : 0;
+    alarm.probableCause = &of.cause;
+    alarm.specificProblems = &of.problem;
+    alarm.perceivedSeverity = &of.severity;
+    alarm.trend = &of.trend;
+    alarm.thresholdInformation = &of.threshold;
+    alarm.monitoredAttributes = &of.attribute;
+    alarm.proposedRepairActions = &of.action;
+    of.info[0] = {7, SA_NTF_VALUE_STRING, {}};
+    of.info[1] = {0, SA_NTF_VALUE_UINT32, {}};
+    of.problem.problemType = SA_NTF_VALUE_DOUBLE;
+    of.attribute.attributeType = SA_NTF_VALUE_STRING;
+    of.action.actionValueType = SA_NTF_VALUE_BINARY;
+}
 
 SaNameT* stockName() { return static_cast<SaNameT*>(std::calloc(1, 2 + 256)); }
 
@@ -18,6 +89,9 @@ alignas(16) unsigned char packed[4096];
 } // namespace
 
 SaAisErrorT saNtfInitialize(SaNtfHandleT* handle, const SaNtfCallbacksT*, SaVersionT*) {
+    while (chosen() == "blocking") {
+        ::pause();
+    }
     *handle = 1;
     return chosen() == "refusing" ? SA_AIS_ERR_UNAVAILABLE : SA_AIS_OK;
 }
@@ -25,6 +99,11 @@ SaAisErrorT saNtfInitialize(SaNtfHandleT* handle, const SaNtfCallbacksT*, SaVers
 SaAisErrorT saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT* notification,
                                            SaUint16T, SaUint16T, SaUint16T, SaUint16T, SaUint16T,
                                            SaUint16T, SaInt16T) {
+    if (chosen() == "real") {
+        describe(allocated, true);
+        *notification = allocated.alarm;
+        return SA_AIS_OK;
+    }
     SaNtfNotificationHeaderT& header = notification->notificationHeader;
     notification->notificationHandle = chosen() == "empty" ? 0 : 1;
     static SaTimeT eventTime;
@@ -47,7 +126,70 @@ SaAisErrorT saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT
 SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT, SaUint16T, void**, SaNtfValueT*) {
     return SA_AIS_ERR_UNAVAILABLE;
 }
-SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT) { return SA_AIS_ERR_UNAVAILABLE; }
+SaAisErrorT saNtfAlarmNotificationFilterAllocate(SaNtfHandleT,
+                                                 SaNtfAlarmNotificationFilterT* filter, SaUint16T,
+                                                 SaUint16T, SaUint16T, SaUint16T, SaUint16T,
+                                                 SaUint16T, SaUint16T) {
+    filter->notificationFilterHandle = 1;
+    filter->notificationFilterHeader.notificationObjects = &filterName;
+    return SA_AIS_OK;
+}
+
+SaAisErrorT saNtfNotificationReadInitialize(SaNtfSearchCriteriaT,
+                                            const SaNtfNotificationTypeFilterHandlesT*,
+                                            SaNtfReadHandleT*) {
+    if (filterText() != (std::getenv("FILTER") != nullptr ? std::getenv("FILTER") : filterText())) {
+        return SA_AIS_ERR_INVALID_PARAM;
+    }
+    std::istringstream all(std::getenv("READINGS"));
+    std::string reading;
+    for (int i = 0; i <= readings && std::getline(all, reading, ';'); ++i) {
+        script = std::istringstream(reading);
+    }
+    ++readings;
+    return SA_AIS_OK;
+}
+
+SaAisErrorT saNtfNotificationReadNext(SaNtfReadHandleT, SaNtfSearchDirectionT,
+                                      SaNtfNotificationsT* notification) {
+    std::string word;
+    while (script >> word) {
+        if (word == "late") {
+            ::sleep(6);
+            return SA_AIS_ERR_TRY_AGAIN;
+        }
+        if (word.find('/') == word.npos && word != "full") {
+            return static_cast<SaAisErrorT>(std::stoi(word));
+        }
+        std::istringstream parts(word == "full" ? "9/3/32473/1700000000/Board=3" : word);
+        int severity = 0;
+        char slash = 0;
+        std::string object;
+        parts >> received.id >> slash >> severity >> slash >> received.classId.vendorId >> slash >>
+            received.eventTime >> slash >> object;
+        received.eventTime *= 1'000'000'000;
+        received.severity = static_cast<SaNtfSeverityT>(severity);
+        setName(received.object, object);
+        setName(received.notifyingObject, "node-1");
+        if (object.find(filterText()) != object.npos) {
+            describe(received, word == "full");
+            notification->notification.alarmNotification = received.alarm;
+            return SA_AIS_OK;
+        }
+    }
+    return SA_AIS_ERR_NOT_EXIST;
+}
+
+SaAisErrorT saNtfPtrValGet(SaNtfNotificationHandleT, const SaNtfValueT* value, void** data,
+                           SaUint16T* size) {
+    *data = received.text;
+    *size = sizeof(received.text);
+    return value == &received.info[0].infoValue ? SA_AIS_OK : SA_AIS_ERR_INVALID_PARAM;
+}
+
+SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT) {
+    return chosen() == "real" ? SA_AIS_OK : SA_AIS_ERR_UNAVAILABLE;
+}
 SaAisErrorT saNtfNotificationFree(SaNtfNotificationHandleT) { return SA_AIS_OK; }
 SaAisErrorT saNtfFinalize(SaNtfHandleT) { return SA_AIS_OK; }
 

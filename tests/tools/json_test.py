@@ -19,10 +19,12 @@ REPOSITORY, PROGRAM = sys.argv.pop(1), sys.argv.pop(1)
 MISTAKES = {"VELK_MANIFEST_DIR": "examples/loadmodules", "ZBN_NO": "CXC1370002", "ZBN_REV": "R2B"}
 GOOD = MISTAKES | {"ZBN_NO": "CXC1370001", "ZBN_REV": "R1A",
                    "SYSTEM_UUID": "0b5f7c52-6e0c-4b8e-9a43-2f1d8c7e6a90", "COMPUTE_NAME": "compute-1"}
-LOG = "tests/tools/files/notifications.jsonl"
+LOG = {"RUXA_NTF_LOG": "tests/tools/files/notifications.jsonl"}
+FULL = {"LD_LIBRARY_PATH": os.environ["NTF_DOUBLE"], "DOUBLE": "real", "READINGS": "full"}
 RUNS = [  # arguments, environment
-    ("alarms --history --log " + LOG, {}),
-    ("alarms --severity critical --since 1m --log " + LOG, {}),
+    ("alarms --history", LOG),
+    ("alarms --severity critical --since 1m", LOG),
+    ("alarms", FULL),
     ("check --discovered", MISTAKES),
     ("check tests/tools/files/silent.xml tests/tools/files/unclosed.xml", {}),
     ("doctor", {}),

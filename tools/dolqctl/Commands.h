@@ -84,7 +84,7 @@ struct RaiseArguments : CeaseArguments {
 int runRaise(const RaiseArguments& arguments);
 
 struct AlarmsArguments {
-    std::string log;
+    std::optional<std::uint32_t> vendor;
     std::optional<std::uint32_t> severity; ///< the least, a SaNtfSeverityT
     std::string object;
     std::optional<std::int64_t> since; ///< so many seconds ago

@@ -6,17 +6,10 @@
 
 namespace dolqctl {
 
-namespace {
-
-std::string answerText(const std::string& call, SaAisErrorT answer) {
-    const std::string meaning(common::aisMeaning(answer));
-    return call + " answers " + common::aisText(answer) + (meaning.empty() ? "" : ": " + meaning);
-}
-
-} // namespace
-
 NtfError::NtfError(const std::string& call, SaAisErrorT answer)
-    : CommandError(answerText(call, answer)) {}
+    : CommandError(call + " answers " + common::aisText(answer) +
+                   (common::aisMeaning(answer).empty() ? "" : ": ") +
+                   std::string(common::aisMeaning(answer))) {}
 
 Ntf::Ntf(Waiting& waiting) : m_waiting(waiting) {
     auto* const initialize = function<decltype(saNtfInitialize)>("saNtfInitialize");

@@ -58,10 +58,11 @@ void Waiting::bear(std::chrono::nanoseconds time, const std::string& name,
                    const std::string& answer) {
     const std::string text = name + ' ' + answer;
     if (givenUp != 0) {
-        throw GivenUp(text, givenUp);
+        throw GivenUp("given up: " + text, givenUp);
     }
     if (m_waited + time >= kLimit) {
-        throw GivenUp(text + ", after " + std::to_string(kLimit.count()) + " s of waiting", 0);
+        throw GivenUp("given up after " + std::to_string(kLimit.count()) + " s of waiting: " + text,
+                      0);
     }
     if (m_waited + time >= kQuiet && !std::exchange(m_hasTold, true)) {
         tell("waiting for the notification service: " + text + ". Ctrl-C gives up.");

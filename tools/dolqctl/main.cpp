@@ -212,13 +212,15 @@ std::string toSeconds(std::string& text) {
 void addAlarms(CLI::App& program) {
     static AlarmsArguments arguments;
     CLI::App& command = *program.add_subcommand("alarms", "List the active alarms");
-    addValue(command, "--log", "FILE", arguments.log, "The notification log to read");
     command.add_flag("--history", arguments.history,
                      "Also the alarms that were ceased; the latest first");
     addChoice(command, "--severity", common::kSeverityNames, arguments.severity,
               "Only these and worse ones");
     addValue(command, "--object", "DN", arguments.object,
              "Only this notification object and those below it");
+    addValue(command, "--vendor", "ID", arguments.vendor,
+             "Only those of this vendor's notification classes")
+        ->check(problemOfNumber);
     addValue(command, "--since", "AGO", arguments.since,
              "Only those raised or ceased since, e.g. 90s or 2d")
         ->transform(CLI::Validator(toSeconds, ""));
@@ -229,8 +231,10 @@ void addAlarms(CLI::App& program) {
     command.footer(
         R"(Notifications of one object and one notification class are one alarm: the latest
 raise says what it is, and a cease ends it. AGE is how long it has been active,
-or was; times are local. The log is --log, or else RUXA_NTF_LOG, or else
-ruxa/notifications.jsonl in XDG_STATE_HOME or ~/.local/state.
+or was; times are local. A time before 2000 or in the future is unknown, "-",
+and later than any AGO (90s, 10m, 6h, 2d). ALARM names the vendor id where it is
+not the library's: 18568:3/1. The embedded service reads the log RUXA_NTF_LOG,
+or else ruxa/notifications.jsonl in XDG_STATE_HOME or ~/.local/state.
 
 Examples:
   dolqctl alarms --severity major --object managedElement=1 --since 2h

@@ -7,6 +7,6 @@ export RUXA_NTF_LOG=$WORK/notifications.jsonl
 steady() {
     sed -E 's/[0-9-]+T[0-9:.]+Z [0-9]+ [0-9]+ dolqctl\.[^ ]+ ([0-9]) ([a-zA-Z]+):[0-9]+ /\1 \2 /
             s/[0-9]{4}-[0-9-]{5}(T[0-9:.]+Z| [0-9:]{8})/TIME/g; s/ [0-9]+s(  |$)/ AGE\1/
-            s/thread: [0-9]+/thread: PID/; s/notification [0-9]{5,}/notification ID/; s;(^|[ "])/[^ "]*/;\1;g'
+            s/thread: [0-9]+/thread: PID/; s/notification(Id:)? [0-9]{5,}/notification\1 ID/; s/after [0-9.]+ ms/after MS/; s;(^|[ "])/[^ "]*/;\1;g'
 }
 set -o pipefail

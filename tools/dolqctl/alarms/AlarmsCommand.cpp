@@ -1,22 +1,22 @@
+// `alarms`: what the notifications of the service amount to.
 #include <algorithm>
 #include <ctime>
 #include <functional>
 #include <iomanip>
 #include <iostream>
-#include <iterator>
 #include <map>
+#include <set>
 #include <sstream>
-#include <system_error>
-#include <tuple>
+#include <unordered_map>
 #include <utility>
 
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Output.h"
-#include "alarms/AlarmLog.h"
+#include "alarms/AlarmReader.h"
 #include "common/AlarmNames.h"
-#include "platform/ntf/log/LogPath.h"
+#include "common/FormatTime.h"
 
 namespace dolqctl {
 
@@ -25,8 +25,69 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr std::int64_t kNsPerSecond = 1'000'000'000;
-constexpr char kOtherLogs[] =
-    "Other users, and programs with another RUXA_NTF_LOG, log elsewhere: see --log.";
+
+/// In nanoseconds since 1970, if known.
+using Time = std::optional<std::int64_t>;
+
+/// A sender's event time can be anything: one before 2000 or in the future is unknown.
+Time known(std::int64_t timeNs) {
+    constexpr std::int64_t k2000 = 946'684'800;
+    const std::int64_t seconds = timeNs / kNsPerSecond;
+    return seconds >= k2000 && seconds <= std::time(nullptr) ? Time(timeNs) : std::nullopt;
+}
+
+/// One alarm from its first raise to its cease: the notifications of one notification object and
+/// one notification class.
+struct Alarm {
+    Notification raised; ///< what the latest raise said
+    Time firstTime, lastTime, endTime;
+    bool isCeased = false;
+    std::uint64_t timesRaised = 0;
+    std::uint64_t place = 0; ///< of what was last heard of it, among all notifications
+};
+
+struct AlarmList {
+    std::vector<Alarm> alarms;
+    std::uint64_t notifications = 0;
+    Time since; ///< the first one's
+};
+
+/// Those that are active and, `withCeased`, the others.
+AlarmList readAlarms(const std::string& object, bool withCeased) {
+    AlarmList list;
+    std::unordered_map<std::string, Alarm> active; // by class and object
+    const auto begin = [&] {
+        list = {};
+        active.clear();
+    };
+    const auto take = [&](Notification&& notification) {
+        const Time time = known(notification.eventTimeNs);
+        list.since = list.since ? list.since : time;
+        const SaNtfClassIdT& id = notification.classId;
+        const std::string key = std::to_string(id.vendorId) + '/' + std::to_string(id.majorId) +
+                                '/' + std::to_string(id.minorId) + ' ' + notification.object;
+        Alarm& alarm = active[key];
+        alarm.place = ++list.notifications;
+        if (notification.severity != SA_NTF_SEVERITY_CLEARED) {
+            alarm.firstTime = alarm.timesRaised++ == 0 ? time : alarm.firstTime;
+            alarm.lastTime = time;
+            alarm.raised = std::move(notification);
+            return;
+        }
+        alarm.isCeased = true;
+        alarm.endTime = time;
+        if (withCeased && alarm.timesRaised != 0) {
+            list.alarms.push_back(std::move(alarm));
+        }
+        active.erase(key);
+    };
+    Waiting waiting;
+    AlarmReader(waiting, object).read(begin, take);
+    for (auto& [key, alarm] : active) {
+        list.alarms.push_back(std::move(alarm));
+    }
+    return list;
+}
 
 const char* nameOf(std::uint32_t severity) {
     return common::nameOf(severity, common::kSeverityNames);
@@ -34,120 +95,159 @@ const char* nameOf(std::uint32_t severity) {
 
 /// Its severity, behind "ceased" if it is.
 std::string severityOf(const Alarm& alarm) {
-    return (alarm.endTimeNs ? "ceased " : "") + std::string(nameOf(alarm.raised.perceivedSeverity));
+    return (alarm.isCeased ? "ceased " : "") + std::string(nameOf(alarm.raised.severity));
 }
 
-/// "2/17"
-std::string idOf(const Alarm& alarm) {
-    return std::to_string(alarm.raised.majorId) + '/' + std::to_string(alarm.raised.minorId);
-}
-
-/// "2024-02-29 12:34:56", local.
-std::string timeText(std::int64_t timeNs) {
-    const std::time_t seconds = timeNs / kNsPerSecond;
+/// "2024-02-29 12:34:56", local; "-" when unknown.
+std::string timeText(Time time) {
+    const std::time_t seconds = time.value_or(0) / kNsPerSecond;
     std::tm local{};
     localtime_r(&seconds, &local);
     std::ostringstream text;
     text << std::put_time(&local, "%F %T");
-    return text.str();
+    return time ? text.str() : "-";
 }
 
-/// For how long it has been active, or was: "45s", "3m", "2h", "5d". Empty where the clock was set
-/// back meanwhile.
+/// For how long it has been active, or was: "45s", "3m", "2h", "5d"; "-" when unknown.
 std::string ageOf(const Alarm& alarm) {
     constexpr std::pair<std::int64_t, char> kUnits[] = {
         {24 * 60 * 60, 'd'}, {60 * 60, 'h'}, {60, 'm'}, {1, 's'}};
-    const std::int64_t end = alarm.endTimeNs ? *alarm.endTimeNs / kNsPerSecond : std::time(nullptr);
-    const std::int64_t seconds = end - alarm.firstTimeNs / kNsPerSecond;
+    const Time end = alarm.isCeased ? alarm.endTime : std::time(nullptr) * kNsPerSecond;
+    const Time first = alarm.firstTime;
+    const std::int64_t seconds = first && end ? *end / kNsPerSecond - *first / kNsPerSecond : -1;
     for (const auto& [length, unit] : kUnits) {
         if (seconds >= length) {
             return std::to_string(seconds / length) + unit;
         }
     }
-    return seconds == 0 ? "0s" : "";
+    return seconds == 0 ? "0s" : "-";
 }
 
-std::string programGroupOf(const Alarm& alarm) {
-    const auto& actions = alarm.raised.proposedRepairActions;
-    return actions.empty() ? "" : actions.front().value.value_or("");
+Json toJson(Time time) { return time ? Json(common::formatTime(*time)) : Json(); }
+
+Json toJson(const std::vector<Value>& values) {
+    constexpr const char* kTypes[] = {"uint8",    "int8",   "uint16",    "int16",  "uint32",
+                                      "int32",    "float",  "uint64",    "int64",  "double",
+                                      "ldapName", "string", "ipAddress", "binary", "array"};
+    Json list = Json::array();
+    for (const Value& value : values) {
+        list.push_back({{"id", value.id},
+                        {"type", common::nameOf(value.type, kTypes)},
+                        {"value", value.text ? Json(*value.text) : Json()}});
+    }
+    return list;
+}
+
+/// What it says besides what it is, and when.
+Json contentOf(const Notification& raised) {
+    constexpr const char* kTrends[] = {"moreSevere", "noChange", "lessSevere"};
+    Json correlated = Json::array(); // ids as texts: many readers keep only 53 bits of a number
+    for (const SaNtfIdentifierT id : raised.correlated) {
+        correlated.push_back(std::to_string(id));
+    }
+    return {{"text", raised.text},
+            {"info", toJson(raised.info)},
+            {"repairActions", toJson(raised.repairActions)},
+            {"notificationId", std::to_string(raised.id)},
+            {"notifyingObject", raised.notifyingObject},
+            {"eventType", common::nameOf(raised.eventType - SA_NTF_ALARM_NOTIFICATIONS_START,
+                                         common::kEventTypeNames)},
+            {"probableCause", raised.cause},
+            {"trend", common::nameOf(raised.trend, kTrends)},
+            {"threshold", toJson({raised.threshold}).front()},
+            {"specificProblems", toJson(raised.specificProblems)},
+            {"monitoredAttributes", toJson(raised.monitoredAttributes)},
+            {"correlatedNotifications", correlated}};
 }
 
 Json toJson(const Alarm& alarm) {
-    const platform::ntf::AlarmRecord& raised = alarm.raised;
-    const auto time = [](std::int64_t timeNs) { return Json(platform::ntf::formatTime(timeNs)); };
-    const std::string group = programGroupOf(alarm);
-    Json info = Json::array();
-    for (const platform::ntf::Element& element : raised.additionalInfo) {
-        info.push_back(element.value.value_or(""));
-    }
-    return {
-        {"state", alarm.endTimeNs ? "ceased" : "active"},
-        {"object", raised.notificationObject},
-        {"classId",
-         {{"vendorId", raised.vendorId}, {"majorId", raised.majorId}, {"minorId", raised.minorId}}},
-        {"severity", nameOf(raised.perceivedSeverity)},
-        {"firstTime", time(alarm.firstTimeNs)},
-        {"lastTime", time(raised.eventTimeNs)},
-        {"endTime", alarm.endTimeNs ? time(*alarm.endTimeNs) : Json(nullptr)},
-        {"timesRaised", alarm.timesRaised},
-        {"text", raised.additionalText},
-        {"info", info},
-        {"programGroup", group.empty() ? Json(nullptr) : Json(group)}};
+    const SaNtfClassIdT& id = alarm.raised.classId;
+    Json json = {
+        {"state", alarm.isCeased ? "ceased" : "active"},
+        {"object", alarm.raised.object},
+        {"classId", {{"vendorId", id.vendorId}, {"majorId", id.majorId}, {"minorId", id.minorId}}},
+        {"severity", nameOf(alarm.raised.severity)},
+        {"firstTime", toJson(alarm.firstTime)},
+        {"lastTime", toJson(alarm.lastTime)},
+        {"endTime", toJson(alarm.endTime)},
+        {"timesRaised", alarm.timesRaised}};
+    json.update(contentOf(alarm.raised));
+    return json;
+}
+
+/// "2/17", "18568:3/1" of another vendor than the library's.
+std::string idOf(const Alarm& alarm) {
+    const SaNtfClassIdT& id = alarm.raised.classId;
+    return (id.vendorId == DOLQCTL_VENDOR_ID ? "" : std::to_string(id.vendorId) + ':') +
+           std::to_string(id.majorId) + '/' + std::to_string(id.minorId);
 }
 
 void printList(const std::vector<Alarm>& alarms) {
     std::vector<std::vector<std::string>> rows = {
         {"SEVERITY", "AGE", "LAST RAISED", "TIMES", "ALARM", "OBJECT"}};
     for (const Alarm& alarm : alarms) {
-        rows.push_back({severityOf(alarm), ageOf(alarm), timeText(alarm.raised.eventTimeNs),
-                        std::to_string(alarm.timesRaised), idOf(alarm),
-                        alarm.raised.notificationObject});
+        rows.push_back({severityOf(alarm), ageOf(alarm), timeText(alarm.lastTime),
+                        std::to_string(alarm.timesRaised), idOf(alarm), alarm.raised.object});
     }
     printTable(std::move(rows));
 }
 
 void printLong(const std::vector<Alarm>& alarms) {
-    const auto below = [](const char* what, const std::string& text) {
+    const auto below = [](const std::string& text) {
         std::cout << "    ";
-        printWrapped(what + (text.empty() ? "-" : text), "        ");
+        printWrapped(text, "        ");
+    };
+    const auto shown = [](const Json& field) {
+        if (field.is_object()) {
+            return (field["value"].is_null() ? '(' + field["type"].get<std::string>() + ')'
+                                             : field["value"].get<std::string>()) +
+                   (field["id"] == 0 ? "" : " (id " + jsonText(field["id"]) + ')');
+        }
+        return field == "" ? "-" : field.is_string() ? field.get<std::string>() : jsonText(field);
     };
     for (const Alarm& alarm : alarms) {
-        const platform::ntf::AlarmRecord& raised = alarm.raised;
-        printWrapped(severityOf(alarm) + ' ' + idOf(alarm) + " on " + raised.notificationObject,
-                     "    ");
-        below("active for: ",
-              ageOf(alarm) + (alarm.endTimeNs ? ", until " + timeText(*alarm.endTimeNs) : ""));
-        below("raised: ", counted(alarm.timesRaised, "time") + ", first " +
-                              timeText(alarm.firstTimeNs) + ", last " +
-                              timeText(raised.eventTimeNs));
-        below("text: ", raised.additionalText);
-        for (const platform::ntf::Element& element : raised.additionalInfo) {
-            below("info: ", element.value.value_or(""));
+        printWrapped(severityOf(alarm) + ' ' + idOf(alarm) + " on " + alarm.raised.object, "    ");
+        below("active for: " + ageOf(alarm) +
+              (alarm.isCeased ? ", until " + timeText(alarm.endTime) : ""));
+        below("raised: " + counted(alarm.timesRaised, "time") + ", first " +
+              timeText(alarm.firstTime) + ", last " + timeText(alarm.lastTime));
+        const Json all = contentOf(alarm.raised);
+        for (const auto& [name, content] : all.items()) {
+            for (const Json& field : content.is_array() ? content : Json::array({content})) {
+                below(name + ": " + shown(field));
+            }
         }
-        below("program group: ", programGroupOf(alarm));
     }
 }
 
-void printJson(const std::filesystem::path& path, const AlarmLog& log) {
-    const auto text = [](const Json& json) {
-        return json.dump(-1, ' ', true, Json::error_handler_t::replace);
-    };
-    std::cout << "{\n  \"log\": " << text(path.string())
-              << ",\n  \"notifications\": " << log.notifications
-              << ",\n  \"skippedLines\": " << log.skippedLines << ",\n  \"alarms\": [";
+void printJson(const AlarmList& list) {
+    std::cout << "{\n  \"notifications\": " << list.notifications
+              << ",\n  \"since\": " << jsonText(toJson(list.since)) << ",\n  \"alarms\": [";
     const char* separator = "\n    ";
-    for (const Alarm& alarm : log.alarms) {
-        std::cout << separator << text(toJson(alarm));
+    for (const Alarm& alarm : list.alarms) { // a line each: there can be many
+        std::cout << separator << jsonText(toJson(alarm));
         separator = ",\n    ";
     }
     std::cout << "\n  ]\n}\n";
+}
+
+/// The option that leaves the alarm out; null when it is shown.
+const char* leavesOut(const AlarmsArguments& arguments, const Alarm& alarm) {
+    const Time changed = alarm.isCeased ? alarm.endTime : alarm.lastTime; // unknown: may be young
+    return arguments.vendor.value_or(alarm.raised.classId.vendorId) != alarm.raised.classId.vendorId
+               ? "--vendor"
+           : arguments.severity.value_or(0) > alarm.raised.severity ? "--severity"
+           : arguments.since && changed &&
+                   *changed / kNsPerSecond < std::time(nullptr) - *arguments.since
+               ? "--since"
+               : nullptr;
 }
 
 /// "1 critical, 2 minor": how many there are of each severity, the worst first.
 std::string severitiesText(const std::vector<Alarm>& alarms) {
     std::map<std::uint32_t, std::size_t, std::greater<>> counts;
     for (const Alarm& alarm : alarms) {
-        ++counts[alarm.raised.perceivedSeverity];
+        ++counts[alarm.raised.severity];
     }
     std::string text;
     for (const auto& [severity, count] : counts) {
@@ -156,87 +256,54 @@ std::string severitiesText(const std::vector<Alarm>& alarms) {
     return text;
 }
 
-std::filesystem::path findLog(const std::string& given) {
-    std::filesystem::path path =
-        given.empty() ? platform::ntf::notificationLogPath() : std::filesystem::path(given);
-    if (path.empty()) {
-        throw CommandError("neither RUXA_NTF_LOG nor XDG_STATE_HOME nor HOME says where the "
-                           "notification log is: set RUXA_NTF_LOG, or give --log");
-    }
-    const std::string why = given.empty() ? whyElsewhere() : "";
-    std::error_code error;
-    if (std::filesystem::status(path, error).type() == std::filesystem::file_type::not_found) {
-        throw CommandError(why.empty() ? "there is no log " + path.string() +
-                                             ": none was written, or it was moved. " + kOtherLogs
-                                       : why);
-    }
-    if (!why.empty()) {
-        tell(why + ". This is the log of the embedded service.");
-    }
-    return path;
-}
-
-/// Takes away the alarms that are not asked for.
-void filter(std::vector<Alarm>& alarms, const AlarmsArguments& arguments) {
-    const std::int64_t since = std::time(nullptr) - arguments.since.value_or(0);
-    const auto isOther = [&](const Alarm& alarm) {
-        const std::string& object = alarm.raised.notificationObject;
-        return alarm.raised.perceivedSeverity < arguments.severity.value_or(0) ||
-               (arguments.since && alarm.changeTimeNs() / kNsPerSecond < since) ||
-               !(arguments.object.empty() || object == arguments.object ||
-                 object.rfind(arguments.object + ',', 0) == 0);
-    };
-    alarms.erase(std::remove_if(alarms.begin(), alarms.end(), isOther), alarms.end());
-}
-
-/// The worst first, or the latest.
-void sort(std::vector<Alarm>& alarms, bool bySeverity) {
-    const auto place = [bySeverity](const Alarm& alarm) {
-        return std::make_tuple(bySeverity ? alarm.raised.perceivedSeverity : 0,
-                               alarm.changeTimeNs(), alarm.raised.notificationId);
-    };
-    std::sort(alarms.begin(), alarms.end(),
-              [&](const Alarm& left, const Alarm& right) { return place(left) > place(right); });
-}
-
-/// "2 active alarms found: 1 major, 1 minor"
-std::string summaryOf(const AlarmsArguments& arguments, const std::vector<Alarm>& alarms) {
-    const bool isFiltered = arguments.severity || arguments.since || !arguments.object.empty();
-    const std::string what = arguments.history ? "alarm" : "active alarm";
-    const std::string matching = isFiltered ? " found" : "";
-    return alarms.empty() ? "No " + what + 's' + matching
-                          : counted(alarms.size(), what) + matching + ": " + severitiesText(alarms);
-}
-
 } // namespace
 
 int runAlarms(const AlarmsArguments& arguments) {
-    const std::filesystem::path path = findLog(arguments.log);
-    AlarmLog log = readAlarmLog(path, arguments.history);
-    if (log.skippedLines != 0) {
-        tell("lines of " + path.string() +
-             " that are no whole notifications, left out: " + std::to_string(log.skippedLines));
+    const std::string object = arguments.object.substr(0, kLongestObject);
+    AlarmList list = readAlarms(object, arguments.history);
+    std::vector<Alarm>& alarms = list.alarms;
+    std::set<std::string> options;
+    const auto isLeftOut = [&](const Alarm& alarm) {
+        const char* const option = leavesOut(arguments, alarm);
+        return option != nullptr && (options.insert(option), true);
+    };
+    const std::size_t found = alarms.size();
+    alarms.erase(std::remove_if(alarms.begin(), alarms.end(), isLeftOut), alarms.end());
+    const auto rank = [&](const Alarm& alarm) { // the worst first, or the latest
+        return std::pair(arguments.history ? 0 : alarm.raised.severity, alarm.place);
+    };
+    std::sort(alarms.begin(), alarms.end(),
+              [&](const Alarm& left, const Alarm& right) { return rank(left) > rank(right); });
+    const std::string what = arguments.history ? "alarm" : "active alarm";
+    const std::string of = object.empty() ? "" : " of " + nameText(arguments.object);
+    std::string summary = counted(alarms.size(), what) + of + ": " + severitiesText(alarms);
+    if (alarms.empty()) {
+        summary = "No " + what + 's' + of;
+        summary += found == 0
+                       ? ""
+                       : ": " + joined(options, " and ") + " left out " + std::to_string(found);
     }
-    filter(log.alarms, arguments);
-    sort(log.alarms, !arguments.history);
-    std::string summary = summaryOf(arguments, log.alarms);
-    if (arguments.limit && *arguments.limit < log.alarms.size()) {
-        log.alarms.resize(*arguments.limit);
-        summary += "; " + std::to_string(log.alarms.size()) + " shown";
+    if (arguments.limit && *arguments.limit < alarms.size()) {
+        alarms.resize(*arguments.limit);
+        summary += "; " + std::to_string(alarms.size()) + " shown";
     }
     if (arguments.json) {
-        printJson(path, log);
+        printJson(list);
         return kFine;
     }
-    if (!log.alarms.empty()) {
-        arguments.isLong ? printLong(log.alarms) : printList(log.alarms);
+    if (!alarms.empty()) {
+        arguments.isLong ? printLong(alarms) : printList(alarms);
         printLine();
     }
     printWrapped(summary, "  ");
-    const std::string since = log.notifications == 0 ? "" : " since " + timeText(log.firstTimeNs);
-    printWrapped(counted(log.notifications, "notification") + since + " in " + path.string());
-    if (log.alarms.empty() && arguments.log.empty()) {
-        printLine(kOtherLogs);
+    printWrapped("The service gave " + counted(list.notifications, "notification") + of +
+                     (list.since ? " since " + timeText(list.since) : ""),
+                 "  ");
+    if (list.notifications == 0 && object.empty()) {
+        printWrapped(
+            "A cluster's service forgets them when it restarts; the embedded one reads the log of "
+            "RUXA_NTF_LOG, or of this user.",
+            "  ");
     }
     return kFine;
 }

@@ -1,201 +1,178 @@
-// `raise` and `cease`: through the library, as an application would.
+// `raise` and `cease`: through the library, as an application would. What arrived is what the
+// notification service gives afterwards and did not give before.
+#include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <cstdint>
 #include <cstdlib>
 #include <functional>
-#include <future>
+#include <iomanip>
 #include <iostream>
 #include <iterator>
-#include <mutex>
-#include <optional>
-#include <string>
+#include <memory>
+#include <sstream>
 #include <type_traits>
 
 #include <ruxa/fm/dolq/v2/FmiFactory.h>
-#include <saNtf.h>
 
 #include "Commands.h"
 #include "Output.h"
-#include "SharedObject.h"
-#include "alarms/AlarmLog.h"
-#include "common/AisNames.h"
+#include "alarms/AlarmReader.h"
 #include "common/AlarmNames.h"
-
-namespace {
-
-constexpr char kInitialize[] = "saNtfInitialize";
-constexpr char kSend[] = "saNtfNotificationSend";
-
-/// What the library asks of the service, on a thread of its own: when the user gives up, this tells
-/// what came of the alarm. The traces tell the reason of a failure, but not the outcome: several
-/// failure traces go with alarms that are sent all the same.
-struct {
-    std::mutex mutex; // kept when the user has given up: no further call begins
-    std::string call = "the service";
-    std::optional<SaAisErrorT> answer; // to this call; none while it runs
-    std::string alarm;                 // handed over with `kSend`: "alarm 2/17 (major) on ..."
-} latest;
-
-volatile std::sig_atomic_t givenUp = 0; // by this signal
-
-/// "saNtfNotificationSend answers 5 (SA_AIS_ERR_TIMEOUT): no answer came in time"
-std::string answerText() {
-    if (!latest.answer) {
-        return latest.call + " has not answered";
-    }
-    const std::string meaning(common::aisMeaning(*latest.answer));
-    return latest.call + " answers " + common::aisText(*latest.answer) +
-           (meaning.empty() ? "" : ": " + meaning);
-}
-
-template <typename... Arguments> SaAisErrorT passOn(const char* name, Arguments... arguments) {
-    using Call = SaAisErrorT(Arguments...);
-    auto* const call = dolqctl::SharedObject(dolqctl::kNtfLibrary).function<Call>(name);
-    std::unique_lock<std::mutex> lock(latest.mutex);
-    latest.call = name;
-    latest.answer.reset();
-    lock.unlock();
-    const SaAisErrorT answer = call(arguments...);
-    lock.lock();
-    latest.answer = answer;
-    return answer;
-}
-
-const SaNtfAlarmNotificationT* allocated = nullptr; // the library's, until it is sent
-
-} // namespace
-
-// A program's function takes precedence over a library's of the same name, so the library's calls
-// of the service come through here.
-#pragma GCC visibility push(default)
-
-SaAisErrorT saNtfInitialize(SaNtfHandleT* handle, const SaNtfCallbacksT* callbacks,
-                            SaVersionT* version) {
-    return passOn(kInitialize, handle, callbacks, version);
-}
-
-SaAisErrorT saNtfAlarmNotificationAllocate(SaNtfHandleT handle,
-                                           SaNtfAlarmNotificationT* notification,
-                                           SaUint16T correlated, SaUint16T text, SaUint16T info,
-                                           SaUint16T problems, SaUint16T attributes,
-                                           SaUint16T actions, SaInt16T size) {
-    allocated = notification;
-    return passOn("saNtfAlarmNotificationAllocate", handle, notification, correlated, text, info,
-                  problems, attributes, actions, size);
-}
-
-SaAisErrorT saNtfPtrValAllocate(SaNtfNotificationHandleT handle, SaUint16T size, void** block,
-                                SaNtfValueT* value) {
-    return passOn("saNtfPtrValAllocate", handle, size, block, value);
-}
-
-SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT handle) {
-    const SaNtfNotificationHeaderT& header = allocated->notificationHeader;
-    const SaNameT& object = *header.notificationObject;
-    latest.alarm = "alarm " + std::to_string(header.notificationClassId->majorId) + '/' +
-                   std::to_string(header.notificationClassId->minorId) + " (" +
-                   common::nameOf(*allocated->perceivedSeverity, common::kSeverityNames) + ") on " +
-                   dolqctl::inQuotes({reinterpret_cast<const char*>(object.value), object.length});
-    const SaAisErrorT answer = passOn(kSend, handle);
-    if (answer == SA_AIS_OK && header.notificationId != nullptr && *header.notificationId != 0) {
-        const std::lock_guard<std::mutex> lock(latest.mutex);
-        latest.alarm += ", notification " + std::to_string(*header.notificationId);
-    }
-    return answer;
-}
-
-#pragma GCC visibility pop
+#include "common/Escape.h"
 
 namespace dolqctl {
 
 namespace {
 
 using ruxa::fm::fmi::v1::FaultManagementI;
+using Milliseconds = std::chrono::duration<double, std::milli>;
 
-/// Returns when `work` has ended or the user gives up; tells after a second what it waits for.
-void waitFor(const std::future<void>& work) {
-    using namespace std::chrono_literals;
-    const auto giveUp = [](int signal) { givenUp = signal; };
-    std::signal(SIGINT, giveUp);
-    std::signal(SIGTERM, giveUp);
-    for (int round = 1; work.wait_for(50ms) == std::future_status::timeout; ++round) {
-        std::unique_lock<std::mutex> lock(latest.mutex);
-        if (givenUp != 0) {
-            lock.release();
-            return;
-        }
-        if (round == 20) {
-            tell("waiting for the service" +
-                 (latest.answer == SA_AIS_OK ? "" : ": " + answerText()) + ". Ctrl-C gives up.");
-        }
+/// What tells it from others on its object, as every service gives it back: none replaces or cuts
+/// anything in here.
+std::string likenessOf(const Notification& notification) {
+    constexpr std::size_t kSurelySent = 1000; // bytes of a text
+    std::vector<std::string> texts = {notification.object, notification.text};
+    for (std::size_t i = 1; i < notification.info.size(); ++i) { // behind the correlation info
+        texts.push_back(notification.info[i].text.value_or(""));
     }
+    std::string all =
+        std::to_string(notification.classId.vendorId) + ' ' + std::to_string(notification.severity);
+    for (const std::string& text : texts) {
+        all += common::jsonString(text).substr(0, kSurelySent);
+    }
+    return all;
 }
 
-/// Tells what came of the alarm and what to do next.
-int conclude(const CeaseArguments& arguments) {
-    constexpr std::size_t kLongest = SA_MAX_NAME_LENGTH - 1;
-    const bool isOk = latest.answer == SA_AIS_OK;
-    const bool isHandedOver = latest.call == kSend;
-    const bool isSent = isHandedOver && isOk;
-    const bool isUnknown = isHandedOver && (!latest.answer || latest.answer == SA_AIS_ERR_TIMEOUT);
-    const bool isDropped = latest.call == kInitialize && isOk && givenUp == 0;
-    const char* const verdict = isSent ? "Sent: " : isUnknown ? "Perhaps sent: " : "Not sent: ";
-    std::string text = latest.alarm;
-    if (isHandedOver && arguments.object.size() > kLongest) {
-        text += ", which is another object: the first " + std::to_string(kLongest) + " of the " +
-                std::to_string(arguments.object.size()) + " bytes given";
-    }
-    if (isDropped) {
-        text = "the library dropped it, for the reason in its traces of group 0";
-    } else if (!isSent) {
-        text += (isHandedOver ? "; " : "") + answerText() +
-                (givenUp != 0 ? "; given up"
-                 : isOk       ? ", but gives no notification"
-                              : "");
-    }
-    printWrapped(verdict + text, "  ");
-    const std::string reader =
-        otherService().empty() ? "dolqctl alarms" : "the service's own reader, for OpenSAF ntfread";
-    printLine("Next: " +
-              (isSent || isUnknown ? reader
-               : isDropped
-                   ? "dolqctl explain, with the same --object, --fault, --product and --revision"
-                   : "dolqctl doctor"));
+/// Prints what became of the alarm and what to do next.
+int conclude(int exitCode, const std::string& text, const std::string& next) {
+    printWrapped(text, "  ");
+    printWrapped("Next: " + next, "  ");
     if (!std::cout.flush()) {
-        tell(verdict + text);
+        tell(text);
     }
-    return isSent ? kFine : kFindings;
+    return exitCode;
 }
 
-/// Calls `operation` on an adapter of the library, as an application would.
-int send(const CeaseArguments& arguments, const std::function<void(FaultManagementI&)>& operation) {
+/// Gives what the service has to `take`, or returns why it cannot be read. Throws GivenUp.
+std::string readInto(AlarmReader& reader, const std::function<void(Notification&&)>& take) {
+    try {
+        reader.read([] {}, take);
+        return {};
+    } catch (const GivenUp&) {
+        throw;
+    } catch (const CommandError& error) {
+        return error.what();
+    }
+}
+
+/// "alarm 2/17 (major) on "Shelf=1,Port=3", notification 7, after 0.4 ms"
+std::string arrivalText(const Notification& arrived, const std::string& object, Milliseconds took) {
+    std::ostringstream text;
+    text << "alarm " << arrived.classId.majorId << '/' << arrived.classId.minorId << " ("
+         << common::nameOf(arrived.severity, common::kSeverityNames) << ") on " << object
+         << ", notification " << arrived.id << ", after " << std::fixed << std::setprecision(1)
+         << took.count() << " ms";
+    return text.str();
+}
+
+/// Calls `operation` on an adapter of the library, as an application would, and looks whether what
+/// is `expected` arrived; `next` leads to the cause when it did not.
+int send(const CeaseArguments& arguments, Notification expected, const std::string& next,
+         const std::function<void(FaultManagementI&)>& operation) {
     using namespace ruxa::fm::dolq::v2;
     // Before the library and the trace backend read them.
     setenv("ZBN_NO", arguments.identity.productNumber.c_str(), 1);
     setenv("ZBN_REV", arguments.identity.revision.c_str(), 1);
+    const bool isTracedHere =
+        std::getenv("RUXA_TRACE_GROUPS") == nullptr && std::getenv("RUXA_TRACE_SINK") == nullptr;
     setenv("RUXA_TRACE_GROUPS", "0,4", 0);
     std::signal(SIGXFSZ, SIG_IGN); // a log at its limit is an answer of the service, too
-    auto work = std::async(std::launch::async, [&] {
-        SharedObject library(kDolqLibrary);
-        auto* const getFactory = library.function<FmiFactory*()>(kGetFactory);
-        operation(*getFactory()->createFaultManagement());
-        library.function<void()>("_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv")();
-    });
-    waitFor(work);
-    if (givenUp != 0) {
-        conclude(arguments);
-        std::signal(givenUp, SIG_DFL);
-        ::raise(givenUp); // the shell sees what ended it
+    SharedObject library(kDolqLibrary);
+    auto* const getFactory = library.function<FmiFactory*()>(kGetFactory);
+    auto* const freeFactory = library.function<void()>("_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv");
+
+    const std::string object = arguments.object.substr(0, kLongestObject);
+    expected.object = object;
+    expected.classId.vendorId = DOLQCTL_VENDOR_ID;
+    const std::string on = nameText(arguments.object);
+    const std::string unknown = "Handed over; whether it arrived is unknown: ";
+    std::string unheard = "Not handed over: "; // when the user gives up
+    Waiting::heedSignals();
+    Waiting waiting;
+    try {
+        AlarmReader reader(waiting, object);
+        std::string problem = readInto(reader, [](Notification&&) {});
+        unheard = unknown;
+        const auto took = std::make_shared<Milliseconds>();
+        waiting.call("the library", [=] {
+            auto adapter = getFactory()->createFaultManagement();
+            const auto start = std::chrono::steady_clock::now();
+            operation(*adapter);
+            *took = std::chrono::steady_clock::now() - start;
+            adapter.reset();
+            freeFactory();
+            return SA_AIS_OK;
+        });
+        std::optional<Notification> arrived;
+        if (problem.empty()) {
+            problem = readInto(reader, [&](Notification&& notification) {
+                if (!arrived && likenessOf(notification) == likenessOf(expected)) {
+                    arrived = std::move(notification);
+                }
+            });
+        }
+        if (!problem.empty()) {
+            return conclude(kError, unknown + problem, "dolqctl doctor");
+        }
+        if (arrived) {
+            return conclude(kFine, "Arrived: " + arrivalText(*arrived, on, *took),
+                            "dolqctl alarms");
+        }
+        return conclude(kFindings,
+                        "Not arrived: so far the service has no notification of it on " + on +
+                            (isTracedHere ? "; the traces above say why"
+                                          : "; the library's traces of group 0 say why"),
+                        next);
+    } catch (const GivenUp& error) {
+        conclude(kError, unheard + error.what(), "dolqctl doctor, then dolqctl alarms");
+        if (error.signal != 0) { // the shell sees what ended it
+            std::signal(error.signal, SIG_DFL);
+            ::raise(error.signal);
+        }
+        return kError;
     }
-    work.get();
-    return conclude(arguments);
+}
+
+std::string explanation(bool isIdentityGiven) {
+    return std::string("dolqctl explain with the same --object, --fault, --product and "
+                       "--revision") +
+           (isIdentityGiven ? ", and --identity-given" : "") +
+           "; if that finds nothing, look up the traces' errorCode in troubleshooting.md";
 }
 
 } // namespace
 
 int runRaise(const RaiseArguments& arguments) {
-    return send(arguments, [&](FaultManagementI& alarms) {
+    const bool hasSystem = !arguments.systemUuid.empty();
+    const bool hasComputer = !arguments.computeName.empty();
+    const auto& ids = arguments.eventIds;
+    const bool isUncaused =
+        ids.size() > 1 && std::all_of(ids.begin(), ids.end(), [](auto id) { return id == 0; });
+    const std::string next = hasSystem != hasComputer
+                                 ? "give both --system-uuid and --compute-name, or neither"
+                             : isUncaused ? "give an --event-id other than 0"
+                                          : explanation(hasSystem);
+    Notification expected;
+    expected.severity = static_cast<std::uint32_t>(
+        std::find(std::begin(common::kSeverityNames), std::end(common::kSeverityNames),
+                  common::kClientSeverityNames[arguments.severity]) -
+        common::kSeverityNames);
+    expected.text = arguments.text;
+    expected.info.emplace_back();
+    for (const std::string& text : arguments.info) {
+        expected.info.push_back({0, SA_NTF_VALUE_STRING, text});
+    }
+    return send(arguments, expected, next, [=](FaultManagementI& alarms) {
         const std::uint32_t group =
             arguments.programGroup.value_or(std::size(common::kProgramGroupNames) - 1); // none
         const auto raiseFor = [&](const auto& events) {
@@ -217,7 +194,7 @@ int runRaise(const RaiseArguments& arguments) {
 }
 
 int runCease(const CeaseArguments& arguments) {
-    return send(arguments, [&](FaultManagementI& alarms) {
+    return send(arguments, {}, explanation(true), [=](FaultManagementI& alarms) {
         alarms.ceaseAlarm(arguments.object, arguments.faultId, {});
     });
 }
