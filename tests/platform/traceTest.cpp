@@ -7,6 +7,7 @@
 #include <fstream>
 #include <functional>
 #include <map>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -50,27 +51,27 @@ constexpr char kSink[] = "RUXA_TRACE_SINK";
 
 using Environment = std::vector<std::pair<const char*, std::string>>;
 
-// A child of this process; false when it fails or is stuck.
-bool succeeds(const std::function<bool()>& program, pid_t pid = fork()) {
+// A child of this process; false when it fails, ends early or is stuck.
+bool succeeds(const std::function<bool()>& program) {
+    constexpr int kDone = 42;
+    const pid_t pid = fork();
     if (pid == 0) {
         alarm(60); // seconds; a deadlock shows as a failure
-        std::exit(program() ? EXIT_SUCCESS : EXIT_FAILURE);
+        std::exit(program() ? kDone : EXIT_FAILURE);
     }
-    return statusOf(pid) == 0;
+    const int status = statusOf(pid);
+    return WIFEXITED(status) && WEXITSTATUS(status) == kDone;
 }
 
 // The lines without time and process id, and with "thread" for the id of any thread but the first.
-// What is no trace line stays as it is.
 std::string plain(std::istream&& output) {
     std::string text;
     for (std::string line; std::getline(output, line);) {
-        int process = 0;
-        int thread = 0;
-        int length = 0;
-        if (std::sscanf(line.c_str(), "%*4d-%*2d-%*2dT%*2d:%*2d:%*2d.%*6dZ %d %d %n", &process,
-                        &thread, &length) == 2 &&
-            line.find('Z') == std::strlen("0000-00-00T00:00:00.000000")) {
-            line.replace(0, static_cast<std::size_t>(length), process == thread ? "" : "thread ");
+        static const std::regex start(
+            "^[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{6}Z ([0-9]+) ([0-9]+) ");
+        std::smatch ids;
+        if (std::regex_search(line, ids, start)) {
+            line = (ids[1] == ids[2] ? "" : "thread ") + ids.suffix().str();
         }
         text += line + "\n";
     }
@@ -116,40 +117,49 @@ protected:
     const fs::path& folder = temporary.path();
     const fs::path file = folder / "trace";
     const Environment sink = {{kSink, "file:" + file.string()}};
+    std::string traces() const { return plain(std::ifstream(file)); }
 };
 
 TEST_F(TraceFile, HoldsOneLineAMessageWithAllFields) {
     fs::remove(folder); // it is made
     errorsOf({sink[0], {kGroups, "0,4"}}, [] {
-        void* const object = TraceBackend::registerTraceObject("my.Object");
-        TraceBackend::Trace(object, TraceGroup::FLOW, "dolqAdapterImpl", 123, " a  text ");
-        std::thread([] { trace("other", TraceBackend::getDefaultTraceObject()); }).join();
-        trace("of a disabled group", object, TraceGroup::DETAIL);
-        return TraceBackend::getTraceObjectPrefix() == "platform-trace-test.";
+        void* const first = TraceBackend::getDefaultTraceObject();
+        void* const one = TraceBackend::registerTraceObject("same");
+        void* const other = TraceBackend::registerTraceObject("same");
+        int none = 0;
+        for (void* const object :
+             {one, one, static_cast<void*>(nullptr), first, static_cast<void*>(&none)}) {
+            TraceBackend::deregisterTraceObject(object);
+        }
+        TraceBackend::registerTraceObject("later");
+        trace("released", one);
+        TraceBackend::Trace(other, TraceGroup::FLOW, "dolqAdapterImpl", 123, " a  text ");
+        trace("of a disabled group", other, TraceGroup::DETAIL);
+        std::thread([first] { trace("always", first); }).join();
+        return std::set<void*>{nullptr, first, one, other}.size() == 4 &&
+               TraceBackend::getTraceObjectPrefix() == "platform-trace-test.";
     });
-    EXPECT_EQ(plain(std::ifstream(file)), "my.Object 4 dolqAdapterImpl:123  a  text \n"
-                                          "thread platform-trace-test.default 0 unit:7 other\n");
+    EXPECT_EQ(traces(), "(unregistered) 0 unit:7 released\n"
+                        "same 4 dolqAdapterImpl:123  a  text \n"
+                        "thread platform-trace-test.default 0 unit:7 always\n");
 }
 
 TEST(Trace, TextsCannotForgeALine) {
     const std::pair<const char*, const char*> rows[] = {
         {"a\np.default 0 unit:7 forged", R"(a\np.default 0 unit:7 forged)"},
-        {"\r\t\v\x1B[2K\x01\x7F", R"(\x0D\t\x0B\x1B[2K\x01\x7F)"},    // C0 and DEL
-        {R"(a\n\)", R"(a\\n\\)"},                                     //
-        {"\xC2\x85\xC2\x9F\xC2\xA0", "\\xC2\\x85\\xC2\\x9F\xC2\xA0"}, // C1, and beyond
-        {"\xE2\x80\xA8\xE2\x80\xA9", R"(\xE2\x80\xA8\xE2\x80\xA9)"},  // line separators
-        {"\xE2\x80\xAE\xE2\x81\xA9", R"(\xE2\x80\xAE\xE2\x81\xA9)"},  // direction of text
+        {"\r\t\v\x1B[2K\x01\x7F\\n\\", R"(\x0D\t\x0B\x1B[2K\x01\x7F\\n\\)"}, // C0 and DEL
+        {"\xC2\x85\xC2\x9F\xC2\xA0", "\\xC2\\x85\\xC2\\x9F\xC2\xA0"},        // C1, and beyond
+        {"\xE2\x80\xA8\xE2\x80\xA9\xE2\x80\xAE\xE2\x81\xA9", // line separators, text direction
+         R"(\xE2\x80\xA8\xE2\x80\xA9\xE2\x80\xAE\xE2\x81\xA9)"},
         {"\xD8\x9C\xE2\x80\x8E\xE2\x80\x8F", R"(\xD8\x9C\xE2\x80\x8E\xE2\x80\x8F)"}, // its marks
-        {"\xD8\x9B\xE2\x80\x8D\xE2\x80\x90", "\xD8\x9B\xE2\x80\x8D\xE2\x80\x90"},    // beside these
-        {"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF",
-         "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF"},
-        {"\x85\xFF!\xE2\x82", R"(\x85\xFF!\xE2\x82)"}, // stray bytes, half a character
+        {"\xD8\x9B\xE2\x80\x8D\xE2\x80\x90\xF4\x8F\xBF\xBF",
+         "\xD8\x9B\xE2\x80\x8D\xE2\x80\x90\xF4\x8F\xBF\xBF"}, // beside all of these
+        {"\x85\xFF!\xE2\x82", R"(\x85\xFF!\xE2\x82)"},        // stray bytes, half a character
         {"\xC1\x81\xE0\x81\x81\xF0\x80\x81\x81",
          R"(\xC1\x81\xE0\x81\x81\xF0\x80\x81\x81)"},                         // overlong A
         {"\xED\xA0\x80\xF4\x90\x80\x80", R"(\xED\xA0\x80\xF4\x90\x80\x80)"}, // no code points
         {"\xE2\x82\n", R"(\xE2\x82\n)"},
-        {"%s%n{}", "%s%n{}"},
-        {"", ""},
+        {"%s%n", "%s%n"},
         {nullptr, "(no text)"},
     };
     std::string expected;
@@ -167,10 +177,10 @@ TEST(Trace, TextsCannotForgeALine) {
 
 TEST(Trace, KeepsEachFieldOneWord) {
     const std::string lines = errorsOf({{kPrefix, "a b\n"}}, [] {
-        void* const first = TraceBackend::getDefaultTraceObject();
         trace("", TraceBackend::registerTraceObject("x 0 u:1\\\n"));
         trace("", TraceBackend::registerTraceObject(""));
-        TraceBackend::Trace(first, TraceGroup::FAILURE, "u 1\n", 1, "");
+        TraceBackend::Trace(TraceBackend::getDefaultTraceObject(), TraceGroup::FAILURE, "u 1\n", 1,
+                            "");
         TraceBackend::Trace(nullptr, TraceGroup::FAILURE, nullptr, 2, "");
         return TraceBackend::getTraceObjectPrefix() == "a b\n";
     });
@@ -192,12 +202,8 @@ TEST(Trace, FormatsTextsOfAnyLength) {
 }
 
 TEST_F(TraceFile, SettingsAreUsedOrReportedOnce) {
-    const std::string fifo = "file:" + (folder / "fifo").string();
-    const std::string link = "file:" + (folder / "link").string();
-    ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
-    const int reader = open((folder / "fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    fs::permissions(folder, fs::perms(0775));
-    fs::create_symlink("/dev/null", folder / "link");
+    const std::string fifo = "file:" + file.string();
+    ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
     constexpr char kNumbers[] = "it must be all, none, or numbers from 0 to 8 joined by commas";
     constexpr char kSinks[] = "it must be stderr, file:PATH or syslog";
     const struct {
@@ -206,25 +212,19 @@ TEST_F(TraceFile, SettingsAreUsedOrReportedOnce) {
         std::string reason;   // why it is not used, as reported
         std::string recorded; // the numbers of the groups whose messages stderr shows
     } rows[] = {
-        {kGroups, "4", "", "4"},
         {kGroups, " 8, 4 ,8", "", "48"},
         {kGroups, "all", "", "012345678"},
         {kGroups, "none", "", ""},
         {kGroups, "", kNumbers, "0"},
         {kGroups, "4,,8", kNumbers, "0"},
-        {kGroups, "4,", kNumbers, "0"},
         {kGroups, "4,9", kNumbers, "0"},
         {kGroups, "-1", kNumbers, "0"},
         {kGroups, "4x", kNumbers, "0"},
-        {kGroups, "4,all", kNumbers, "0"},
         {kSink, "stderr", "", "0"},
         {kSink, "Stderr", kSinks, "0"},
-        {kSink, "", kSinks, "0"},
         {kSink, "file:", kSinks, "0"},
         {kSink, "file:/", "Is a directory", "0"},
         {kSink, "file:/dev/null", "", ""},
-        {kSink, link,
-         "it is a symbolic link in a folder that others can write to, or a circle of links", "0"},
         {kSink, fifo, "it is neither a regular file nor /dev/null", "0"},
     };
     for (const auto& [variable, value, reason, recorded] : rows) {
@@ -246,7 +246,6 @@ TEST_F(TraceFile, SettingsAreUsedOrReportedOnce) {
         });
         EXPECT_EQ(lines, expected);
     }
-    close(reader);
 }
 
 TEST(Trace, TrustsNoVariableOfASetUserIdProgram) {
@@ -298,8 +297,8 @@ TEST_F(TraceFile, IsWrittenAlsoAfterTheProgramClosedItsDescriptors) {
             return fs::file_size(folder / "data") == 0;
         });
     }
-    EXPECT_EQ(plain(std::ifstream(file)), "(unregistered) 0 unit:7 before\n"
-                                          "(unregistered) 0 unit:7 behind\n");
+    EXPECT_EQ(traces(), "(unregistered) 0 unit:7 before\n"
+                        "(unregistered) 0 unit:7 behind\n");
 }
 
 TEST_F(TraceFile, EndsHalfALineAndSaysWhatThisProcessLost) {
@@ -316,7 +315,7 @@ TEST_F(TraceFile, EndsHalfALineAndSaysWhatThisProcessLost) {
         allowFileOf(RLIM_INFINITY);
         return succeeds([] { return trace("child"); }) && trace("again");
     });
-    const std::string text = plain(std::ifstream(file));
+    const std::string text = traces();
     EXPECT_EQ(text.find("torn\n(unregistered) 0 unit:7 whole\n"), 0u) << text;
     EXPECT_EQ(occurrences(text, "\n"), 6) << text;
     EXPECT_EQ(occurrences(text, "\n(unregistered) 0 unit:7 child\n"
@@ -341,35 +340,30 @@ TEST_F(TraceFile, KeepsTheLinesOfThreadsAndOfProcessesForkedMeanwhileWhole) {
                 TraceBackend::registerTraceObject(longText); // most of the time with the mutex held
             }
         });
-        std::vector<pid_t> children(kChildren);
-        for (pid_t& child : children) { // the first may meet the backend half made
-            child = fork();
-            if (child == 0) {
-                alarm(60);
-                void* const object = TraceBackend::registerTraceObject("child");
-                for (int i = 0; i < 3; ++i) {
-                    trace(TraceBackend::formatStr("%s", longText.c_str()), object);
-                }
-                _exit(EXIT_SUCCESS);
-            }
-        }
         bool good = true;
-        for (const pid_t child : children) {
-            good = statusOf(child) == 0 && good;
+        for (int i = 0; i < kChildren; ++i) { // the first may meet the backend half made
+            good = succeeds([&longText] {
+                       void* const object = TraceBackend::registerTraceObject("child");
+                       trace(TraceBackend::formatStr("%s", longText.c_str()), object);
+                       return trace("more", object);
+                   }) &&
+                   good;
         }
         stop = true;
         busy.join();
         return good;
     });
     std::map<std::string, int> lines;
-    for (const std::string& line : linesOf(file)) {
-        ++lines[plain(std::istringstream(line + "\n"))];
+    std::istringstream all(traces());
+    for (std::string line; std::getline(all, line);) {
+        ++lines[line];
     }
-    lines.erase("\n"); // of one that found another's line half written
-    EXPECT_EQ(lines.size(), 3U);
-    EXPECT_EQ(lines["kept\n"], 1);
-    EXPECT_EQ(lines["child 0 unit:7 " + longText + "\n"], 3 * kChildren);
-    EXPECT_GT(lines["thread (unregistered) 0 unit:7 text\n"], 0);
+    lines.erase(""); // of one that found another's line half written
+    EXPECT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines["kept"], 1);
+    EXPECT_EQ(lines["child 0 unit:7 " + longText], kChildren);
+    EXPECT_EQ(lines["child 0 unit:7 more"], kChildren);
+    EXPECT_GT(lines["thread (unregistered) 0 unit:7 text"], 0);
 }
 
 enum class Stderr { PIPE, PIPE_OF_ANOTHER_USER, SOCKET };
@@ -411,10 +405,10 @@ TEST(TraceStderr, UnreadOrLeftByItsReaderStopsNoThreadAndNoFork) {
     for (const Stderr kind : {Stderr::PIPE, Stderr::PIPE_OF_ANOTHER_USER, Stderr::SOCKET}) {
         errorsOf({}, [&] {
             const int reader = makeStderr(kind);
-            std::vector<std::thread> threads(kThreads);
-            for (std::thread& thread : threads) {
-                thread = std::thread([&text] {
-                    for (int i = 0; i < kLines; ++i) {
+            std::vector<std::thread> threads;
+            for (int i = 0; i < kThreads; ++i) {
+                threads.emplace_back([&] {
+                    for (int line = 0; line < kLines; ++line) {
                         trace(text.c_str());
                     }
                 });
@@ -445,27 +439,6 @@ TEST(TraceStderr, UnreadOrLeftByItsReaderStopsNoThreadAndNoFork) {
     }
 }
 
-TEST(TraceObject, HasAHandleOfItsOwnPerRegistration) {
-    const std::string lines = errorsOf({{kPrefix, ""}}, [] {
-        void* const first = TraceBackend::getDefaultTraceObject();
-        void* const one = TraceBackend::registerTraceObject("same");
-        void* const other = TraceBackend::registerTraceObject("same");
-        int none = 0;
-        void* const released[] = {one, one, nullptr, first, &none};
-        for (void* const object : released) {
-            TraceBackend::deregisterTraceObject(object);
-        }
-        TraceBackend::registerTraceObject("later");
-        trace("released", one);
-        trace("alive", other);
-        trace("always", first);
-        return std::set<void*>{nullptr, first, one, other}.size() == 4;
-    });
-    EXPECT_EQ(lines, "(unregistered) 0 unit:7 released\n"
-                     "same 0 unit:7 alive\n"
-                     "default 0 unit:7 always\n");
-}
-
 struct TracesWhenItEnds {
     const char* text;
     ~TracesWhenItEnds() { trace(TraceBackend::formatStr("%s ends", text)); }
@@ -492,21 +465,12 @@ TEST(Trace, WorksUntilTheProcessEnds) {
 TEST_F(TraceFile, NoCancellationComesInATrace) {
     for (const Environment& choice : {Environment{}, Environment{{kSink, "syslog"}}, sink}) {
         errorsOf(choice, [] {
-            bool isBehind = false;
-            const auto run = [](void* reached) -> void* {
-                pthread_cancel(pthread_self());
-                *static_cast<bool*>(reached) = trace(TraceBackend::formatStr("%s", "text"));
-                pthread_testcancel();
-                return nullptr;
-            };
-            pthread_t thread;
-            pthread_create(&thread, nullptr, run, &isBehind);
-            void* result = nullptr;
-            pthread_join(thread, &result);
-            return isBehind && result == PTHREAD_CANCELED;
+            pthread_cancel(pthread_self());
+            trace(TraceBackend::formatStr("%s", "text"));
+            return pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr) == 0;
         });
     }
-    EXPECT_EQ(plain(std::ifstream(file)), "thread (unregistered) 0 unit:7 text\n");
+    EXPECT_EQ(traces(), "(unregistered) 0 unit:7 text\n");
 }
 
 TEST_F(TraceFile, LacksOneMessageForOneFailedMalloc) {
@@ -522,7 +486,7 @@ TEST_F(TraceFile, LacksOneMessageForOneFailedMalloc) {
             });
             return trace(reached ? "failed" : "passed");
         });
-        const std::string text = plain(std::ifstream(file));
+        const std::string text = traces();
         failed = occurrences(text, "failed\n") == 1;
         EXPECT_EQ(occurrences(text, " bytes\n") + occurrences(text, "(no memory for the text)\n") +
                       occurrences(text, "messages lost: 1\n"),
