@@ -70,9 +70,9 @@ FakePlatform::Alarm snapshot(const Notification& notification) {
     FakePlatform::Alarm copy;
     copy.object = textOf(*header.notificationObject);
     copy.notifyingObject = textOf(*header.notifyingObject);
-    copy.eventTime = *header.eventTime == kTimeAsAllocated  ? "as-allocated"
-                     : *header.eventTime == SA_TIME_UNKNOWN ? "unknown"
-                                                            : "wrong";
+    copy.eventTime = *header.eventTime == kTimeAsAllocated                        ? "as-allocated"
+                     : *header.eventTime == static_cast<SaTimeT>(SA_TIME_UNKNOWN) ? "unknown"
+                                                                                  : "wrong";
     copy.severity = *alarm.perceivedSeverity;
     copy.vendorId = header.notificationClassId->vendorId;
     copy.majorId = header.notificationClassId->majorId;

@@ -107,7 +107,7 @@ SaAisErrorT saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT
     SaNtfNotificationHeaderT& header = notification->notificationHeader;
     notification->notificationHandle = chosen() == "empty" ? 0 : 1;
     static SaTimeT eventTime;
-    eventTime = chosen() == "stock" ? SA_TIME_UNKNOWN : 94321;
+    eventTime = chosen() == "stock" ? static_cast<SaTimeT>(SA_TIME_UNKNOWN) : 94321;
     header.eventTime = &eventTime;
     if (chosen() == "stock") {
         // Never freed, and far from each other: their distance alone does not tell.

@@ -72,7 +72,7 @@ void checkEventTime(Diagnosis& diagnosis, const SaTimeT* time) {
     constexpr char kCheck[] = "event time";
     const std::string left = time != nullptr ? std::to_string(*time) : "nothing";
     if (SharedObject(kDolqLibrary).contains("RUXA_DOLQ_EVENT_TIME_UNKNOWN=1") ||
-        (time != nullptr && *time == SA_TIME_UNKNOWN)) {
+        (time != nullptr && *time == static_cast<SaTimeT>(SA_TIME_UNKNOWN))) {
         diagnosis.ok(kCheck, "left open (SA_TIME_UNKNOWN) for the service to set");
     } else {
         diagnosis.warn(kCheck,
