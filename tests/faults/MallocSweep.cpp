@@ -11,6 +11,7 @@
 #include <new>
 #include <string>
 
+#include <saNtf.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -41,6 +42,38 @@ void load() {
     adapterV2 = v2::getFmiFactory()->createFaultManagement();
 }
 
+/// What was sent, with the standard's own calls; its session releases what is left of it.
+void readAlarms() {
+    SaNtfHandleT session = 0;
+    SaVersionT version = {'A', 1, 1};
+    if (saNtfInitialize(&session, nullptr, &version) != SA_AIS_OK) {
+        return;
+    }
+    SaNtfAlarmNotificationFilterT filter{};
+    if (saNtfAlarmNotificationFilterAllocate(session, &filter, 0, 1, 0, 0, 0, 0, 0) == SA_AIS_OK) {
+        const SaNtfSearchCriteriaT criteria{SA_NTF_SEARCH_ONLY_FILTER, 0, 0};
+        const SaNtfNotificationTypeFilterHandlesT filters{0, 0, 0, filter.notificationFilterHandle,
+                                                          0};
+        SaNtfReadHandleT reading = 0;
+        saNtfNotificationReadInitialize(criteria, &filters, &reading);
+        SaNtfNotificationsT read{};
+        while (saNtfNotificationReadNext(reading, SA_NTF_SEARCH_YOUNGER, &read) == SA_AIS_OK) {
+            const SaNtfAlarmNotificationT& alarm = read.notification.alarmNotification;
+            if (alarm.notificationHeader.numAdditionalInfo != 0) {
+                void* text = nullptr;
+                SaUint16T size = 0;
+                saNtfPtrValGet(alarm.notificationHandle,
+                               &alarm.notificationHeader.additionalInfo[0].infoValue, &text, &size);
+                break; // and leave the notification
+            }
+            saNtfNotificationFree(alarm.notificationHandle);
+        }
+        saNtfNotificationFilterFree(filter.notificationFilterHandle);
+        saNtfNotificationReadFinalize(reading);
+    }
+    saNtfFinalize(session);
+}
+
 enum class Losses { None, OfTinyXml }; // which loses what it was building
 
 struct Step {
@@ -62,7 +95,14 @@ std::vector<Step> allSteps() {
          [] { adapterV2 = v2::getFmiFactory()->createFaultManagement(); }},
         {"unmapped alarm", load, [] { adapterV2->ceaseAlarm(kUnitObject, 8, kName); }},
         {"cease", load, [] { adapterV1->ceaseAlarm(kUnitObject, 7, kName); }},
-        {"destruction", load, free}};
+        {"destruction", load, free},
+        {"reading",
+         [] {
+             fs::remove(getenv("RUXA_NTF_LOG")); // which has all the alarms so far
+             load();
+             kOperations[0].call(*adapterV1);
+         },
+         readAlarms}};
     for (const Operation& operation : kOperations) {
         if (operation.programGroup != nullptr) { // the others do nothing but a part of that
             steps.push_back({operation.name, load, [&operation] { operation.call(*adapterV1); }});

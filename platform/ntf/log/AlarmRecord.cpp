@@ -1,6 +1,8 @@
 #include "platform/ntf/log/AlarmRecord.h"
 
+#include <algorithm>
 #include <charconv>
+#include <sstream>
 #include <stdexcept>
 
 #include <nlohmann/json.hpp>
@@ -88,10 +90,28 @@ std::vector<Element> readElements(const Json& list, const ElementKeys& keys) {
     return elements;
 }
 
+/// A parsed document. The destructor of one that is not empty allocates, and ends the process where
+/// it cannot; from the inside out, none needs to.
+struct Document {
+    Document() = default;
+    ~Document() { clear(json); }
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+
+    static void clear(Json& json) {
+        if (json.is_structured()) {
+            std::for_each(json.begin(), json.end(), clear);
+            json.clear();
+        }
+    }
+
+    Json json;
+};
+
 AlarmRecord readRecord(const Json& json) {
     AlarmRecord record;
     record.notificationId = readId(json.at("notificationId"));
-    if (json.at("notificationType") != kNotificationType) {
+    if (json.at("notificationType").get_ref<const std::string&>() != kNotificationType) {
         throw std::invalid_argument("no alarm notification");
     }
     read(json, "eventTimeNs", record.eventTimeNs);
@@ -156,7 +176,10 @@ std::optional<AlarmRecord> parseLine(std::string_view line) {
     // a whole one. Inside a text the key's quotes would be escaped.
     line.remove_prefix(std::min(line.rfind(kFirstKey), line.size()));
     try {
-        return readRecord(Json::parse(line));
+        Document document;
+        std::istringstream text{std::string(line)};
+        text >> document.json >> std::ws; // the document has what was parsed, also when that fails
+        return text.eof() ? std::optional(readRecord(document.json)) : std::nullopt;
     } catch (const Json::exception&) {
     } catch (const std::logic_error&) { // a value is not what an alarm notification has
     }
