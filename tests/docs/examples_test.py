@@ -1,4 +1,4 @@
-"""The examples in pages and header comments, compiled and run: each call has to send its alarm.
+"""The programs in pages, compiled and run: each call has to send its alarm.
 
 usage: examples_test.py REPOSITORY LIBRARY COMPILER [FLAG...]
 """
@@ -10,7 +10,6 @@ import subprocess
 import sys
 import tempfile
 import unittest
-import xml.etree.ElementTree as xml
 
 REPOSITORY, LIBRARY, *COMPILER = (pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]), *sys.argv[3:])
 LOAD_MODULES = REPOSITORY / "examples/loadmodules"
@@ -43,19 +42,6 @@ class Examples(unittest.TestCase):
         for page, program in programs:
             with self.subTest(page=page.relative_to(REPOSITORY)):
                 self.assertEqual(sent_by(program), re.findall(r'->(?:raise|cease)\w+\("([^"]*)"', program))
-
-    def test_objects_in_header_comments(self):
-        headers = "".join(path.read_text(encoding="utf-8") for path in (REPOSITORY / "include").rglob("*.h"))
-        objects = sorted(set(re.findall(r'"(\w+=[^"\s]*)"', headers)))
-        self.assertTrue(objects)
-        fault_of = {name.strip(): mapping.get("faultid") for path in LOAD_MODULES.glob("alarm-client/*.xml")
-                    for mapping in xml.parse(path).iter("mapping")
-                    for name in mapping.get("managed_object_class", "").split(",")}
-        calls = "".join(f'alarms->ceaseAlarm("{name}", {fault_of.get(name.split(",")[-1].split("=")[0], 0)}, "");'
-                        for name in objects)
-        self.assertEqual(sent_by('#include "ruxa/fm/dolq/v2/FmiFactory.h"\nint main() {'
-                                 'auto alarms = ruxa::fm::dolq::v2::getFmiFactory()->createFaultManagement();'
-                                 f'{calls} alarms.reset(); ruxa::fm::dolq::v2::freeFmiFactory(); }}'), objects)
 
 
 if __name__ == "__main__":

@@ -3,6 +3,8 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <map>
+#include <string>
 
 #include "FakePlatform.h"
 
@@ -22,11 +24,17 @@ public:
     }
     ~Record() {
         std::ofstream out(variable("SECOND_PLATFORM_RECORD"));
+        // How many of each, traces apart from calls; the unit tests look at their order and
+        // content.
+        std::map<std::string, int> counts;
         for (const std::string& event : platform().events) {
-            const std::size_t text = event.find('|'); // of a trace; it may hold a process id
-            if (event.find("TraceObject") == std::string::npos) {
-                out << event.substr(0, text == std::string::npos ? text : text + 17) << '\n';
-            }
+            const bool isTrace = event.find('|') != std::string::npos;
+            ++counts[isTrace ? "traces of group " + event.substr(0, 1)
+                             : event.substr(0, event.find(' '))];
+        }
+        counts.erase("getDefaultTraceObject"); // it tells nothing how often
+        for (const auto& [what, count] : counts) {
+            out << what << ' ' << count << '\n';
         }
         for (const FakePlatform::Alarm& alarm : platform().sent) {
             out << alarm.object << " severity " << alarm.severity << " class " << alarm.majorId
