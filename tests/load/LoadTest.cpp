@@ -9,7 +9,6 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include "platform/ntf/log/AlarmRecord.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
@@ -51,7 +50,6 @@ public:
     static void raiseUntil(const std::atomic<bool>& stop) {
         for (Client client; !stop;) {
             client.raise();
-            pthread_testcancel();
         }
     }
 
@@ -151,30 +149,6 @@ TEST_F(LoadTest, AForkedChildRaisesAlarmsOfItsOwnWhileThreadsRaiseTheirs) {
         }
     }
     EXPECT_EQ(ofChildren, kChildren);
-}
-
-TEST_F(LoadTest, AThreadIsCancelledWhileItRaisesAlarms) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "the runtimes lose track of a cancelled thread's stack and of its mutexes";
-#endif
-    for (const char* faults : {"", "send:OK,delay=1", "allocate:TRY_AGAIN,times=100000"}) {
-        std::filesystem::remove(m_log);
-        const auto live = [faults] {
-            setenv("RUXA_NTF_FAULTS", faults, 1);
-            for (int run = 0; run < 20; ++run) {
-                std::vector<std::thread> threads;
-                for (int thread = 0; thread < 3; ++thread) {
-                    threads.emplace_back([] { Client::raiseUntil(false); });
-                }
-                usleep(static_cast<useconds_t>(1000 * run));
-                for (std::thread& thread : threads) {
-                    pthread_cancel(thread.native_handle());
-                    thread.join();
-                }
-            }
-        };
-        EXPECT_EQ(statusAfter(live), 0) << faults;
-    }
 }
 
 } // namespace
