@@ -26,7 +26,7 @@ RUNS = [  # arguments, environment
     ("alarms --severity critical --since 1m", LOG),
     ("alarms", FULL),
     ("check --discovered", MISTAKES),
-    ("check tests/tools/files/silent.xml tests/tools/files/unclosed.xml", {}),
+    ("check tests/tools/files/mistakes.xml tests/tools/files/unclosed.xml", {}),
     ("doctor", {}),
     ("doctor", GOOD),
 ]

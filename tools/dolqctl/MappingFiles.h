@@ -45,7 +45,6 @@ using Mappings = std::map<std::pair<std::uint32_t, std::string>, std::vector<Map
 struct MappingElement {
     FilePosition position;
     std::string faultId;
-    std::string minorType;
     std::string classes;
 };
 
@@ -53,52 +52,14 @@ struct MappingElement {
 /// was hardly meant.
 enum class Severity { Warning, Error };
 
-/// What can be found. Several may have one name: that of what the user can allow.
-enum class Rule {
-    NotLoaded,
-    OtherElement,
-    NoManifestValue,
-    NoMapping,
-    UnmappedFault,
-    NotWellFormed,
-    RootName,
-    UnreadText,
-    UnreadElement,
-    UnknownElement,
-    MisspeltElement,
-    MisplacedElement,
-    UnknownAttribute,
-    MisspeltAttribute,
-    MissingAttribute,
-    MissingClass,
-    NotAnInteger,
-    TextAfterNumber,
-    OtherNumber,
-    Beyond32Bits,
-    NegativeNumber,
-    NoMajorId,
-    NoMinorId,
-    SwappedIds,
-    NoClass,
-    EmptyClass,
-    BlankInClass,
-    ClassNeverMatches,
-    ClassCharacter,
-    ClassPunctuation,
-    BeyondAscii,
-    OddBeyondAscii,
-    NotUtf8,
-    ClassCase,
-    SimilarClass,
-    Repeated,
-    Duplicate,
-    Override,
-    MisspeltTag,
-    OtherTag,
-    MissingFile,
-    NoLoadModule,
-    OddNumber,
+/// What can be found (check/Rules.h), and what is said of it.
+enum class Rule : int;
+struct RuleText {
+    const char* name; ///< several rules can have one
+    Severity severity;
+    const char* sentence; ///< with places for the texts of a finding
 };
+const std::vector<RuleText>& ruleTexts();
 
 struct Finding {
     FilePosition position;
@@ -108,8 +69,9 @@ struct Finding {
     std::shared_ptr<const MappingElement> element = {}; ///< what it is about, or none
     std::size_t more = 0; ///< of its rule and file, counted but not kept
 
-    Severity severity() const;
-    const char* name() const; ///< of the rule
+    const RuleText& ruleText() const;
+    const char* name() const { return ruleText().name; }
+    Severity severity() const { return ruleText().severity; }
     /// The rule's sentence; long texts are cut.
     std::string message() const;
     /// Whether nothing of the file is used.

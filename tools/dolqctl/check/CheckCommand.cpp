@@ -1,9 +1,11 @@
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
+#include <regex>
+#include <set>
 #include <sstream>
 #include <system_error>
 
@@ -21,7 +23,10 @@ namespace dolqctl {
 namespace {
 
 void refuseWrongRules(const std::vector<std::string>& allowed) {
-    const std::set<std::string> names = ruleNames();
+    std::set<std::string> names;
+    for (const RuleText& rule : ruleTexts()) {
+        names.insert(rule.name);
+    }
     for (const std::string& rule : allowed) {
         if (names.count(rule) == 0) {
             throw CommandError("there is no rule " + inQuotes(rule) + "; the rules are " +
@@ -36,61 +41,75 @@ void refuseWrongRules(const std::vector<std::string>& allowed) {
 
 /// The path of an unnamed file that holds the standard input: the reader takes regular files only.
 std::string keptStandardInput() {
-    std::string path = "/proc/self/fd/" + std::to_string(memfd_create("", MFD_CLOEXEC));
-    std::ofstream copy(path, std::ios::binary);
-    if (std::cin.peek() != std::char_traits<char>::eof()) {
-        copy << std::cin.rdbuf();
-    }
-    if (!copy.flush() || std::cin.bad()) {
-        throw CommandError("standard input cannot be read");
-    }
+    const std::string path = "/proc/self/fd/" + std::to_string(memfd_create("", MFD_CLOEXEC));
+    std::ofstream(path, std::ios::binary) << std::cin.rdbuf();
     return path;
 }
 
-/// Nothing unless it is decimal without a leading 0, or hexadecimal, and has 32 bits.
-std::optional<std::uint32_t> faultIdIn(std::string_view text) {
-    const bool isHexadecimal = text.substr(0, 2) == "0x";
-    text.remove_prefix(isHexadecimal ? 2 : 0);
-    std::uint32_t number = 0;
-    const auto [end, error] =
-        std::from_chars(text.data(), text.data() + text.size(), number, isHexadecimal ? 16 : 10);
-    const bool isOctal = !isHexadecimal && text.size() > 1 && text.front() == '0';
-    const bool isNumber = error == std::errc() && end == text.data() + text.size() && !isOctal;
-    return isNumber ? std::optional(number) : std::nullopt;
+/// What is read, each load module's files by a checker of its own.
+struct Report {
+    std::map<LoadModule, MappingFileChecker> checkers;
+    std::map<std::string, std::set<LoadModule>> readers; ///< of each file
+    std::vector<std::string> files;                      ///< each once
+    std::vector<Finding> findings;
+};
+
+/// Reads a file of `loadModule` on top of those before it; with `orManifest` also those it names.
+void read(Report& report, const LoadModule& loadModule, const std::string& path,
+          const std::string& name, bool orManifest) {
+    std::error_code error; // of a file that is not there
+    const auto canonical = std::filesystem::weakly_canonical(name, error);
+    std::set<LoadModule>& readers = report.readers[error ? name : canonical.string()];
+    const bool isFirst = readers.empty();
+    if (!readers.insert(loadModule).second) {
+        return;
+    }
+    constexpr std::size_t kMost = 10; // of one rule, as the help says
+    std::vector<LoadModuleFile> named;
+    MappingFileChecker& checker = report.checkers.try_emplace(loadModule, kMost).first->second;
+    for (Finding& each : checker.read(path, name, orManifest ? &named : nullptr)) {
+        if (isFirst || each.rule == Rule::Override) { // the others are known
+            report.findings.push_back(std::move(each));
+        }
+    }
+    if (isFirst) {
+        report.files.push_back(name);
+    }
+    for (const auto& [module, file] : named) {
+        read(report, module, file, file, false);
+    }
 }
 
-/// The faults and classes declared in `path`, a line each, that no load module's files map.
-std::vector<Finding> unmappedFaults(const std::string& path,
-                                    const std::map<LoadModule, Mappings>& mappings) {
+/// Adds the faults and classes declared in `path`, a line each, that no load module's files map.
+void addUnmappedFaults(const std::string& path, Report& report) {
+    static const std::regex form("(0|[1-9][0-9]{0,9}|0x[0-9a-fA-F]{1,8})\t([^\\s,=]*)");
     std::string content;
     if (const int error = common::readRegularFile(path, content.max_size(), content)) {
         throw CommandError("the faults in " + inQuotes(path) +
                            " cannot be read: " + std::strerror(error));
     }
-    std::vector<Finding> findings;
     std::istringstream lines(content);
     FilePosition position{path};
     for (std::string line; std::getline(lines, line);) {
         ++position.line;
+        std::smatch fields;
         if (line.empty() || line.front() == '#') {
             continue;
         }
-        const std::size_t tab = std::min(line.find('\t'), line.size());
-        const std::optional<std::uint32_t> faultId = faultIdIn(line.substr(0, tab));
-        const std::string moClass = line.substr(std::min(tab + 1, line.size()));
-        if (!faultId || tab == line.size() ||
-            moClass.find_first_of(" \t\v\f\r,=") != moClass.npos) {
+        if (!std::regex_match(line, fields, form) ||
+            std::stoull(fields[1], nullptr, 0) > UINT32_MAX) {
             throw CommandError(positionText(position) + ": " + inQuotes(line) +
                                " is no fault id and class with a tab between them");
         }
-        if (std::none_of(mappings.begin(), mappings.end(), [&](const auto& each) {
-                return each.second.count({*faultId, moClass}) > 0;
+        const std::pair fault(static_cast<std::uint32_t>(std::stoull(fields[1], nullptr, 0)),
+                              fields.str(2));
+        if (std::none_of(report.checkers.begin(), report.checkers.end(), [&](const auto& each) {
+                return each.second.mappings().count(fault) > 0;
             })) {
-            findings.push_back(
-                {position, Rule::UnmappedFault, {std::to_string(*faultId), moClass}});
+            report.findings.push_back(
+                {position, Rule::UnmappedFault, {std::to_string(fault.first), fault.second}});
         }
     }
-    return findings;
 }
 
 void print(const Finding& finding) {
@@ -122,25 +141,24 @@ int runCheck(const CheckArguments& arguments) {
     } else if (paths.empty()) {
         throw CommandError("name a mapping FILE or give --discovered");
     }
-    MappingFileChecker checker(10); // of one rule, as the help says
+    Report report;
     for (const std::string& path : paths) {
         std::error_code error;
-        if (arguments.discovered) {
-            checker.read(path, path, MappingFileChecker::Kind::MappingFile);
-        } else if (path == "-") {
-            checker.read(keptStandardInput(), path, MappingFileChecker::Kind::Either);
-        } else if (std::filesystem::exists(path, error) || error) {
-            checker.read(path, path, MappingFileChecker::Kind::Either);
-        } else {
+        if (path != "-" && !arguments.discovered && !std::filesystem::exists(path, error) &&
+            !error) {
             tell("there is no file " + inQuotes(path));
             isMissing = true;
+        } else {
+            read(report, {}, path == "-" ? keptStandardInput() : path, path, !arguments.discovered);
         }
     }
-    std::vector<Finding> findings = checker.takeFindings();
+    std::vector<Finding>& findings = report.findings;
+    for (const auto& [loadModule, checker] : report.checkers) {
+        const std::vector<Finding> similar = checker.findSimilarClasses();
+        findings.insert(findings.end(), similar.begin(), similar.end());
+    }
     if (!arguments.faults.empty()) {
-        for (Finding& each : unmappedFaults(arguments.faults, checker.mappings())) {
-            findings.push_back(std::move(each));
-        }
+        addUnmappedFaults(arguments.faults, report);
     }
     const auto isAllowed = [&allowed = arguments.allowed](const Finding& finding) {
         return std::find(allowed.begin(), allowed.end(), finding.name()) != allowed.end();
@@ -152,7 +170,7 @@ int runCheck(const CheckArguments& arguments) {
         (finding.severity() == Severity::Error ? errors : warnings) += 1 + finding.more;
     }
     if (arguments.json) {
-        printJson(nlohmann::ordered_json{{"files", checker.files()},
+        printJson(nlohmann::ordered_json{{"files", report.files},
                                          {"errors", errors},
                                          {"warnings", warnings},
                                          {"findings", findings}});
@@ -161,7 +179,7 @@ int runCheck(const CheckArguments& arguments) {
             print(finding);
         }
         printLine(counted(errors, "error") + ", " + counted(warnings, "warning") + " in " +
-                  counted(checker.files().size(), "file"));
+                  counted(report.files.size(), "file"));
     }
     const bool isFine = isComplete && errors == 0 && (!arguments.strict || warnings == 0);
     return isMissing ? kError : isFine ? kFine : kFindings;

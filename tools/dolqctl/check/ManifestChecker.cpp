@@ -2,107 +2,81 @@
 #include <filesystem>
 #include <system_error>
 
-#include <tinyxml.h>
-
 #include "Output.h"
 #include "check/MappingFileChecker.h"
 #include "common/LoadModuleNames.h"
 
 namespace dolqctl {
 
-namespace {
-
-class ManifestChecker {
-public:
-    explicit ManifestChecker(Findings& findings)
-        : m_folder(std::filesystem::path(findings.file()).parent_path()), m_findings(findings) {}
-
-    std::vector<LoadModuleFile> check(const TiXmlElement& root) {
-        if (!isElement(root, "loadModules", {})) {
-            return {};
-        }
-        if (root.FirstChildElement() == nullptr) {
-            m_findings.addFile(Rule::NoLoadModule);
-        }
-        for (const TiXmlElement* module = root.FirstChildElement(); module != nullptr;
-             module = module->NextSiblingElement()) {
-            if (isElement(*module, "loadModule", {"productNumber", "revision", "name"})) {
-                m_module = {valueOf(*module, "productNumber"), valueOf(*module, "revision")};
-                for (const TiXmlElement* file = module->FirstChildElement(); file != nullptr;
-                     file = file->NextSiblingElement()) {
-                    checkFile(*file);
-                }
-            }
-        }
-        return m_files;
+/// Returns the values of the attributes `names` if the element may stand there, or nothing. All but
+/// a "name" must be there, and those of a file have a value.
+std::vector<std::string> MappingFileChecker::checkElement(const TiXmlElement& element,
+                                                          const char* expected,
+                                                          const std::vector<const char*>& names) {
+    if (element.ValueStr() != expected) {
+        add(Rule::NotLoaded, element,
+            {inQuotes(element.ValueStr()) + " in place of '" + expected + "'"});
+        return {};
     }
-
-private:
-    static std::string valueOf(const TiXmlElement& element, const char* name) {
-        const char* const value = element.Attribute(name);
-        return value != nullptr ? value : "";
-    }
-
-    /// Also looks at its attributes, of which only the name of a load module may be missing, and at
-    /// the texts between its children.
-    bool isElement(const TiXmlElement& element, const char* expected,
-                   const std::vector<const char*>& attributes) {
-        if (element.ValueStr() != expected) {
-            m_findings.add(Rule::OtherElement, element, {element.ValueStr(), expected});
-            return false;
-        }
-        m_findings.addUnreadText(element);
-        m_findings.addUnknownAttributes(element, attributes);
-        for (const std::string name : attributes) {
-            const TiXmlAttribute* const attribute = findAttribute(element, name.c_str());
-            const std::string value = attribute != nullptr ? attribute->ValueStr() : "";
-            const bool isNumber = name == "productNumber" || name == "revision";
-            const bool isPlain =
-                std::all_of(value.begin(), value.end(), [](char c) { return c > ' ' && c <= '~'; });
-            if (name != "name" && (attribute == nullptr || (value.empty() && !isNumber))) {
-                m_findings.add(Rule::NoManifestValue, element, {name});
-            } else if (isNumber && (value.empty() || !isPlain)) {
-                m_findings.add(Rule::OddNumber, *attribute, {name, value});
-            }
-        }
-        return true;
-    }
-
-    void checkFile(const TiXmlElement& file) {
-        if (!isElement(file, "file", {"tag", "path"})) {
-            return;
-        }
-        if (const TiXmlElement* const child = file.FirstChildElement()) {
-            m_findings.add(Rule::MisplacedElement, *child, {child->ValueStr(), file.ValueStr()});
-        }
-        const std::string tag = valueOf(file, "tag");
-        const std::string value = valueOf(file, "path");
-        const std::filesystem::path path = m_folder / value;
-        std::error_code error;
-        if (!value.empty() && (!std::filesystem::is_regular_file(path, error) ||
-                               std::filesystem::equivalent(path, m_findings.file(), error))) {
-            m_findings.add(Rule::MissingFile, *findAttribute(file, "path"), {value});
-        } else if (!value.empty() && tag == common::kMappingFileTag) {
-            m_files.emplace_back(m_module, path.string());
-        }
-        const bool isMisspeltTag = isMisspelt(tag, common::kMappingFileTag);
-        if (tag != common::kMappingFileTag &&
-            (isMisspeltTag || folded(tag).find(L"map") != std::wstring::npos)) {
-            m_findings.add(isMisspeltTag ? Rule::MisspeltTag : Rule::OtherTag,
-                           *findAttribute(file, "tag"), {tag});
+    addUnreadText(element);
+    addUnknownAttributes(element, names);
+    std::vector<std::string> values;
+    for (const std::string name : names) {
+        const TiXmlAttribute* const attribute = findAttribute(element, name.c_str());
+        const auto& value = values.emplace_back(attribute != nullptr ? attribute->Value() : "");
+        const bool isNumber = name == "productNumber" || name == "revision";
+        const bool isPlain =
+            std::all_of(value.begin(), value.end(), [](char c) { return c > ' ' && c <= '~'; });
+        if (name != "name" && (attribute == nullptr || (value.empty() && !isNumber))) {
+            add(Rule::NotLoaded, element, {"'" + name + "' is missing or empty"});
+        } else if (isNumber && (value.empty() || !isPlain)) {
+            add(Rule::OddNumber, *attribute, {name, value});
         }
     }
+    return values;
+}
 
-    const std::filesystem::path m_folder;
-    Findings& m_findings;
-    LoadModule m_module;
-    std::vector<LoadModuleFile> m_files;
-};
+/// A file of the `loadModule`.
+void MappingFileChecker::checkFile(const TiXmlElement& file, const LoadModule& loadModule) {
+    const auto values = checkElement(file, "file", {"tag", "path"});
+    if (values.empty() || values[0].empty() || values[1].empty()) {
+        return;
+    }
+    if (const TiXmlElement* const child = file.FirstChildElement()) {
+        add(Rule::LostElement, *child, {child->ValueStr(), "nothing in a 'file' is"});
+    }
+    const bool isMapping = values[0] == common::kMappingFileTag;
+    if (!isMapping && isMisspelt(values[0], common::kMappingFileTag)) {
+        add(Rule::LostTag, *findAttribute(file, "tag"), {values[0]});
+    } else if (!isMapping && folded(values[0]).find(L"map") != std::wstring::npos) {
+        add(Rule::OtherTag, *findAttribute(file, "tag"), {values[0]});
+    }
+    std::error_code error;
+    const auto path = std::filesystem::path(m_file).parent_path() / values[1];
+    if (!std::filesystem::is_regular_file(path, error) ||
+        std::filesystem::equivalent(path, m_file, error)) {
+        add(Rule::MissingFile, *findAttribute(file, "path"), {values[1]});
+    } else if (isMapping) {
+        m_manifestFiles->emplace_back(loadModule, path.string());
+    }
+}
 
-} // namespace
-
-std::vector<LoadModuleFile> checkManifest(const TiXmlElement& root, Findings& findings) {
-    return ManifestChecker(findings).check(root);
+void MappingFileChecker::checkManifest(const TiXmlElement& root) {
+    checkElement(root, "loadModules", {});
+    if (root.FirstChildElement() == nullptr) {
+        add({{m_file}, Rule::NoLoadModule});
+    }
+    for (const auto* each = root.FirstChildElement(); each != nullptr;
+         each = each->NextSiblingElement()) {
+        LoadModule loadModule =
+            checkElement(*each, "loadModule", {"productNumber", "revision", "name"});
+        const bool isRead = !loadModule.empty();
+        loadModule.resize(2);
+        for (const auto* file = each->FirstChildElement(); file != nullptr && isRead;
+             file = file->NextSiblingElement()) {
+            checkFile(*file, loadModule);
+        }
+    }
 }
 
 } // namespace dolqctl

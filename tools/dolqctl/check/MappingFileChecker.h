@@ -4,13 +4,13 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "check/Findings.h"
-#include "check/XmlText.h"
+#include <tinyxml.h>
+
+#include "check/Rules.h"
 #include "xmlconf/MappingFileObserverI.h"
 
 namespace dolqctl {
@@ -19,33 +19,39 @@ namespace dolqctl {
 using LoadModule = std::vector<std::string>;
 using LoadModuleFile = std::pair<LoadModule, std::string>; ///< one of its mapping files
 
-/// Adds the mistakes in a manifest as the embedded load-module handler reads it: an error is a
-/// manifest that it refuses, or a mapping file that the library does not find in it. Returns the
-/// mapping files that are there.
-std::vector<LoadModuleFile> checkManifest(const TiXmlElement& root, Findings& findings);
+/// What is not well-formed in a text.
+struct XmlProblem {
+    int line;
+    int column;
+    std::string text;
+};
 
-/// Looks at mapping files while the library's reader reads them, and finds what the reader skips,
-/// or takes for something else than what is written.
+/// What a parser finds that keeps to the rules of XML, up to where TinyXML may stop. TinyXML, which
+/// reads files for programs, does not; without a problem it may take something else than is
+/// written.
+std::vector<XmlProblem> findXmlProblems(std::string text);
+
+/// Looks at the mapping files of a load module while the library's reader reads them, and finds
+/// what the reader skips, or takes for something else than what is written.
 class MappingFileChecker final : public dolq::xmlconf::MappingFileObserverI {
 public:
-    enum class Kind { MappingFile, Manifest, Either };
-
     /// Of one file and rule, `most` findings are kept.
-    explicit MappingFileChecker(std::size_t most) : m_findings(most) {}
+    explicit MappingFileChecker(std::size_t most) : m_most(most) {}
 
-    /// Reads `path` and calls it `name`, on top of the files that were read before it for the same
-    /// load module; not again for the same. `Either`: a manifest is recognized by its root, and the
-    /// files that it names are read for their load modules.
-    void read(const std::string& path, const std::string& name, Kind kind,
-              const LoadModule& loadModule = {});
+    /// Reads `path`, calls it `name`, and returns what is wrong in it, by position. With
+    /// `manifestFiles`, a file is a manifest if its root says so: an error is one that the embedded
+    /// load-module handler refuses, or a mapping file that the library does not find in it; those
+    /// that are there are added to `manifestFiles`, and not read.
+    std::vector<Finding> read(const std::string& path, const std::string& name,
+                              std::vector<LoadModuleFile>* manifestFiles = nullptr);
 
-    /// When all files are read: what is wrong in them. Nothing is left here.
-    std::vector<Finding> takeFindings();
-    const std::vector<std::string>& files() const { return m_findings.files(); }
-    const std::map<LoadModule, Mappings>& mappings() const { return m_mappings; }
+    /// What has been read.
+    const Mappings& mappings() const { return m_mappings; }
+    /// Classes in it that are probably misspelt.
+    std::vector<Finding> findSimilarClasses() const;
 
     void onNotLoaded(const TiXmlDocument& document) override;
-    void onNoRoot() override;
+    void onNoRoot() override { onNotLoaded({}); }
     void onRoot(const TiXmlElement& root) override;
     void onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
                                std::uint32_t minorType) override;
@@ -53,32 +59,52 @@ public:
                    const std::string& moClass) override;
 
 private:
-    void addNotLoaded(const TiXmlDocument& document, const char* otherwise);
+    // Collect findings (Findings.cpp).
+    FilePosition positionOf(const TiXmlBase& part) const;
+    void beginElement(const TiXmlElement* element);
+    void add(Finding finding);
+    void add(Rule rule, const TiXmlBase& part, std::vector<std::string> texts = {});
+    void addUnreadText(const TiXmlElement& element);
+    void addUnknownAttributes(const TiXmlElement& element, const std::vector<const char*>& known);
+    std::vector<Finding> takeFindings();
+
     void checkChildren(const TiXmlElement& element);
     void checkMapping(const TiXmlElement& element);
     std::optional<std::uint32_t> checkNumber(const TiXmlElement& element, const char* name);
-    void checkClassList(const TiXmlAttribute& list);
     void checkClass(const TiXmlAttribute& list, const std::string& moClass);
     bool record(const Mapping& mapping);
 
-    /// How a class occurs in the files of a load module.
+    // Of manifests (ManifestChecker.cpp).
+    void checkManifest(const TiXmlElement& root);
+    std::vector<std::string> checkElement(const TiXmlElement& element, const char* expected,
+                                          const std::vector<const char*>& names);
+    void checkFile(const TiXmlElement& file, const LoadModule& loadModule);
+
+    /// How a class occurs.
     struct Use {
         FilePosition first;
         std::size_t count = 0;
     };
 
-    Findings m_findings;
-    std::map<std::string, std::set<LoadModule>> m_readers; ///< of each file
-    std::map<LoadModule, Mappings> m_mappings;
-    std::map<LoadModule, std::map<std::string, Use>> m_uses;
-    std::map<LoadModule, std::map<std::wstring, std::string>> m_spellings; ///< by `folded`
+    const std::size_t m_most;
+    Mappings m_mappings;
+    std::map<std::string, Use> m_uses;               ///< by class
+    std::map<std::wstring, std::string> m_spellings; ///< classes by `folded`
+
     // Of the file that is read:
-    LoadModule m_loadModule;
-    Kind m_kind = Kind::MappingFile;
-    XmlText m_text;
-    bool m_isManifest = false;
+    std::string m_file;
+    std::vector<LoadModuleFile>* m_manifestFiles = nullptr;
+    std::string m_whyUnread;
+    std::vector<XmlProblem> m_problems;
+    bool m_hasNul = false;
     bool m_mapsNothing = true;
-    std::vector<LoadModuleFile> m_named;
+    const TiXmlElement* m_about = nullptr;           ///< what the next findings are about, or null
+    std::shared_ptr<const MappingElement> m_element; ///< made of it when a finding needs it
+    std::vector<Finding> m_findings;
+    /// By rule: how many are kept, and where the last one of them is.
+    std::map<Rule, std::pair<std::size_t, std::size_t>> m_kept;
 };
+
+const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name);
 
 } // namespace dolqctl

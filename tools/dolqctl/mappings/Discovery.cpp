@@ -71,7 +71,7 @@ void checkManifests(Discovery& discovery) {
             }
             isEmpty = false;
             for (const Finding& finding : findManifestMistakes(path.string())) {
-                if (finding.rule != Rule::MissingFile) { // told when it is read
+                if (finding.name() != std::string("missing-file")) { // told when it is read
                     (finding.severity() == Severity::Error ? problems : discovery.doubts)
                         .push_back(positionText(finding.position) + ": " + finding.message());
                 }
