@@ -7,11 +7,11 @@
 
 namespace common {
 
-/// "5 (SA_AIS_ERR_TIMEOUT)" of an SaAisErrorT; the number alone of one that the standard has not.
+/// "5 (SA_AIS_ERR_TIMEOUT)" for an SaAisErrorT; the number alone if the standard has no such value.
 std::string aisText(std::uint32_t code);
 
-/// What a code of the notification service means for an alarm; empty of one that says it by its
-/// name, or that the service does not answer with.
+/// What a code of the notification service means for an alarm. Empty if its name says it, or if the
+/// service does not answer with it.
 std::string_view aisMeaning(std::uint32_t code);
 
 /// The SaAisErrorT value of a name, an error with or without its "SA_AIS_ERR_".

@@ -1,5 +1,5 @@
-/// An application that raises and ceases alarms. It learns nothing of what becomes of them: the
-/// trace says what was sent, and why something was not.
+/// An application that raises and ceases alarms. The library returns no status: the trace says what
+/// was sent, and why something was not.
 #include <cstdint>
 #include <iostream>
 #include <string>
@@ -21,7 +21,7 @@ struct Fault {
 constexpr Fault kTemperature{4101, "TemperatureTooHigh", "Equipment=1,Board=3"};
 constexpr Fault kLinkFailure{4102, "LinkFailure", "Transport=1,Port=7"};
 constexpr Fault kDegraded{4104, "ServiceDegraded", "Service=voice"};
-/// No mapping file has this one: the library drops it, with a trace in group 0.
+/// It has no mapping: the library drops it and leaves a trace in group 0.
 constexpr Fault kUnmapped{4999, "LicenceExpired", "Application=billing"};
 
 // Events, as the platform's correlation service knows them.
