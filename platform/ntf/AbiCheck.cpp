@@ -7,35 +7,29 @@
 
 namespace {
 
-template <typename T, std::size_t Size, std::size_t Align> constexpr bool hasLayout() {
-    return sizeof(T) == Size && alignof(T) == Align;
+template <typename... Conditions> constexpr bool all(Conditions... conditions) {
+    return (conditions && ...);
 }
 
-#define SIZE_AND_ALIGNMENT(type, size, alignment)                                                  \
-    static_assert(hasLayout<type, size, alignment>(), "layout of " #type)
-#define FIELD(type, field, offset)                                                                 \
-    static_assert(offsetof(type, field) == (offset), "offset of " #type "::" #field)
+template <std::size_t Size, typename... Types> constexpr bool haveSize() {
+    return ((sizeof(Types) == Size && alignof(Types) == Size) && ...);
+}
 
-SIZE_AND_ALIGNMENT(SaInt16T, 2, 2);
-SIZE_AND_ALIGNMENT(SaUint16T, 2, 2);
-SIZE_AND_ALIGNMENT(SaStringT, 8, 8);
-SIZE_AND_ALIGNMENT(SaTimeT, 8, 8);
-SIZE_AND_ALIGNMENT(SaNtfHandleT, 8, 8);
-SIZE_AND_ALIGNMENT(SaNtfNotificationHandleT, 8, 8);
-SIZE_AND_ALIGNMENT(SaNtfNotificationFilterHandleT, 8, 8);
-SIZE_AND_ALIGNMENT(SaNtfReadHandleT, 8, 8);
-SIZE_AND_ALIGNMENT(SaNtfIdentifierT, 8, 8);
-SIZE_AND_ALIGNMENT(SaNtfElementIdT, 2, 2);
+/// With AT(field, offset) for each field of a structure.
+#define LAYOUT(type, size, alignment, ...)                                                         \
+    struct type##Layout {                                                                          \
+        using Type = type;                                                                         \
+        static_assert(sizeof(Type) == (size) && alignof(Type) == (alignment), "size of " #type);   \
+        static_assert(all(__VA_ARGS__), "fields of " #type);                                       \
+    }
+#define AT(field, offset) offsetof(Type, field) == (offset)
 
-SIZE_AND_ALIGNMENT(SaAisErrorT, 4, 4);
-SIZE_AND_ALIGNMENT(SaNtfNotificationTypeT, 4, 4);
-SIZE_AND_ALIGNMENT(SaNtfEventTypeT, 4, 4);
-SIZE_AND_ALIGNMENT(SaNtfValueTypeT, 4, 4);
-SIZE_AND_ALIGNMENT(SaNtfProbableCauseT, 4, 4);
-SIZE_AND_ALIGNMENT(SaNtfSeverityT, 4, 4);
-SIZE_AND_ALIGNMENT(SaNtfSeverityTrendT, 4, 4);
-SIZE_AND_ALIGNMENT(SaNtfSearchModeT, 4, 4);
-SIZE_AND_ALIGNMENT(SaNtfSearchDirectionT, 4, 4);
+static_assert(haveSize<2, SaInt16T, SaUint16T, SaNtfElementIdT>());
+static_assert(haveSize<4, SaAisErrorT, SaNtfNotificationTypeT, SaNtfEventTypeT, SaNtfValueTypeT,
+                       SaNtfProbableCauseT, SaNtfSeverityT, SaNtfSeverityTrendT, SaNtfSearchModeT,
+                       SaNtfSearchDirectionT>());
+static_assert(haveSize<8, SaStringT, SaTimeT, SaNtfHandleT, SaNtfNotificationHandleT,
+                       SaNtfNotificationFilterHandleT, SaNtfReadHandleT, SaNtfIdentifierT>());
 
 // Counted enumerations: the last value fixes all of them.
 static_assert(SA_MAX_NAME_LENGTH == 600);
@@ -51,124 +45,43 @@ static_assert(SA_NTF_TREND_LESS_SEVERE == 2);
 static_assert(SA_NTF_SEARCH_ONLY_FILTER == 7);
 static_assert(SA_NTF_SEARCH_YOUNGER == 2);
 static_assert(static_cast<SaUint64T>(SA_TIME_UNKNOWN) == 0x8000000000000000ULL);
-
-SIZE_AND_ALIGNMENT(SaNameT, 602, 2);
-FIELD(SaNameT, length, 0);
-FIELD(SaNameT, value, 2);
-
-SIZE_AND_ALIGNMENT(SaVersionT, 3, 1);
-FIELD(SaVersionT, releaseCode, 0);
-FIELD(SaVersionT, majorVersion, 1);
-FIELD(SaVersionT, minorVersion, 2);
-
-SIZE_AND_ALIGNMENT(SaNtfClassIdT, 8, 4);
-FIELD(SaNtfClassIdT, vendorId, 0);
-FIELD(SaNtfClassIdT, majorId, 4);
-FIELD(SaNtfClassIdT, minorId, 6);
-
-SIZE_AND_ALIGNMENT(SaNtfValueT, 8, 8);
-FIELD(SaNtfValueT, ptrVal.dataOffset, 0);
-FIELD(SaNtfValueT, ptrVal.dataSize, 2);
-FIELD(SaNtfValueT, arrayVal.arrayOffset, 0);
-FIELD(SaNtfValueT, arrayVal.numElements, 2);
-FIELD(SaNtfValueT, arrayVal.elementSize, 4);
 static_assert(sizeof(SaNtfValueT::ptrVal) == 4 && sizeof(SaNtfValueT::arrayVal) == 6);
 
-SIZE_AND_ALIGNMENT(SaNtfAdditionalInfoT, 16, 8);
-FIELD(SaNtfAdditionalInfoT, infoId, 0);
-FIELD(SaNtfAdditionalInfoT, infoType, 4);
-FIELD(SaNtfAdditionalInfoT, infoValue, 8);
-
-SIZE_AND_ALIGNMENT(SaNtfNotificationHeaderT, 80, 8);
-FIELD(SaNtfNotificationHeaderT, eventType, 0);
-FIELD(SaNtfNotificationHeaderT, notificationObject, 8);
-FIELD(SaNtfNotificationHeaderT, notifyingObject, 16);
-FIELD(SaNtfNotificationHeaderT, notificationClassId, 24);
-FIELD(SaNtfNotificationHeaderT, eventTime, 32);
-FIELD(SaNtfNotificationHeaderT, numCorrelatedNotifications, 40);
-FIELD(SaNtfNotificationHeaderT, lengthAdditionalText, 42);
-FIELD(SaNtfNotificationHeaderT, numAdditionalInfo, 44);
-FIELD(SaNtfNotificationHeaderT, notificationId, 48);
-FIELD(SaNtfNotificationHeaderT, correlatedNotifications, 56);
-FIELD(SaNtfNotificationHeaderT, additionalText, 64);
-FIELD(SaNtfNotificationHeaderT, additionalInfo, 72);
-
-SIZE_AND_ALIGNMENT(SaNtfThresholdInformationT, 40, 8);
-FIELD(SaNtfThresholdInformationT, thresholdId, 0);
-FIELD(SaNtfThresholdInformationT, thresholdValueType, 4);
-FIELD(SaNtfThresholdInformationT, thresholdValue, 8);
-FIELD(SaNtfThresholdInformationT, thresholdHysteresis, 16);
-FIELD(SaNtfThresholdInformationT, observedValue, 24);
-FIELD(SaNtfThresholdInformationT, armTime, 32);
-
-SIZE_AND_ALIGNMENT(SaNtfProposedRepairActionT, 16, 8);
-FIELD(SaNtfProposedRepairActionT, actionId, 0);
-FIELD(SaNtfProposedRepairActionT, actionValueType, 4);
-FIELD(SaNtfProposedRepairActionT, actionValue, 8);
-
-SIZE_AND_ALIGNMENT(SaNtfAttributeT, 16, 8);
-FIELD(SaNtfAttributeT, attributeId, 0);
-FIELD(SaNtfAttributeT, attributeType, 4);
-FIELD(SaNtfAttributeT, attributeValue, 8);
-
-SIZE_AND_ALIGNMENT(SaNtfSpecificProblemT, 24, 8);
-FIELD(SaNtfSpecificProblemT, problemId, 0);
-FIELD(SaNtfSpecificProblemT, problemClassId, 4);
-FIELD(SaNtfSpecificProblemT, problemType, 12);
-FIELD(SaNtfSpecificProblemT, problemValue, 16);
-
-SIZE_AND_ALIGNMENT(SaNtfAlarmNotificationT, 152, 8);
-FIELD(SaNtfAlarmNotificationT, notificationHandle, 0);
-FIELD(SaNtfAlarmNotificationT, notificationHeader, 8);
-FIELD(SaNtfAlarmNotificationT, numSpecificProblems, 88);
-FIELD(SaNtfAlarmNotificationT, numMonitoredAttributes, 90);
-FIELD(SaNtfAlarmNotificationT, numProposedRepairActions, 92);
-FIELD(SaNtfAlarmNotificationT, probableCause, 96);
-FIELD(SaNtfAlarmNotificationT, specificProblems, 104);
-FIELD(SaNtfAlarmNotificationT, perceivedSeverity, 112);
-FIELD(SaNtfAlarmNotificationT, trend, 120);
-FIELD(SaNtfAlarmNotificationT, thresholdInformation, 128);
-FIELD(SaNtfAlarmNotificationT, monitoredAttributes, 136);
-FIELD(SaNtfAlarmNotificationT, proposedRepairActions, 144);
-
-SIZE_AND_ALIGNMENT(SaNtfCallbacksT, 16, 8);
-FIELD(SaNtfCallbacksT, saNtfNotificationCallback, 0);
-FIELD(SaNtfCallbacksT, saNtfNotificationDiscardedCallback, 8);
-
-SIZE_AND_ALIGNMENT(SaNtfNotificationsT, 160, 8);
-FIELD(SaNtfNotificationsT, notificationType, 0);
-FIELD(SaNtfNotificationsT, notification.alarmNotification, 8);
-
-SIZE_AND_ALIGNMENT(SaNtfSearchCriteriaT, 24, 8);
-FIELD(SaNtfSearchCriteriaT, searchMode, 0);
-FIELD(SaNtfSearchCriteriaT, eventTime, 8);
-FIELD(SaNtfSearchCriteriaT, notificationId, 16);
-
-SIZE_AND_ALIGNMENT(SaNtfNotificationFilterHeaderT, 64, 8);
-FIELD(SaNtfNotificationFilterHeaderT, numEventTypes, 0);
-FIELD(SaNtfNotificationFilterHeaderT, eventTypes, 8);
-FIELD(SaNtfNotificationFilterHeaderT, numNotificationObjects, 16);
-FIELD(SaNtfNotificationFilterHeaderT, notificationObjects, 24);
-FIELD(SaNtfNotificationFilterHeaderT, numNotifyingObjects, 32);
-FIELD(SaNtfNotificationFilterHeaderT, notifyingObjects, 40);
-FIELD(SaNtfNotificationFilterHeaderT, numNotificationClassIds, 48);
-FIELD(SaNtfNotificationFilterHeaderT, notificationClassIds, 56);
-
-SIZE_AND_ALIGNMENT(SaNtfAlarmNotificationFilterT, 104, 8);
-FIELD(SaNtfAlarmNotificationFilterT, notificationFilterHandle, 0);
-FIELD(SaNtfAlarmNotificationFilterT, notificationFilterHeader, 8);
-FIELD(SaNtfAlarmNotificationFilterT, numProbableCauses, 72);
-FIELD(SaNtfAlarmNotificationFilterT, numPerceivedSeverities, 74);
-FIELD(SaNtfAlarmNotificationFilterT, numTrends, 76);
-FIELD(SaNtfAlarmNotificationFilterT, probableCauses, 80);
-FIELD(SaNtfAlarmNotificationFilterT, perceivedSeverities, 88);
-FIELD(SaNtfAlarmNotificationFilterT, trends, 96);
-
-SIZE_AND_ALIGNMENT(SaNtfNotificationTypeFilterHandlesT, 40, 8);
-FIELD(SaNtfNotificationTypeFilterHandlesT, objectCreateDeleteFilterHandle, 0);
-FIELD(SaNtfNotificationTypeFilterHandlesT, attributeChangeFilterHandle, 8);
-FIELD(SaNtfNotificationTypeFilterHandlesT, stateChangeFilterHandle, 16);
-FIELD(SaNtfNotificationTypeFilterHandlesT, alarmFilterHandle, 24);
-FIELD(SaNtfNotificationTypeFilterHandlesT, securityAlarmFilterHandle, 32);
+LAYOUT(SaNameT, 602, 2, AT(length, 0), AT(value, 2));
+LAYOUT(SaVersionT, 3, 1, AT(releaseCode, 0), AT(majorVersion, 1), AT(minorVersion, 2));
+LAYOUT(SaNtfClassIdT, 8, 4, AT(vendorId, 0), AT(majorId, 4), AT(minorId, 6));
+LAYOUT(SaNtfValueT, 8, 8, AT(ptrVal.dataOffset, 0), AT(ptrVal.dataSize, 2),
+       AT(arrayVal.arrayOffset, 0), AT(arrayVal.numElements, 2), AT(arrayVal.elementSize, 4));
+LAYOUT(SaNtfAdditionalInfoT, 16, 8, AT(infoId, 0), AT(infoType, 4), AT(infoValue, 8));
+LAYOUT(SaNtfNotificationHeaderT, 80, 8, AT(eventType, 0), AT(notificationObject, 8),
+       AT(notifyingObject, 16), AT(notificationClassId, 24), AT(eventTime, 32),
+       AT(numCorrelatedNotifications, 40), AT(lengthAdditionalText, 42), AT(numAdditionalInfo, 44),
+       AT(notificationId, 48), AT(correlatedNotifications, 56), AT(additionalText, 64),
+       AT(additionalInfo, 72));
+LAYOUT(SaNtfThresholdInformationT, 40, 8, AT(thresholdId, 0), AT(thresholdValueType, 4),
+       AT(thresholdValue, 8), AT(thresholdHysteresis, 16), AT(observedValue, 24), AT(armTime, 32));
+LAYOUT(SaNtfProposedRepairActionT, 16, 8, AT(actionId, 0), AT(actionValueType, 4),
+       AT(actionValue, 8));
+LAYOUT(SaNtfAttributeT, 16, 8, AT(attributeId, 0), AT(attributeType, 4), AT(attributeValue, 8));
+LAYOUT(SaNtfSpecificProblemT, 24, 8, AT(problemId, 0), AT(problemClassId, 4), AT(problemType, 12),
+       AT(problemValue, 16));
+LAYOUT(SaNtfAlarmNotificationT, 152, 8, AT(notificationHandle, 0), AT(notificationHeader, 8),
+       AT(numSpecificProblems, 88), AT(numMonitoredAttributes, 90),
+       AT(numProposedRepairActions, 92), AT(probableCause, 96), AT(specificProblems, 104),
+       AT(perceivedSeverity, 112), AT(trend, 120), AT(thresholdInformation, 128),
+       AT(monitoredAttributes, 136), AT(proposedRepairActions, 144));
+LAYOUT(SaNtfCallbacksT, 16, 8, AT(saNtfNotificationCallback, 0),
+       AT(saNtfNotificationDiscardedCallback, 8));
+LAYOUT(SaNtfNotificationsT, 160, 8, AT(notificationType, 0), AT(notification.alarmNotification, 8));
+LAYOUT(SaNtfSearchCriteriaT, 24, 8, AT(searchMode, 0), AT(eventTime, 8), AT(notificationId, 16));
+LAYOUT(SaNtfNotificationFilterHeaderT, 64, 8, AT(numEventTypes, 0), AT(eventTypes, 8),
+       AT(numNotificationObjects, 16), AT(notificationObjects, 24), AT(numNotifyingObjects, 32),
+       AT(notifyingObjects, 40), AT(numNotificationClassIds, 48), AT(notificationClassIds, 56));
+LAYOUT(SaNtfAlarmNotificationFilterT, 104, 8, AT(notificationFilterHandle, 0),
+       AT(notificationFilterHeader, 8), AT(numProbableCauses, 72), AT(numPerceivedSeverities, 74),
+       AT(numTrends, 76), AT(probableCauses, 80), AT(perceivedSeverities, 88), AT(trends, 96));
+LAYOUT(SaNtfNotificationTypeFilterHandlesT, 40, 8, AT(objectCreateDeleteFilterHandle, 0),
+       AT(attributeChangeFilterHandle, 8), AT(stateChangeFilterHandle, 16),
+       AT(alarmFilterHandle, 24), AT(securityAlarmFilterHandle, 32));
 
 } // namespace

@@ -19,15 +19,11 @@ public:
 
     /// Fills all of `filter` but its handle.
     void describe(SaNtfAlarmNotificationFilterT& filter) {
-        filter.notificationFilterHeader = {};
+        filter = {};
         filter.notificationFilterHeader.numNotificationObjects =
             static_cast<SaUint16T>(m_objects.size());
         filter.notificationFilterHeader.notificationObjects =
             m_objects.empty() ? nullptr : m_objects.data();
-        filter.numProbableCauses = filter.numPerceivedSeverities = filter.numTrends = 0;
-        filter.probableCauses = nullptr;
-        filter.perceivedSeverities = nullptr;
-        filter.trends = nullptr;
     }
 
     bool isValid() const { return std::all_of(m_objects.begin(), m_objects.end(), ntf::isValid); }

@@ -63,8 +63,8 @@ SaAisErrorT handOut(SaNtfHandleT owner, const std::shared_ptr<Kind>& object, SaU
     if (added == 0) {
         return SA_AIS_ERR_BAD_HANDLE;
     }
-    handle = added;
     object->describe(description);
+    handle = added;
     return SA_AIS_OK;
 }
 
