@@ -120,9 +120,8 @@ void addCheck(CLI::App& program) {
     command.add_flag("--discovered", arguments.discovered, "The mapping files of the load module")
         ->excludes(files);
     addIdentity(command, arguments.identity);
-    addValue(
-        command, "--faults", "FILE.tsv", arguments.faults,
-        "Faults that must be mapped: a fault id, a tab and a class a line; # begins a comment");
+    addValue(command, "--faults", "FILE.tsv", arguments.faults,
+             "Faults that must be mapped: lines of a fault id, a tab and a class");
     addValue(command, "--allow", "RULE", arguments.allowed,
              "Leave out the findings of a rule; repeatable");
     command.add_flag("--strict", arguments.strict, "Exit with 1 also for warnings");
@@ -130,8 +129,9 @@ void addCheck(CLI::App& program) {
     command.footer(
         R"(Each finding is FILE:LINE:COLUMN: SEVERITY: MESSAGE [RULE]. An error is a
 mapping that is lost or not what is written, a warning what was hardly meant. Of
-one rule, severity and file ten are shown. Files are read one on top of the
-other, as those of a load module are.
+one rule and file ten are shown. Files are read one on top of the other, as
+those of a load module are; those that a manifest names are read, too, each for
+its own load module.
 
 Example, in the source or in the folder of the installed documents:
   dolqctl check --allow override examples/loadmodules/alarm-client/*.xml)");

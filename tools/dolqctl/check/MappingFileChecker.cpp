@@ -252,30 +252,24 @@ std::optional<std::uint32_t> MappingFileChecker::checkNumber(const TiXmlElement&
     }
     const TiXmlAttribute& attribute = *findAttribute(element, name);
     const std::string value = attribute.Value();
-    const std::string advice = meantNumber(value, name == kMinorType);
-    if (outcome != TIXML_SUCCESS) {
-        add(Rule::NotAnInteger, attribute, {name, value, advice});
-        return std::nullopt;
-    }
     errno = 0;
     char* rest = nullptr;
     const long long meant = std::strtoll(value.c_str(), &rest, 10);
     const auto stored = static_cast<std::uint32_t>(number);
-    const std::string text = std::to_string(stored);
-    if (errno == ERANGE || (meant != number && meant != stored)) {
-        add(Rule::OtherNumber, attribute, {name, value, text});
-        return std::nullopt;
+    const bool isOther = errno == ERANGE || (meant != number && meant != stored);
+    const bool hasRest = rest[std::strspn(rest, " \t\n\v\f\r")] != '\0';
+    const bool isLost = outcome != TIXML_SUCCESS || isOther || hasRest;
+    if (isLost || meant < 0 || meant != number) {
+        add(outcome != TIXML_SUCCESS ? Rule::NotAnInteger
+            : isOther                ? Rule::OtherNumber
+            : hasRest                ? Rule::TextAfterNumber
+            : meant < 0              ? Rule::NegativeNumber
+                                     : Rule::Beyond32Bits,
+            attribute,
+            {name, value, std::to_string(stored), std::to_string(number),
+             meantNumber(value, name == kMinorType)});
     }
-    if (rest[std::strspn(rest, " \t\n\v\f\r")] != '\0') {
-        add(Rule::TextAfterNumber, attribute, {name, value, text, advice});
-        return std::nullopt;
-    }
-    if (meant != number) {
-        add(Rule::Beyond32Bits, attribute, {name, value, std::to_string(number)});
-    } else if (number < 0) {
-        add(Rule::NegativeNumber, attribute, {name, value, text});
-    }
-    return stored;
+    return isLost ? std::nullopt : std::optional(stored);
 }
 
 void MappingFileChecker::onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
@@ -355,16 +349,16 @@ std::vector<Finding> MappingFileChecker::findSimilarClasses() const {
     }
     std::vector<Finding> findings;
     for (const auto& [rare, use] : m_uses) {
-        const std::string letters = withoutDigits(rare);
-        for (auto each = often.begin();
-             each != often.end() && use.count == 1 && rare.size() <= kLongest; ++each) {
-            const std::size_t wrong = distance(letters, each->first);
-            if (wrong > 0 && wrong <= std::min((letters.size() + 1) / 3, std::size_t{2})) {
-                const auto& [name, other] = each->second;
-                findings.push_back(
-                    {use.first, Rule::SimilarClass, {rare, name, std::to_string(other.count)}});
-                break;
-            }
+        const std::string letters =
+            use.count == 1 && rare.size() <= kLongest ? withoutDigits(rare) : "";
+        const auto similar = std::find_if(often.begin(), often.end(), [&](const auto& each) {
+            const std::size_t wrong = letters.empty() ? 0 : distance(letters, each.first);
+            return wrong > 0 && wrong <= std::min((letters.size() + 1) / 3, std::size_t{2});
+        });
+        if (similar != often.end()) {
+            const auto& [name, other] = similar->second;
+            findings.push_back(
+                {use.first, Rule::SimilarClass, {rare, name, std::to_string(other.count)}});
         }
     }
     return findings;

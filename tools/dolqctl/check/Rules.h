@@ -21,13 +21,13 @@
     X(MissingAttribute, "missing-attribute", Error, "no '$1': the element is skipped")             \
     X(MissingClass, "missing-class", Warning,                                                      \
       "no 'managed_object_class': only an object without a class gets this alarm")                 \
-    X(NotAnInteger, "not-an-integer", Error, R"($1="$2" is no integer: the element is skipped$3)") \
+    X(NotAnInteger, "not-an-integer", Error, R"($1="$2" is no integer: the element is skipped$5)") \
     X(TextAfterNumber, "text-after-number", Error,                                                 \
-      R"($1="$2" is read as $3: what follows is ignored$4)")                                       \
+      R"($1="$2" is read as $3: what follows is ignored$5)")                                       \
     X(OtherNumber, "beyond-32-bits", Error,                                                        \
       R"($1="$2" does not fit 32 bits with a sign: it is read as $3)")                             \
     X(Beyond32Bits, "beyond-32-bits", Warning,                                                     \
-      R"($1="$2" does not fit 32 bits with a sign: write $3)")                                     \
+      R"($1="$2" does not fit 32 bits with a sign: write $4)")                                     \
     X(NegativeNumber, "negative-number", Warning, R"($1="$2" stands for $3: is that meant?)")      \
     X(NoMajorId, "no-major-id", Warning,                                                           \
       R"(minor_type_id="$1" is the alarm 0/$1; for 2/$1 write "$2")")                              \
