@@ -1,6 +1,7 @@
 #include "platform/ntf/FaultSchedule.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <mutex>
 #include <optional>
@@ -23,6 +24,8 @@ constexpr std::uint64_t kLargestNumber = 1'000'000'000;
 /// Indexed by ServiceCall.
 constexpr const char* kCallNames[kServiceCallCount] = {
     "initialize", "finalize", "allocate", "value", "send", "free", "search", "read"};
+
+constexpr const char* kSettingNames[] = {"times", "after", "delay"};
 
 std::string trimmed(const std::string& text) {
     const std::size_t first = text.find_first_not_of(" \t\n");
@@ -89,18 +92,14 @@ FaultSchedule::Fault FaultSchedule::parseFault(const std::string& text) {
     fault.result = static_cast<SaAisErrorT>(*code);
     for (auto part = parts.begin() + 1; part != parts.end(); ++part) {
         const std::vector<std::string> setting = split(*part, '=');
-        const std::uint64_t number = setting.size() == 2 ? numberIn(setting[1]) : 0;
-        if (setting.size() == 2 && number > kLargestNumber) {
-            refuse(setting[1], text, "is no number from 0 to 1000000000");
-        }
-        if (setting.size() == 2 && setting[0] == "times") {
-            fault.times = number;
-        } else if (setting.size() == 2 && setting[0] == "after") {
-            fault.after = number;
-        } else if (setting.size() == 2 && setting[0] == "delay") {
-            fault.delay = std::chrono::milliseconds(number);
-        } else {
+        const std::size_t index = setting.size() == 2 ? indexOf(setting[0], kSettingNames) : 0;
+        if (setting.size() != 2 || index == std::size(kSettingNames)) {
             refuse(*part, text, "is none of times=N, after=N and delay=MILLISECONDS");
+        }
+        std::uint64_t Fault::*const settings[] = {&Fault::times, &Fault::after, &Fault::delay};
+        fault.*settings[index] = numberIn(setting[1]);
+        if (fault.*settings[index] > kLargestNumber) {
+            refuse(setting[1], text, "is no number from 0 to 1000000000");
         }
     }
     return fault;
@@ -110,9 +109,7 @@ SaAisErrorT FaultSchedule::answerTo(ServiceCall call) {
     const std::uint64_t before = m_calls[static_cast<std::size_t>(call)]++;
     for (const Fault& fault : m_faults) {
         if (fault.call == call && before >= fault.after && before - fault.after < fault.times) {
-            if (fault.delay.count() != 0) {
-                std::this_thread::sleep_for(fault.delay);
-            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(fault.delay));
             if (fault.result != SA_AIS_OK) {
                 common::reportOnce("ruxa-ntf: " + std::string(kVariable) + " refuses " +
                                    kCallNames[static_cast<std::size_t>(call)] + " with " +

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <atomic>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -37,7 +36,7 @@ private:
         SaAisErrorT result = SA_AIS_OK;
         std::uint64_t times = std::numeric_limits<std::uint64_t>::max();
         std::uint64_t after = 0;
-        std::chrono::milliseconds delay{0};
+        std::uint64_t delay = 0; ///< milliseconds
     };
     static Fault parseFault(const std::string& text);
 

@@ -198,12 +198,16 @@ TEST_F(NtfRead, GivesThoseInWhoseObjectOneOfTheNamesOccurs) {
 TEST_F(NtfRead, IsOfTheLogAsItWas) {
     EXPECT_EQ(rest(readingOf()), Texts{}); // there is none
     send("first");
-    std::ofstream(m_log, std::ios::app) << "\nnot ours\n{\"notificationId\":\"1\",\n";
+    std::string line = logLines().front();
+    std::ofstream(m_log) << line.append(65536 - line.size(), ' ') << '\n'; // behind a piece
+    line.erase(line.find_last_not_of(' ') + 1);
+    std::ofstream(m_log, std::ios::app)
+        << "\nnot ours\n"
+        << line.substr(0, line.size() - 1) << '\n'
+        << line.replace(line.find("Code\":0"), 7, "Code\":6") << '\n';
     send("second", std::string(65534, '\x1B')); // a line of several pieces
     send("third");
-    std::string cut = logLines().back();
-    std::ofstream(m_log, std::ios::app) << cut.substr(0, cut.size() - 1) << '\n'
-                                        << cut.replace(cut.find("Code\":0"), 7, "Code\":6");
+    fs::resize_file(m_log, fs::file_size(m_log) - 1); // what lacks its newline only is whole
     const SaNtfReadHandleT reading = readingOf();
     const SaNtfReadHandleT shortened = readingOf();
     SaNtfNotificationsT read{};
@@ -243,7 +247,7 @@ TEST_F(NtfRead, RefusesALogThatIsNone) {
 }
 
 TEST_F(NtfRead, ChecksItsArguments) {
-    send("object");
+    send("object", "");
     SaNtfAlarmNotificationFilterT filter;
     std::memset(&filter, 0xA5, sizeof filter);
     EXPECT_EQ(allocateFilter(m_handle, nullptr, 0), SA_AIS_ERR_INVALID_PARAM);
@@ -299,6 +303,8 @@ TEST_F(NtfRead, ChecksItsArguments) {
         EXPECT_EQ(saNtfNotificationReadNext(reading, direction, &read), SA_AIS_ERR_INVALID_PARAM);
     }
     EXPECT_EQ(saNtfNotificationReadNext(reading, SA_NTF_SEARCH_OLDER, &read), SA_AIS_OK);
+    const SaNtfNotificationHeaderT& header = read.notification.alarmNotification.notificationHeader;
+    EXPECT_TRUE(header.additionalText == nullptr && header.lengthAdditionalText == 0);
     SaNtfNotificationsT untouched;
     std::memset(&untouched, 0xA5, sizeof untouched);
     const std::string before(reinterpret_cast<char*>(&untouched), sizeof untouched);
