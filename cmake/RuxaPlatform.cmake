@@ -40,10 +40,7 @@ function(ruxa_check_ntf_names include_dir)
   if(NOT compiled)
     string(REGEX MATCH "error: ([^\n]*)" error "${output}")
     message(FATAL_ERROR "The NTF headers in ${include_dir} cannot be used (${error})\n"
-      "The library writes names of 602 bytes (SaNameT with SA_MAX_NAME_LENGTH 600) into memory "
-      "that the NTF client library allocates. A stock OpenSAF client library allocates 258: every "
-      "alarm would overrun its heap.\n"
-      "Build OpenSAF for names of 600 bytes (docs/real-platform.md says what that takes), install its "
-      "headers and libraries, and set RUXA_DOLQ_NTF_INCLUDE_DIR and RUXA_DOLQ_NTF_LIBRARY to them.")
+      "The NTF service has to be built for names of 600 bytes, or every alarm would overrun its heap. "
+      "docs/real-platform.md says how.")
   endif()
 endfunction()
