@@ -8,6 +8,7 @@
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
+#include <sstream>
 
 #include "Output.h"
 #include "adapter/MinorType.h"
@@ -34,22 +35,6 @@ constexpr std::pair<const char*, Rule> kOddCharacters[] = {
 /// "131073 (2/1)".
 std::string minorTypeText(std::uint32_t minorType) {
     return std::to_string(minorType) + " (" + alarmText(minorType) + ')';
-}
-
-/// What to write in place of a number that is not read as it is meant: "; write "7"", or nothing.
-std::string meantNumber(const std::string& value, bool isMinorType) {
-    std::string plain; // of "131 073", "“131073”"
-    std::copy_if(value.begin(), value.end(), std::back_inserter(plain),
-                 [](char c) { return c > ' ' && c != '"' && c != '\''; });
-    const bool isHexadecimal = plain.find_first_of("xX") == 1;
-    char* end = nullptr;
-    long long meant = std::strtoll(plain.c_str(), &end, isHexadecimal ? 16 : 10);
-    const bool isAlarm = isMinorType && *end == '/'; // 2/17
-    const long long minorId = isAlarm ? std::strtoll(end + 1, &end, 10) : 0;
-    meant = isAlarm ? (meant << 16) + minorId : meant;
-    const bool isMeant = (isAlarm || isHexadecimal || plain != value) && *end == '\0' &&
-                         meant <= 0xFFFFFFFF && minorId <= 0xFFFF && !plain.empty();
-    return isMeant ? "; write \"" + std::to_string(static_cast<std::int32_t>(meant)) + '"' : "";
 }
 
 /// What a class looks like.
@@ -108,16 +93,14 @@ std::string withoutDigits(std::string text) {
     return text;
 }
 
-/// Whether there is a blank between two characters of one class.
+/// Whether a blank stands between two other characters of one class.
 bool hasInnerBlank(const std::string& list) {
-    bool isInside = false;
-    bool isBehindBlank = false;
-    for (const char c : list) {
-        if (c != ' ' && c != ',' && isBehindBlank) {
+    std::istringstream classes(list);
+    for (std::string each; std::getline(classes, each, ',');) {
+        const std::size_t first = each.find_first_not_of(' ');
+        if (first != each.npos && each.find(' ', first) < each.find_last_not_of(' ')) {
             return true;
         }
-        isBehindBlank = c == ' ' && isInside;
-        isInside = c != ',' && (isInside || c != ' ');
     }
     return false;
 }
@@ -265,9 +248,7 @@ std::optional<std::uint32_t> MappingFileChecker::checkNumber(const TiXmlElement&
             : hasRest                ? Rule::TextAfterNumber
             : meant < 0              ? Rule::NegativeNumber
                                      : Rule::Beyond32Bits,
-            attribute,
-            {name, value, std::to_string(stored), std::to_string(number),
-             meantNumber(value, name == kMinorType)});
+            attribute, {name, value, std::to_string(stored), std::to_string(number)});
     }
     return isLost ? std::nullopt : std::optional(stored);
 }
@@ -328,37 +309,33 @@ void MappingFileChecker::checkClass(const TiXmlAttribute& list, const std::strin
     } else if (look.beyondAscii != 0) {
         add(Rule::BeyondAscii, list, {moClass, codePoint(look.beyondAscii)});
     }
-    Use& use = m_uses[moClass];
-    if (++use.count == 1) {
-        use.first = positionOf(list);
-        const std::string& other = m_spellings.emplace(look.folded, moClass).first->second;
-        if (other != moClass && look.misleading == 0) {
-            add({use.first, Rule::ClassCase, {moClass, other}, m_uses[other].first});
-        }
+    const FilePosition position = positionOf(list);
+    const auto& [other, first] =
+        m_spellings.try_emplace(look.folded, moClass, position).first->second;
+    if (other != moClass && look.misleading == 0) {
+        add({position, Rule::ClassCase, {moClass, other}, first});
     }
+    ++m_uses.try_emplace(withoutDigits(moClass), Use{moClass, position, 0}).first->second.count;
 }
 
 std::vector<Finding> MappingFileChecker::findSimilarClasses() const {
     constexpr std::size_t kOften = 10;
-    constexpr std::size_t kLongest = 100;                     // the distance takes its square
-    std::map<std::string, std::pair<std::string, Use>> often; // digits make other names
-    for (const auto& [name, use] : m_uses) {
-        if (use.count >= kOften && name.size() <= kLongest) {
-            often.try_emplace(withoutDigits(name), name, use);
-        }
-    }
+    constexpr std::size_t kShortest = 4;
+    constexpr std::size_t kLongest = 100; // the distance takes its square
     std::vector<Finding> findings;
     for (const auto& [rare, use] : m_uses) {
-        const std::string letters =
-            use.count == 1 && rare.size() <= kLongest ? withoutDigits(rare) : "";
-        const auto similar = std::find_if(often.begin(), often.end(), [&](const auto& each) {
-            const std::size_t wrong = letters.empty() ? 0 : distance(letters, each.first);
-            return wrong > 0 && wrong <= std::min((letters.size() + 1) / 3, std::size_t{2});
-        });
-        if (similar != often.end()) {
-            const auto& [name, other] = similar->second;
+        const std::size_t most = rare.size() == kShortest ? 1 : 2; // letters that differ
+        const bool isRare = use.count == 1 && rare.size() >= kShortest && rare.size() <= kLongest;
+        const auto often =
+            std::find_if(m_uses.begin(), m_uses.end(), [&, &name = rare](auto& each) {
+                return isRare && each.second.count >= kOften && each.first.size() >= kShortest &&
+                       each.first.size() <= kLongest && distance(name, each.first) <= most;
+            });
+        if (often != m_uses.end()) {
             findings.push_back(
-                {use.first, Rule::SimilarClass, {rare, name, std::to_string(other.count)}});
+                {use.first,
+                 Rule::SimilarClass,
+                 {use.name, often->second.name, std::to_string(often->second.count)}});
         }
     }
     return findings;

@@ -80,16 +80,18 @@ private:
                                           const std::vector<const char*>& names);
     void checkFile(const TiXmlElement& file, const LoadModule& loadModule);
 
-    /// How a class occurs.
+    /// How classes occur that differ in digits alone.
     struct Use {
+        std::string name; ///< of the first
         FilePosition first;
-        std::size_t count = 0;
+        std::size_t count;
     };
 
     const std::size_t m_most;
     Mappings m_mappings;
-    std::map<std::string, Use> m_uses;               ///< by class
-    std::map<std::wstring, std::string> m_spellings; ///< classes by `folded`
+    std::map<std::string, Use> m_uses; ///< by class without digits
+    /// By `folded`: the first class, and where it is.
+    std::map<std::wstring, std::pair<std::string, FilePosition>> m_spellings;
 
     // Of the file that is read:
     std::string m_file;

@@ -21,9 +21,9 @@
     X(MissingAttribute, "missing-attribute", Error, "no '$1': the element is skipped")             \
     X(MissingClass, "missing-class", Warning,                                                      \
       "no 'managed_object_class': only an object without a class gets this alarm")                 \
-    X(NotAnInteger, "not-an-integer", Error, R"($1="$2" is no integer: the element is skipped$5)") \
+    X(NotAnInteger, "not-an-integer", Error, R"($1="$2" is no integer: the element is skipped)")   \
     X(TextAfterNumber, "text-after-number", Error,                                                 \
-      R"($1="$2" is read as $3: what follows is ignored$5)")                                       \
+      R"($1="$2" is read as $3: what follows is ignored)")                                         \
     X(OtherNumber, "beyond-32-bits", Error,                                                        \
       R"($1="$2" does not fit 32 bits with a sign: it is read as $3)")                             \
     X(Beyond32Bits, "beyond-32-bits", Warning,                                                     \
