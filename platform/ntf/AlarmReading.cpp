@@ -45,9 +45,11 @@ int openForReading(const std::filesystem::path& log) {
 
 } // namespace
 
-AlarmReading::AlarmReading(HandleTable::LogPath log, const std::vector<std::string>& objects)
+AlarmReading::AlarmReading(HandleTable::LogPath log, const AlarmFilter& filter)
     : m_log(std::move(log)) {
-    std::transform(objects.begin(), objects.end(), std::back_inserter(m_objects), logText);
+    for (const SaNameT& object : filter.objects()) {
+        m_objects.push_back(logText(toText(object)));
+    }
     const common::CancellationHeld held;
     const common::Descriptor file(openForReading(*m_log));
     struct stat status {};

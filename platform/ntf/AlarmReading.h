@@ -1,26 +1,52 @@
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include <saNtf.h>
 #include <sys/types.h>
 
 #include "platform/ntf/AlarmNotification.h"
+#include "platform/ntf/Fields.h"
 #include "platform/ntf/HandleTable.h"
 
 namespace platform::ntf {
+
+/// Which alarms are to be read: those of the objects that its client writes into it. Calls on one
+/// filter must not overlap.
+class AlarmFilter final : public SessionObject {
+public:
+    explicit AlarmFilter(SaUint16T numObjects) : m_objects(numObjects) {}
+
+    /// Fills all of `filter` but its handle.
+    void describe(SaNtfAlarmNotificationFilterT& filter) {
+        filter = {};
+        filter.notificationFilterHeader.numNotificationObjects =
+            static_cast<SaUint16T>(m_objects.size());
+        filter.notificationFilterHeader.notificationObjects =
+            m_objects.empty() ? nullptr : m_objects.data();
+    }
+
+    bool isValid() const { return std::all_of(m_objects.begin(), m_objects.end(), ntf::isValid); }
+
+    const std::vector<SaNameT>& objects() const { return m_objects; }
+
+private:
+    std::vector<SaNameT> m_objects; ///< never resized
+};
 
 /// The alarms of the notification log as it is when the reading begins, the oldest first. Opens the
 /// log for each piece of it, so that there is no descriptor that a program could close or a forked
 /// process share. Calls on one reading must not overlap.
 class AlarmReading final : public SessionObject {
 public:
-    /// With `objects`, alarms alone in whose object the name of one of them occurs. A log that is
-    /// not there has no alarms. Throws std::system_error when the log cannot be read.
-    AlarmReading(HandleTable::LogPath log, const std::vector<std::string>& objects);
+    /// `filter` is valid. A log that is not there has no alarms. Throws std::system_error when the
+    /// log cannot be read.
+    AlarmReading(HandleTable::LogPath log, const AlarmFilter& filter);
 
     /// Null at the end. Throws std::system_error when the log cannot be read, or is another one or
     /// shorter than it was.

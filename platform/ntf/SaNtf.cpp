@@ -15,7 +15,6 @@
 #include "common/AppendLine.h"
 #include "common/Escape.h"
 #include "common/ReportOnce.h"
-#include "platform/ntf/AlarmFilter.h"
 #include "platform/ntf/AlarmNotification.h"
 #include "platform/ntf/AlarmReading.h"
 #include "platform/ntf/FaultSchedule.h"
@@ -230,8 +229,8 @@ SaAisErrorT saNtfNotificationReadInitialize(
         if (!entry.object->isValid()) {
             return SA_AIS_ERR_INVALID_PARAM;
         }
-        const SaNtfReadHandleT handle = handles.add(
-            entry.owner, std::make_shared<AlarmReading>(entry.log, entry.object->objects()));
+        const SaNtfReadHandleT handle =
+            handles.add(entry.owner, std::make_shared<AlarmReading>(entry.log, *entry.object));
         if (handle == 0) {
             return SA_AIS_ERR_BAD_HANDLE;
         }

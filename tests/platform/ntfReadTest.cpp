@@ -232,6 +232,16 @@ TEST_F(NtfRead, IsOfTheLogAsItWas) {
     EXPECT_EQ(rest(readingOf()), Texts{});
 }
 
+TEST_F(NtfRead, CutsTextsThatGrewInTheLog) {
+    send(std::string(599, '\xFF'), std::string(65534, '\xFF'));
+    SaNtfNotificationsT read{};
+    ASSERT_EQ(next(readingOf(), read), SA_AIS_OK);
+    const SaNtfNotificationHeaderT& header = read.notification.alarmNotification.notificationHeader;
+    EXPECT_EQ(objectOf(read).size(), 599u);
+    EXPECT_EQ(header.lengthAdditionalText, 65535);
+    EXPECT_EQ(std::strlen(header.additionalText), 65534u);
+}
+
 TEST_F(NtfRead, RefusesALogThatIsNone) {
     SaNtfReadHandleT reading = 77;
     for (const fs::path& path : {fs::path("/dev/full"), m_folder / "file/log"}) {
