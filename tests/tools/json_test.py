@@ -5,6 +5,7 @@ usage: json_test.py REPOSITORY DOLQCTL
 
 import json
 import os
+import re
 import subprocess
 import sys
 import unittest
@@ -35,13 +36,36 @@ with open(os.path.join(REPOSITORY, "schema/dolqctl.schema.json"), encoding="utf-
     SCHEMA = json.load(file)
 
 
-def document(arguments, environment):
-    """What the command prints: `arguments` are separated by single blanks."""
-    run = subprocess.run([PROGRAM, *arguments.split(" "), "--json"], cwd=REPOSITORY, check=False,
-                         capture_output=True, env={"PATH": "/nonexistent", "RUXA_NTF_LOG": "/dev/null"} |
+def output(command, environment):
+    """What the command prints: it is separated by single blanks."""
+    run = subprocess.run(command.split(" "), cwd=REPOSITORY, check=False, capture_output=True,
+                         env={"PATH": "/nonexistent", "RUXA_NTF_LOG": "/dev/null"} |
                          {name: value for name, value in os.environ.items() if name.endswith("SAN_OPTIONS")} |
                          environment)
-    return json.loads(run.stdout)
+    return run.stdout
+
+
+def document(arguments, environment):
+    return json.loads(output(f"{PROGRAM} {arguments} --json", environment))
+
+
+def as_reader_prints(alarm):
+    """The alarm's latest raise in the form of the independent reader, event time left out."""
+    def values(field, key):
+        return [f"{field} {each['id']}: {each['value']} ({len(each['value'].encode()) + 1} bytes)" for each in alarm[key]]
+    severities = ["cleared", "indeterminate", "warning", "minor", "major", "critical"]
+    events = ["alarm", "communications", "qualityOfService", "processingError", "equipment", "environmental"]
+    return "\n".join([
+        f"notification: {alarm['notificationId']}", f"event type: {0x4000 + events.index(alarm['eventType']):#x}",
+        f"object: {alarm['object']}", f"notifying object: {alarm['notifyingObject']}",
+        "class: {vendorId}:{majorId}/{minorId}".format(**alarm["classId"]),
+        f"severity: {severities.index(alarm['severity'])}", f"probable cause: {alarm['probableCause']}",
+        f"trend: {['moreSevere', 'noChange', 'lessSevere'].index(alarm['trend'])}",
+        f"threshold: {alarm['threshold']['id']}",
+        f"text: {alarm['text']} ({len(alarm['text'].encode()) + 1} bytes)",
+        *values("info", "info"), *values("repair action", "repairActions"),
+        f"specific problems: {len(alarm['specificProblems'])}, "
+        f"monitored attributes: {len(alarm['monitoredAttributes'])}"])
 
 
 def keys(value, of_schema=False):
@@ -68,6 +92,16 @@ class JsonTest(unittest.TestCase):
                 self.assertEqual([error.message for error in validator.iter_errors(printed)], [])
                 seen |= keys(printed)
         self.assertEqual(keys(SCHEMA, of_schema=True) - seen, set(), "documented, but never printed")
+
+    @unittest.skipUnless(os.environ.get("ALARMS_READER"), "there is no reader")
+    def test_alarms_are_those_of_another_reader(self):
+        """Of the program in C that knows the standard's header alone."""
+        printed = output(os.environ["ALARMS_READER"], LOG).decode()
+        printed = re.sub("\nevent time: .*", "", printed)
+        alarms = document("alarms --history", LOG)["alarms"]
+        self.assertEqual(len(alarms), 5)
+        for alarm in alarms:
+            self.assertIn(as_reader_prints(alarm), printed)
 
 
 unittest.main()
