@@ -120,10 +120,9 @@ void printTable(std::vector<std::vector<std::string>> rows) {
     }
 }
 
-void printJson(const nlohmann::ordered_json& json) { std::cout << jsonText(json, 2) << '\n'; }
-
-std::string jsonText(const nlohmann::ordered_json& json, int indent) {
-    return json.dump(indent, ' ', true, nlohmann::ordered_json::error_handler_t::replace);
+void printJson(const nlohmann::ordered_json& json) {
+    constexpr auto kReplace = nlohmann::ordered_json::error_handler_t::replace;
+    std::cout << json.dump(2, ' ', true, kReplace) << '\n';
 }
 
 void tell(const std::string& text) {

@@ -23,8 +23,6 @@ void printWrapped(std::string_view text, const std::string& indent = {});
 void printTable(std::vector<std::vector<std::string>> rows);
 /// Indented, in ASCII: other characters are escaped. Bytes that are not UTF-8 become U+FFFD.
 void printJson(const nlohmann::ordered_json& json);
-/// The same in one line, or indented by `indent`.
-std::string jsonText(const nlohmann::ordered_json& json, int indent = -1);
 
 /// "dolqctl: <text>" on standard error, behind what was printed before, wrapped for a terminal.
 void tell(const std::string& text);

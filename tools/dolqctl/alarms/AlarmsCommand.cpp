@@ -93,7 +93,6 @@ const char* nameOf(std::uint32_t severity) {
     return common::nameOf(severity, common::kSeverityNames);
 }
 
-/// Its severity, behind "ceased" if it is.
 std::string severityOf(const Alarm& alarm) {
     return (alarm.isCeased ? "ceased " : "") + std::string(nameOf(alarm.raised.severity));
 }
@@ -101,10 +100,8 @@ std::string severityOf(const Alarm& alarm) {
 /// "2024-02-29 12:34:56", local; "-" when unknown.
 std::string timeText(Time time) {
     const std::time_t seconds = time.value_or(0) / kNsPerSecond;
-    std::tm local{};
-    localtime_r(&seconds, &local);
     std::ostringstream text;
-    text << std::put_time(&local, "%F %T");
+    text << std::put_time(std::localtime(&seconds), "%F %T");
     return time ? text.str() : "-";
 }
 
@@ -198,12 +195,13 @@ void printLong(const std::vector<Alarm>& alarms) {
         printWrapped(text, "        ");
     };
     const auto shown = [](const Json& field) {
-        if (field.is_object()) {
-            return (field["value"].is_null() ? '(' + field["type"].get<std::string>() + ')'
-                                             : field["value"].get<std::string>()) +
-                   (field["id"] == 0 ? "" : " (id " + jsonText(field["id"]) + ')');
-        }
-        return field == "" ? "-" : field.is_string() ? field.get<std::string>() : jsonText(field);
+        const bool isValue = field.is_object();
+        const Json& content = isValue ? field["value"] : field;
+        const std::string text = content.is_string() ? content.get<std::string>()
+                                 : isValue           ? '(' + field["type"].get<std::string>() + ')'
+                                                     : content.dump();
+        return (text.empty() ? "-" : text) +
+               (isValue && field["id"] != 0 ? " (id " + field["id"].dump() + ')' : "");
     };
     for (const Alarm& alarm : alarms) {
         printWrapped(severityOf(alarm) + ' ' + idOf(alarm) + " on " + alarm.raised.object, "    ");
@@ -218,17 +216,6 @@ void printLong(const std::vector<Alarm>& alarms) {
             }
         }
     }
-}
-
-void printJson(const AlarmList& list) {
-    std::cout << "{\n  \"notifications\": " << list.notifications
-              << ",\n  \"since\": " << jsonText(toJson(list.since)) << ",\n  \"alarms\": [";
-    const char* separator = "\n    ";
-    for (const Alarm& alarm : list.alarms) { // a line each: there can be many
-        std::cout << separator << jsonText(toJson(alarm));
-        separator = ",\n    ";
-    }
-    std::cout << "\n  ]\n}\n";
 }
 
 /// The option that leaves the alarm out; null when it is shown.
@@ -288,7 +275,13 @@ int runAlarms(const AlarmsArguments& arguments) {
         summary += "; " + std::to_string(alarms.size()) + " shown";
     }
     if (arguments.json) {
-        printJson(list);
+        Json json = {{"notifications", list.notifications},
+                     {"since", toJson(list.since)},
+                     {"alarms", Json::array()}};
+        for (const Alarm& alarm : alarms) {
+            json["alarms"].push_back(toJson(alarm));
+        }
+        printJson(json);
         return kFine;
     }
     if (!alarms.empty()) {
