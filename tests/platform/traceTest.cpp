@@ -400,8 +400,9 @@ bool isPending(int signal) {
 
 TEST(TraceStderr, UnreadOrLeftByItsReaderStopsNoThreadAndNoFork) {
     constexpr int kThreads = 8;
-    constexpr int kLines = 40;
-    const std::string text = std::string(10000, 'x') + " end"; // beyond any room there is
+    constexpr int kLines = 5;
+    const std::string text(10000, 'x');                             // beyond PIPE_BUF
+    const std::string longText = std::string(250000, 'x') + " end"; // more than there is room for
     for (const Stderr kind : {Stderr::PIPE, Stderr::PIPE_OF_ANOTHER_USER, Stderr::SOCKET}) {
         errorsOf({}, [&] {
             const int reader = makeStderr(kind);
@@ -409,7 +410,7 @@ TEST(TraceStderr, UnreadOrLeftByItsReaderStopsNoThreadAndNoFork) {
             for (int i = 0; i < kThreads; ++i) {
                 threads.emplace_back([&] {
                     for (int line = 0; line < kLines; ++line) {
-                        trace(text.c_str());
+                        trace(line % 2 == 0 ? "text end" : longText.c_str());
                     }
                 });
             }
@@ -418,10 +419,12 @@ TEST(TraceStderr, UnreadOrLeftByItsReaderStopsNoThreadAndNoFork) {
             }
             const bool forks = succeeds([] { return trace("child"); });
             const std::string before = readAll(reader);
+            trace(longText.c_str());
+            const std::string torn = readAll(reader);
             trace(text.c_str());
             const std::string after = readAll(reader);
             int lost = 0;
-            const std::size_t said = after.find("messages lost");
+            const std::size_t said = torn.find("messages lost");
             close(reader);
             trace("to nobody");
             sigset_t blocked;
@@ -432,7 +435,8 @@ TEST(TraceStderr, UnreadOrLeftByItsReaderStopsNoThreadAndNoFork) {
             raise(SIGPIPE); // the application's own, which it waits for
             trace("to nobody");
             return forks && isQuiet && isPending(SIGPIPE) && said != std::string::npos &&
-                   std::sscanf(after.c_str() + said, "messages lost: %d", &lost) == 1 &&
+                   std::sscanf(torn.c_str() + said, "messages lost: %d", &lost) == 1 &&
+                   (torn.back() == '\n') == (after.front() != '\n') &&
                    occurrences(after, " 0 unit:7 " + text + "\n") == 1 &&
                    occurrences(before, " end\n") + lost == kThreads * kLines;
         });
