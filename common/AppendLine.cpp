@@ -47,7 +47,7 @@ int appendLine(const fs::path& path, std::string line) {
     const Undisturbed undisturbed;
     const fs::path folder = path.has_parent_path() ? path.parent_path() : ".";
     createFolder(folder);
-    // O_NONBLOCK: nothing waits for the other end of a FIFO.
+    // O_NONBLOCK: nothing waits for the other end of a device.
     const int flags = O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK |
                       (isWritableForOthers(folder) ? O_NOFOLLOW : 0);
     const Descriptor file(::open(path.c_str(), flags, 0640));

@@ -114,8 +114,6 @@ int readManifest(const std::string& path, std::vector<LoadModule>& modules, std:
     case EFBIG:
         reason = "it has more than 16 MiB";
         return VELK_MALFORMED_MANIFEST;
-    case ENOMEM:
-        return VELK_NO_MEMORY;
     default:
         reason = error == EINVAL ? "it is no regular file" : std::generic_category().message(error);
         return VELK_UNREADABLE_MANIFEST;
