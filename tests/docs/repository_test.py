@@ -29,23 +29,34 @@ BELOW = {"common": set(), "platform": {"common"}, "src": {"common"},
 
 
 def folder_of(source, included):
-    """The top folder of a header that this source names in quotes."""
+    """Where a header lies that is named in quotes in this source, below the repository."""
     for folder in (source.parent, REPOSITORY, REPOSITORY / "src", REPOSITORY / "tools" / "dolqctl"):
         if (folder / included).is_file():
-            return (folder / included).resolve().relative_to(REPOSITORY.resolve()).parts[0]
+            return (folder / included).resolve().relative_to(REPOSITORY.resolve()).parent
     return None
 
 
 class Repository(unittest.TestCase):
+    def includes(self, top):
+        """The sources below a folder, each with where a header lies that it includes."""
+        sources = [path for path in (REPOSITORY / top).rglob("*") if path.suffix in {".h", ".cpp"}]
+        self.assertTrue(sources, top)
+        for source in sources:
+            for included in re.findall(r'^#include "(.+)"', source.read_text(encoding="utf-8"),
+                                       re.MULTILINE):
+                if folder := folder_of(source, included):
+                    yield source.relative_to(REPOSITORY), folder
+
     def test_folders_include_what_is_below_them(self):
         for top, below in BELOW.items():
-            sources = [path for path in (REPOSITORY / top).rglob("*") if path.suffix in {".h", ".cpp"}]
-            self.assertTrue(sources, top)
-            for source in sources:
-                for included in re.findall(r'^#include "(.+)"', source.read_text(encoding="utf-8"),
-                                           re.MULTILINE):
-                    self.assertIn(folder_of(source, included), below | {top, None},
-                                  f"{source.relative_to(REPOSITORY)}: {included}")
+            for source, folder in self.includes(top):
+                self.assertIn(folder.parts[0], below | {top}, f"{source}: {folder}")
+
+    def test_folders_of_the_tool_share_its_top_folder_alone(self):
+        top = pathlib.Path("tools/dolqctl")
+        for source, folder in self.includes(top):
+            if top in (folder, *folder.parents):
+                self.assertIn(folder, {top, source.parent}, source)
 
     def test_has_no_dead_link(self):
         dead = []

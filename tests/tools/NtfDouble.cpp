@@ -1,6 +1,6 @@
 // An NTF client library with what real ones do that the embedded one does not: DOUBLE=stock gives
-// names of 256 bytes, packed gives memory that is no block of its own and leaves the event time as
-// it is, empty gives no notification, refusing opens no session, blocking does not answer.
+// names of 256 bytes, packed gives the least room for names of 600 and leaves the event time as it
+// is, empty gives no notification, refusing opens no session, blocking does not answer.
 //
 // READINGS says what readings give, one behind the other, separated by ";", the last one again and
 // again: alarms as ID/SEVERITY/VENDOR/SECONDS/OBJECT, "full" for one with all fields, and codes of
@@ -82,8 +82,6 @@ void describe(Received& of, bool isFull) {
     of.action.actionValueType = SA_NTF_VALUE_BINARY;
 }
 
-SaNameT* stockName() { return static_cast<SaNameT*>(std::calloc(1, 2 + 256)); }
-
 alignas(16) unsigned char packed[4096];
 
 } // namespace
@@ -109,17 +107,8 @@ SaAisErrorT saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT
     static SaTimeT eventTime;
     eventTime = chosen() == "stock" ? static_cast<SaTimeT>(SA_TIME_UNKNOWN) : 94321;
     header.eventTime = &eventTime;
-    if (chosen() == "stock") {
-        // Never freed, and far from each other: their distance alone does not tell.
-        static SaNameT* const first = stockName();
-        static void* const between = std::malloc(4096);
-        static SaNameT* const second = stockName();
-        header.notificationObject = between != nullptr ? first : nullptr;
-        header.notifyingObject = second;
-    } else {
-        header.notificationObject = reinterpret_cast<SaNameT*>(packed);
-        header.notifyingObject = reinterpret_cast<SaNameT*>(packed + 2048);
-    }
+    header.notificationObject = reinterpret_cast<SaNameT*>(packed);
+    header.notifyingObject = reinterpret_cast<SaNameT*>(packed + (chosen() == "stock" ? 272 : 608));
     return SA_AIS_OK;
 }
 

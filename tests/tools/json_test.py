@@ -30,6 +30,9 @@ RUNS = [  # arguments, environment
     ("check tests/tools/files/mistakes.xml tests/tools/files/unclosed.xml", {}),
     ("doctor", {}),
     ("doctor", GOOD),
+    ("explain --fault 4102 --object Port=1", GOOD),
+    ("mappings", GOOD),
+    ("mappings", {}),
 ]
 
 with open(os.path.join(REPOSITORY, "schema/dolqctl.schema.json"), encoding="utf-8") as file:

@@ -22,13 +22,10 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// For `--pid`: returns in a process that has the surroundings which the running program `pid` was
-/// started with, so that everything in it is found, loaded and permitted as it is there: this
-/// program executes itself anew, with its arguments `argv` and with the environment, the loader
-/// path in it, the current folder and the user of that one. Only the terminal stays this shell's.
-/// What a program has changed in its own environment since cannot be seen. Call it before anything
-/// is printed. Throws CommandError.
-void takeOnProgram(const std::string& pid, char** argv);
+/// For `--pid`: takes on the variables of the running program `pid` that the library and its
+/// platform read, as they were when it was started, and nothing else. Returns a sentence that says
+/// so. Throws CommandError, for a program without the library, too.
+std::string takeOnVariables(const std::string& pid);
 
 // What the commands are given, and the commands: each prints its answer and returns the exit code.
 // An option that is not given is empty.
@@ -42,6 +39,7 @@ struct Identity {
 struct MappingsArguments {
     Identity identity;
     std::string alarm; ///< as written, e.g. 2/17
+    bool json = false;
 };
 int runMappings(const MappingsArguments& arguments);
 
@@ -56,7 +54,15 @@ struct CheckArguments {
 };
 int runCheck(const CheckArguments& arguments);
 
-struct ExplainArguments {
+/// How a diagnosis is made and printed.
+struct ReportArguments {
+    std::string pid;    ///< of the running program that is judged, if any
+    std::string source; ///< what `takeOnVariables` said
+    bool all = false;   ///< a line also for each thing that is in order
+    bool json = false;
+};
+
+struct ExplainArguments : ReportArguments {
     std::uint32_t faultId = 0;
     std::string object;
     Identity identity;
@@ -95,9 +101,6 @@ struct AlarmsArguments {
 };
 int runAlarms(const AlarmsArguments& arguments);
 
-struct DoctorArguments {
-    bool json = false;
-};
-int runDoctor(const DoctorArguments& arguments);
+int runDoctor(const ReportArguments& arguments);
 
 } // namespace dolqctl

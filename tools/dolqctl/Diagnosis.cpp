@@ -1,7 +1,7 @@
 #include "Diagnosis.h"
 
 #include <algorithm>
-#include <cstring>
+#include <iomanip>
 #include <iostream>
 
 #include <nlohmann/json.hpp>
@@ -12,52 +12,71 @@ namespace dolqctl {
 
 namespace {
 
-constexpr char kNotTried[] =
-    "Not tried: whether the service accepts an alarm and delivers it ('dolqctl raise' sends one). "
-    "Not known: what a program maps or changes in its surroundings itself, and with --pid its "
-    "limits (ulimit). A program that has run "
-    "since before a restart of the service can hang where this one does not: --pid shows its "
-    "surroundings, and the library's probes what it waits for.";
+using Status = Observation::Status;
 
-constexpr const char* kNames[] = {"ok", "warning", "failed"}; // of each status
+constexpr const char* kNames[] = {"ok", "note", "warning", "failed"}; // of each status
 
-const char* nameOf(Observation::Status status) { return kNames[static_cast<std::size_t>(status)]; }
+const char* nameOf(Status status) { return kNames[static_cast<std::size_t>(status)]; }
+
+void print(const Observation& observation) {
+    const std::string indent(9, ' ');
+    const auto& [check, status, finding, meaning, advice] = observation;
+    std::cout << std::left << std::setw(9) << nameOf(status);
+    printWrapped(check + ": " + finding + (meaning.empty() ? "" : ": " + meaning), indent);
+    if (!advice.empty()) {
+        std::cout << indent;
+        printWrapped("-> " + advice, indent);
+    }
+}
 
 } // namespace
 
-std::string Observation::text() const { return check + ": " + finding; }
+std::size_t Diagnosis::count(Status status) const {
+    return static_cast<std::size_t>(
+        std::count_if(m_observations.begin(), m_observations.end(),
+                      [&](const Observation& each) { return each.status == status; }));
+}
 
 void Diagnosis::add(Observation observation) {
     const auto place = std::upper_bound(
         m_observations.begin(), m_observations.end(), observation,
-        [](const auto& one, const auto& other) { return one.status > other.status; });
+        [](const auto& one, const auto& other) { return one.status < other.status; });
     m_observations.insert(place, std::move(observation));
 }
 
-void Diagnosis::print(const std::string& conclusion) const {
-    const std::string indent(9, ' ');
+void Diagnosis::print(const ReportArguments& arguments, const std::string& verdict) const {
+    if (arguments.json) {
+        nlohmann::ordered_json document = {
+            {"source", arguments.source}, {"verdict", verdict}, {"failures", failures()}};
+        for (const Observation& each : m_observations) {
+            document["checks"].push_back({{"check", each.check},
+                                          {"status", nameOf(each.status)},
+                                          {"finding", each.finding},
+                                          {"meaning", each.meaning},
+                                          {"advice", each.advice}});
+        }
+        printJson(document);
+        return;
+    }
+    if (!arguments.source.empty()) {
+        printWrapped(arguments.source, "  ");
+    }
+    std::vector<std::string> inOrder;
     for (const Observation& each : m_observations) {
-        const char* const name = nameOf(each.status);
-        std::cout << name << indent.substr(std::strlen(name));
-        printWrapped(each.text(), indent);
-        if (!each.advice.empty()) {
-            std::cout << indent;
-            printWrapped("-> " + each.advice, indent);
+        if (each.status == Status::Ok) {
+            inOrder.push_back(each.check);
+        }
+    }
+    if (!arguments.all && !inOrder.empty()) {
+        printWrapped(counted(inOrder.size(), "check") + " in order: " + joined(inOrder), "  ");
+    }
+    for (const Observation& each : m_observations) {
+        if (arguments.all || each.status != Status::Ok) {
+            dolqctl::print(each);
         }
     }
     printLine();
-    printWrapped(conclusion);
-    printWrapped(kNotTried);
-}
-
-void to_json(nlohmann::ordered_json& json, const Diagnosis& diagnosis) {
-    json = {{"failures", diagnosis.failures()}, {"checks", nlohmann::ordered_json::array()}};
-    for (const Observation& each : diagnosis.observations()) {
-        json["checks"].push_back({{"check", each.check},
-                                  {"status", nameOf(each.status)},
-                                  {"finding", each.finding},
-                                  {"advice", each.advice}});
-    }
+    printWrapped(verdict, "  ");
 }
 
 } // namespace dolqctl

@@ -4,68 +4,52 @@
 #include <string>
 #include <vector>
 
-#include <nlohmann/json_fwd.hpp>
+#include "Commands.h"
 
 namespace dolqctl {
 
-struct Discovery;
-struct Inventory;
-
-/// One thing that was looked at.
+/// One thing that was looked at. All texts are raw.
 struct Observation {
     enum class Status {
         Ok,
+        Note,    ///< what cannot be known here, or what the user has to compare
         Warning, ///< alarms go out, but not as somebody meant them to
         Failed   ///< what an alarm needs is not there
     };
     std::string check; ///< what was looked at: the same words every time
     Status status;
     std::string finding;
-    std::string advice; ///< what to do; empty for `Ok`
-
-    /// What was looked at and found.
-    std::string text() const;
+    std::string meaning; ///< what becomes of alarms: of warnings and failures
+    std::string advice;  ///< what to do, if anything
 };
 
 class Diagnosis {
 public:
     using Text = const std::string&;
-    void ok(Text check, Text finding) { add({check, Observation::Status::Ok, finding, {}}); }
-    void warn(Text check, Text finding, Text advice) {
-        add({check, Observation::Status::Warning, finding, advice});
+    void ok(Text check, Text finding) { add({check, Observation::Status::Ok, finding, {}, {}}); }
+    void note(Text check, Text finding, Text advice = {}) {
+        add({check, Observation::Status::Note, finding, {}, advice});
     }
-    void fail(Text check, Text finding, Text advice) {
-        add({check, Observation::Status::Failed, finding, advice});
-        ++m_failures;
+    void warn(Text check, Text finding, Text meaning, Text advice) {
+        add({check, Observation::Status::Warning, finding, meaning, advice});
+    }
+    void fail(Text check, Text finding, Text meaning, Text advice) {
+        add({check, Observation::Status::Failed, finding, meaning, advice});
     }
 
-    /// The worst first, and in the order of the checks.
+    /// The worst last; of one status the latest last.
     const std::vector<Observation>& observations() const { return m_observations; }
-    Observation::Status worst() const { return m_observations.front().status; }
-    std::size_t failures() const { return m_failures; }
+    std::size_t count(Observation::Status status) const;
+    std::size_t failures() const { return count(Observation::Status::Failed); }
 
-    /// All observations, `conclusion`, and what no check tries.
-    void print(const std::string& conclusion) const;
+    /// Prints whose variables were looked at, what is in order, in one line or with `all` in one
+    /// each, what is not, and at the end `verdict`.
+    void print(const ReportArguments& arguments, const std::string& verdict) const;
 
 private:
     void add(Observation observation);
 
     std::vector<Observation> m_observations;
-    std::size_t m_failures = 0;
 };
-
-void to_json(nlohmann::ordered_json& json, const Diagnosis& diagnosis);
-
-// The checks; `doctor` runs them one after the other.
-void checkTraces(Diagnosis& diagnosis); // EnvironmentChecks.cpp
-void checkIdentity(Diagnosis& diagnosis);
-void checkReporter(Diagnosis& diagnosis);
-void checkNotificationLog(Diagnosis& diagnosis); // of the embedded service
-void checkLibrary(Diagnosis& diagnosis);         // PlatformChecks.cpp
-void checkCorrelationService(Diagnosis& diagnosis);
-void checkNtfService(Diagnosis& diagnosis);
-/// Whether the load module is there, and its mapping files are read (MappingChecks.cpp).
-void checkLoadModule(Diagnosis& diagnosis, const Discovery& discovery, const Inventory& inventory);
-void checkMappings(Diagnosis& diagnosis, const Discovery& discovery, const Inventory& inventory);
 
 } // namespace dolqctl

@@ -91,10 +91,6 @@ struct Inventory {
 /// wrong in them. Needs no part of the platform.
 Inventory readMappingFiles(const std::vector<std::string>& paths);
 
-/// The mistakes in `path`, which is read as a manifest whatever it is, and not those in the files
-/// that it names. One that does not exist is an error here; to the handler it is an empty category.
-std::vector<Finding> findManifestMistakes(const std::string& path);
-
 /// What is equal of texts that look much alike: without letter case, blanks, invisible characters
 /// and the kind of an accent.
 std::wstring folded(const std::string& text);

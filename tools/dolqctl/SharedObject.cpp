@@ -2,8 +2,6 @@
 
 #include <csignal>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 #include <dlfcn.h>
 #include <sys/resource.h>
@@ -55,16 +53,6 @@ SharedObject::SharedObject(const char* soname)
     if (!isLoaded()) {
         m_error = dlerror();
     }
-}
-
-std::string SharedObject::content() const {
-    std::ostringstream bytes;
-    bytes << std::ifstream(file(), std::ios::binary).rdbuf();
-    return bytes.str();
-}
-
-bool SharedObject::contains(std::string_view text) const {
-    return content().find(text) != std::string::npos;
 }
 
 void* SharedObject::find(const char* symbol) {

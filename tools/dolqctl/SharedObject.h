@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include <link.h>
 
@@ -22,8 +21,6 @@ public:
     const std::string& error() const { return m_error; }
 
     std::string file() const { return isLoaded() ? m_object->l_name : ""; }
-    /// Whether its file holds the text.
-    bool contains(std::string_view text) const;
 
     /// Whether it, or a library that it needs, has the function. Otherwise `error` says so.
     bool has(const char* symbol) { return find(symbol) != nullptr; }
@@ -38,7 +35,6 @@ public:
     }
 
 private:
-    std::string content() const;
     void* find(const char* symbol);
 
     link_map* m_object;

@@ -80,19 +80,25 @@ void addIdentity(CLI::App& command, Identity& identity) {
         ->envname("ZBN_REV");
 }
 
-void addPid(CLI::App& command, std::optional<std::string>& pid) {
-    command // not into `pid` itself, which an empty text would leave empty
-        .add_option_function<std::string>(
-            "--pid", [&](const std::string& given) { pid = given; },
-            "Judge with the variables of a running program")
-        ->type_name("PID");
-}
-
 void addJson(CLI::App& command, bool& json) { command.add_flag("--json", json, "Print JSON"); }
+
+void addReport(CLI::App& command, ReportArguments& arguments) {
+    command
+        .add_option_function<std::string>(
+            "--pid",
+            [&](const std::string& pid) {
+                arguments.pid = pid;
+                arguments.source = takeOnVariables(pid);
+            },
+            "Judge with the variables of a running program")
+        ->type_name("PID")
+        ->trigger_on_parse(); // before other options take their values from variables
+    command.add_flag("--all", arguments.all, "A line also for each check that is in order");
+    addJson(command, arguments.json);
+}
 
 // The commands, in the order of the help. Their arguments last as long as the program.
 int exitCode = kFine;
-std::optional<std::string> pid; // whose surroundings are judged
 
 void addMappings(CLI::App& program) {
     static MappingsArguments arguments;
@@ -101,8 +107,9 @@ void addMappings(CLI::App& program) {
     addIdentity(command, arguments.identity);
     addValue(command, "--alarm", "MAJOR/MINOR", arguments.alarm,
              "Only the mappings to this alarm, e.g. 2/17");
+    addJson(command, arguments.json);
     command.footer(
-        R"(Exit codes: 0 all mapping files were read; 1 not all were; 2 wrong usage.
+        R"(Exit code 1: not all load modules, files or mappings could be read.
 
 Example:
   dolqctl mappings --product CXC1370001 --revision R1A --alarm 2/17)");
@@ -121,7 +128,7 @@ void addCheck(CLI::App& program) {
         ->excludes(files);
     addIdentity(command, arguments.identity);
     addValue(command, "--faults", "FILE.tsv", arguments.faults,
-             "Faults that must be mapped: lines of a fault id, a tab and a class");
+             "Faults that must be mapped, an id and a class a line");
     addValue(command, "--allow", "RULE", arguments.allowed,
              "Leave out the findings of a rule; repeatable");
     command.add_flag("--strict", arguments.strict, "Exit with 1 also for warnings");
@@ -146,9 +153,11 @@ void addExplain(CLI::App& program) {
     addIdentity(command, arguments.identity);
     command.add_flag("--identity-given", arguments.identityGiven,
                      "Each alarm names its system and compute node");
-    addPid(command, pid);
-    command.footer(R"(Opens a session with the notification service as 'doctor' does; sends nothing.
-Exit code 0: a raise would go out, without a "but".
+    addReport(command, arguments);
+    command.footer(
+        R"(The last line says whether a raise would go out. The same goes for a cease, but
+it needs no system, computer or event. Opens a session with the notification
+service as 'doctor' does; sends nothing. Exit code 0: it would, without a "but".
 
 Example:
   dolqctl explain --product CXC1370001 --revision R1A \
@@ -243,15 +252,14 @@ Examples:
 }
 
 void addDoctor(CLI::App& program) {
-    static DoctorArguments arguments;
+    static ReportArguments arguments;
     CLI::App& command =
         *program.add_subcommand("doctor", "Check the surroundings that an alarm needs");
-    addPid(command, pid);
-    addJson(command, arguments.json);
+    addReport(command, arguments);
     command.footer(
         R"(Opens a session with the notification service and has a notification allocated,
-but sends none: the last lines say what is not tried. Warnings are no failures,
-so the exit code stays 0.
+but sends none. What is not in order comes last; notes are what cannot be known
+from here. Exit code 1: a check failed; 2: the service did not answer.
 
 Example:
   ZBN_NO=CXC1370001 ZBN_REV=R1A dolqctl doctor)");
@@ -300,11 +308,6 @@ int run(int argc, char** argv) {
 
 'dolqctl help COMMAND' shows a command's options and an example.
 See also dolqctl(1).)");
-    program.parse_complete_callback([&] { // before that of the command
-        if (pid) {
-            takeOnProgram(*pid, argv);
-        }
-    });
     addMappings(program);
     addCheck(program);
     addExplain(program);

@@ -1,5 +1,6 @@
 # Platforms whose libSaNtf.so.0 cannot be loaded, a folder each in $WORK: the double, broken.
 . tests/tools/files/client.sh
+export DOUBLE=packed
 double=$NTF_DOUBLE/libSaNtf.so.0
 mkdir "$WORK"/{missing,undefined,foreign,cut}
 sed 's/saNtfFinalize/saNtfFinalizE/g' "$double" >"$WORK/undefined/libSaNtf.so.0"

@@ -6,11 +6,21 @@ export VELK_MANIFEST_DIR=$WORK/node
 node=$VELK_MANIFEST_DIR
 equipment=$node/alarm-client/equipment.xml
 
-explained() { # [FAULT] [OBJECT]
-    local code=0
-    dolqctl explain --fault "${1:-4101}" --object "${2:-Board=3}" 2>"$WORK/errors" | head -n 1 |
-        steady || code=$?
-    sed "s#$node/##g" "$WORK/errors" >&2
-    return "$code"
+explained() { # [FAULT] [OBJECT]: the verdict
+    dolqctl explain --fault "${1:-4101}" --object "${2:-Board=3}" 2>/dev/null | tail -n 1 | steady
 }
-doctored() { dolqctl doctor | head -n 1 | steady; }
+doctored() { dolqctl doctor 2>/dev/null | grep -A1 ^failed | steady; }
+
+# Starts a program that waits in the sending of an alarm, in an environment of its own:
+# [VARIABLE=VALUE]... Sets `program`.
+started() {
+    env -i PATH="$PATH" RUXA_NTF_LOG="$WORK/log" RUXA_NTF_FAULTS=send:OK,delay=60000 "$@" \
+        dolqctl cease --object Board=3 --fault 4101 >/dev/null 2>&1 &
+    program=$!
+    trap 'kill -KILL $program' EXIT
+    for _ in {1..100}; do
+        grep -q libSaNtf /proc/$program/maps && break
+        sleep 0.1
+    done
+    sleep 0.2 # what it loads behind it
+}

@@ -13,10 +13,10 @@
 #include <sys/mman.h>
 
 #include "Commands.h"
+#include "Discovery.h"
 #include "Output.h"
 #include "check/MappingFileChecker.h"
 #include "common/RegularFile.h"
-#include "mappings/Discovery.h"
 
 namespace dolqctl {
 

@@ -351,9 +351,4 @@ Inventory readMappingFiles(const std::vector<std::string>& paths) {
     return {checker.mappings(), findings};
 }
 
-std::vector<Finding> findManifestMistakes(const std::string& path) {
-    std::vector<LoadModuleFile> files;
-    return MappingFileChecker(std::string::npos).read(path, path, &files);
-}
-
 } // namespace dolqctl

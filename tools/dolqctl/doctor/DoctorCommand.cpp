@@ -1,35 +1,58 @@
-#include <nlohmann/json.hpp>
-
 #include "Commands.h"
-#include "Diagnosis.h"
-#include "MappingFiles.h"
 #include "Output.h"
 #include "common/Environment.h"
-#include "mappings/Discovery.h"
+#include "doctor/Checks.h"
 
 namespace dolqctl {
 
-int runDoctor(const DoctorArguments& arguments) {
+namespace {
+
+/// How many errors there are in files that are used all the same.
+void checkMappings(Diagnosis& diagnosis, const Inventory& inventory) {
+    std::size_t errors = 0;
+    for (const Finding& each : inventory.findings) {
+        errors += each.severity() == Severity::Error && !each.costsTheFile() ? 1 + each.more : 0;
+    }
+    if (errors > 0) {
+        diagnosis.warn("mappings", counted(errors, "error"),
+                       "alarms are lost, or are others than what is written",
+                       "see 'dolqctl check --discovered'");
+    } else {
+        diagnosis.ok("mappings", counted(inventory.mappings.size(), "mapping"));
+    }
+}
+
+} // namespace
+
+int runDoctor(const ReportArguments& arguments) {
     Diagnosis diagnosis;
-    checkTraces(diagnosis); // first: a backend reads its environment once
+    checkSettings(diagnosis);
+    checkTraces(diagnosis);
     checkIdentity(diagnosis);
     checkReporter(diagnosis);
-    checkLibrary(diagnosis);
-    const Discovery discovery =
-        discover({common::environment("ZBN_NO"), common::environment("ZBN_REV")});
-    checkMappings(diagnosis, discovery, readMappingFiles(discovery.mappingFiles));
     checkCorrelationService(diagnosis);
-    checkNtfService(diagnosis);
-    if (arguments.json) {
-        printJson(diagnosis);
-    } else {
-        diagnosis.print(diagnosis.failures() > 0 ? counted(diagnosis.failures(), "check") +
-                                                       " failed: alarms are lost, or programs hang."
-                        : diagnosis.worst() == Observation::Status::Warning
-                            ? "No check failed, but see the warnings: alarms may be lost."
-                            : "Found nothing that keeps alarms from being sent.");
+    Discovery discovery;
+    try {
+        discovery = discover({common::environment("ZBN_NO"), common::environment("ZBN_REV")});
+        const Inventory inventory = readMappingFiles(discovery.mappingFiles);
+        checkMappings(diagnosis, inventory);
+        checkLoadModule(diagnosis, discovery, inventory);
+    } catch (const CommandError&) {
+        // `checkParts` says why the load-module handler cannot be asked
     }
-    return diagnosis.failures() == 0 ? kFine : kFindings;
+    const bool isAnswered = checkNtfService(diagnosis);
+    checkParts(diagnosis);
+    checkProgram(diagnosis, arguments.pid, discovery);
+    const std::size_t failures = diagnosis.failures();
+    const std::string& worst = diagnosis.observations().back().meaning;
+    diagnosis.print(arguments, failures > 0     ? counted(failures, "check") + " failed: " + worst
+                               : !worst.empty() ? "No check failed, but: " + worst
+                                                : "No check failed");
+    if (!arguments.json) {
+        printWrapped("Not tried: sending. 'dolqctl raise …' sends an alarm and looks whether it "
+                     "arrived.");
+    }
+    return !isAnswered ? kError : failures > 0 ? kFindings : kFine;
 }
 
 } // namespace dolqctl

@@ -1,0 +1,203 @@
+#include "doctor/Checks.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <regex>
+#include <vector>
+
+#include <ruxa/trace/v2/TraceBackend.h>
+#include <ruxa/zum2/v1/CorrelationApi.h>
+#include <saNtf.h>
+#include <unistd.h>
+
+#include "Ntf.h"
+#include "Output.h"
+#include "SharedObject.h"
+#include "Waiting.h"
+#include "common/Environment.h"
+
+namespace dolqctl {
+
+namespace {
+
+/// `odd`: a pattern that is found in values which do the `harm`.
+void checkVariable(Diagnosis& diagnosis, const char* name, const char* without, const char* odd,
+                   const char* harm, const char* advice) {
+    const std::string value = common::environment(name);
+    if (value.empty()) {
+        diagnosis.fail(name, "not set, or set to nothing", without, "set it");
+    } else if (std::regex_search(value, std::regex(odd))) {
+        diagnosis.warn(name, inQuotes(value), harm, advice);
+    } else {
+        diagnosis.ok(name, value);
+    }
+}
+
+/// A client library built with the stock length of 256 gives the names of a notification less room
+/// than the library takes them to have, which then writes past their memory.
+void checkNames(Diagnosis& diagnosis, const SaNtfNotificationHeaderT& header) {
+    const auto one = reinterpret_cast<std::uintptr_t>(header.notificationObject);
+    const auto other = reinterpret_cast<std::uintptr_t>(header.notifyingObject);
+    const auto apart = std::max(one, other) - std::min(one, other);
+    const std::string finding = "the two of a notification lie " + std::to_string(apart) +
+                                " bytes apart, and one takes " + std::to_string(sizeof(SaNameT));
+    if (apart < sizeof(SaNameT)) { // they cannot be nearer than one of them is long
+        diagnosis.fail("NTF names", finding, "alarms overrun the memory of programs",
+                       "use a libSaNtf.so.0 that is built with SA_MAX_NAME_LENGTH 600");
+    } else {
+        diagnosis.note("NTF names", "not disproved: " + finding,
+                       "ask who built libSaNtf.so.0: was SA_MAX_NAME_LENGTH 600?");
+    }
+}
+
+/// Without the build option the library sends whatever the service has left in the field.
+void checkEventTime(Diagnosis& diagnosis, const SaTimeT* time) {
+    if (time != nullptr && *time == static_cast<SaTimeT>(SA_TIME_UNKNOWN)) {
+        diagnosis.ok("event time",
+                     "allocated as SA_TIME_UNKNOWN, which is sent with or without the "
+                     "build option RUXA_DOLQ_EVENT_TIME_UNKNOWN");
+    } else {
+        diagnosis.note("event time",
+                       "allocated as " + (time != nullptr ? std::to_string(*time) : "nothing") +
+                           ", which is sent unless the library is built with "
+                           "RUXA_DOLQ_EVENT_TIME_UNKNOWN: that cannot be seen from outside",
+                       "ask who built the library, or trust the time of reception alone");
+    }
+}
+
+} // namespace
+
+void checkSettings(Diagnosis& diagnosis) {
+    std::vector<std::string> settings;
+    for (char** each = environ; *each != nullptr; ++each) {
+        if (std::string(*each).rfind("RUXA_", 0) == 0) {
+            settings.emplace_back(*each);
+        }
+    }
+    if (settings.empty()) {
+        diagnosis.ok("settings", "no RUXA_* variable is set");
+    } else {
+        diagnosis.note("settings", joined(settings) + ": each changes what an alarm meets");
+    }
+}
+
+void checkTraces(Diagnosis& diagnosis) {
+    using ruxa::trace::v2::TraceBackend;
+    constexpr char kIsEnabled[] =
+        "_ZN4ruxa5trace2v212TraceBackend19isTraceGroupEnabledEPvNS1_10TraceGroup1eE";
+    constexpr char kDefaultObject[] = "_ZN4ruxa5trace2v212TraceBackend21getDefaultTraceObjectEv";
+    // The embedded backend opens its sink when it is first asked: it may be another program's.
+    setenv("RUXA_TRACE_SINK", "file:/dev/null", 1);
+    SharedObject part(kTraceLibrary);
+    if (!part.has(kIsEnabled) || !part.has(kDefaultObject)) {
+        return; // `checkParts` says it
+    }
+    auto* const defaultObject =
+        part.function<decltype(TraceBackend::getDefaultTraceObject)>(kDefaultObject);
+    if (part.function<decltype(TraceBackend::isTraceGroupEnabled)>(kIsEnabled)(
+            defaultObject(), ruxa::trace::v2::TraceGroup::FAILURE)) {
+        diagnosis.ok("traces", "group 0 (failures) is on");
+    } else {
+        diagnosis.warn("traces", "group 0 (failures) is off", "lost alarms leave no sign",
+                       "switch it on (RUXA_TRACE_GROUPS, or this platform's way)");
+    }
+}
+
+void checkIdentity(Diagnosis& diagnosis) {
+    for (const char* const name : {"ZBN_NO", "ZBN_REV"}) {
+        checkVariable(diagnosis, name, "no load module is found, and so no mapping", R"(\s)",
+                      "white space counts", "compare it with the load modules'");
+    }
+}
+
+void checkReporter(Diagnosis& diagnosis) {
+    constexpr char kWithout[] = "alarms that do not name their system and computer are refused";
+    checkVariable(diagnosis, "SYSTEM_UUID", kWithout,
+                  "^(?![0-9a-fA-F]{8}(-[0-9a-fA-F]{4}){3}-[0-9a-fA-F]{12}$)",
+                  "systems that have no UUID share their correlation UUIDs", "set a UUID");
+    checkVariable(diagnosis, "COMPUTE_NAME", kWithout, R"(["\\])",
+                  "no receiver can decode the correlation", "take out the quote or backslash");
+}
+
+void checkCorrelationService(Diagnosis& diagnosis) {
+    constexpr char kGetApi[] = "_ZN4ruxa4zum22v16getAPIEv";
+    SharedObject part(kCorrelationLibrary);
+    if (!part.has(kGetApi)) {
+        return; // `checkParts` says it
+    }
+    auto* const api = part.function<decltype(ruxa::zum2::v1::getAPI)>(kGetApi)();
+    std::string uuid;
+    if (api != nullptr && api->getDerivedCorrelationUUID(1, uuid) && !uuid.empty()) {
+        diagnosis.ok("correlation", "event 1 is " + uuid);
+    } else {
+        diagnosis.fail("correlation",
+                       api == nullptr ? "the service does not run"
+                                      : "the service gives event 1 no correlation UUID",
+                       "alarms with event ids are refused", "start it, or look into its log");
+    }
+}
+
+void checkLoadModule(Diagnosis& diagnosis, const Discovery& discovery, const Inventory& inventory) {
+    for (const Finding& each : inventory.findings) {
+        if (each.costsTheFile()) {
+            diagnosis.fail("mapping files", positionText(each.position) + ": " + each.message(),
+                           "its alarms are lost", "correct the file");
+        }
+    }
+    for (const std::string& problem : discovery.problems) {
+        diagnosis.fail("load modules", problem, "alarms are lost",
+                       "correct what the load-module handler reads");
+    }
+    if (const std::string whyNone = discovery.whyNoMappingFile(); !whyNone.empty()) {
+        diagnosis.fail("load module", whyNone, "each alarm is dropped",
+                       "correct ZBN_NO and ZBN_REV, or what the load-module handler reads");
+    } else {
+        diagnosis.ok("load module", quoted(discovery.identity) + ", with " +
+                                        counted(discovery.mappingFiles.size(), "mapping file"));
+    }
+}
+
+bool checkNtfService(Diagnosis& diagnosis) {
+    if (!SharedObject(kNtfLibrary).isLoaded()) {
+        return true; // `checkParts` says it
+    }
+    const char* check = "NTF session";
+    try {
+        Waiting waiting;
+        Ntf session(waiting);
+        diagnosis.ok(check, "opens");
+        check = "NTF notification";
+        const SaNtfAlarmNotificationT alarm = session.allocateAlarm();
+        if (alarm.notificationHandle == 0) {
+            throw CommandError("the service answers SA_AIS_OK, but gives none");
+        }
+        diagnosis.ok(check, "is allocated");
+        checkNames(diagnosis, alarm.notificationHeader);
+        checkEventTime(diagnosis, alarm.notificationHeader.eventTime);
+    } catch (const GivenUp& error) {
+        diagnosis.fail(check, error.what(), "programs hang with each alarm",
+                       "start the service, or look into its log");
+        return false;
+    } catch (const CommandError& error) {
+        diagnosis.fail(check, error.what(), "each alarm is dropped",
+                       "start the service, or put the libSaNtf.so.0 of the running one first in "
+                       "the loader path");
+    }
+    return true;
+}
+
+void checkParts(Diagnosis& diagnosis) {
+    for (const auto& [name, soname] : kParts) {
+        SharedObject part(soname);
+        // Loading the library looks up all that it calls in the others.
+        if (soname == kDolqLibrary ? part.has(kGetFactory) : part.isLoaded()) {
+            diagnosis.ok(name, part.file());
+        } else {
+            diagnosis.fail(name, part.error(), "no program that is linked with the library starts",
+                           "install it, or correct the loader path");
+        }
+    }
+}
+
+} // namespace dolqctl

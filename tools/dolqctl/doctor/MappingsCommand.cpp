@@ -1,0 +1,84 @@
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "Commands.h"
+#include "Discovery.h"
+#include "MappingFiles.h"
+#include "Output.h"
+
+namespace dolqctl {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::vector<std::string> problemsOf(const Discovery& discovery, const Inventory& inventory) {
+    std::vector<std::string> problems = discovery.problems;
+    if (discovery.mappingFiles.empty()) {
+        problems.push_back(discovery.whyNoMappingFile());
+    }
+    for (const Finding& each : inventory.findings) {
+        if (each.severity() == Severity::Error) {
+            problems.push_back(positionText(each.position) + ": " + each.message());
+        }
+    }
+    return problems;
+}
+
+/// The first alarm is that which programs get, in place of the others.
+Json alarmsOf(const std::vector<Mapping>& history) {
+    Json alarms = Json::array();
+    for (auto each = history.rbegin(); each != history.rend(); ++each) {
+        alarms.push_back({{"alarm", alarmText(each->minorType)},
+                          {"minorType", each->minorType},
+                          {"file", each->position.file},
+                          {"line", each->position.line}});
+    }
+    return alarms;
+}
+
+} // namespace
+
+int runMappings(const MappingsArguments& arguments) {
+    const Discovery discovery = discover(arguments.identity);
+    const Inventory inventory = readMappingFiles(discovery.mappingFiles);
+    std::vector<std::string> problems = problemsOf(discovery, inventory);
+    Json mappings = Json::array();
+    std::vector<std::vector<std::string>> rows = {
+        {"FAULT", "CLASS", "ALARM", "MINOR TYPE", "OVERRIDES", "FILE:LINE"}};
+    for (const auto& [key, history] : inventory.mappings) {
+        const Mapping& used = history.back();
+        const std::string alarm = alarmText(used.minorType);
+        if (arguments.alarm.empty() || arguments.alarm == alarm) {
+            const std::string other =
+                history.size() > 1 ? alarmText(history[history.size() - 2].minorType) : "";
+            rows.push_back({std::to_string(key.first), key.second, alarm,
+                            std::to_string(used.minorType), other,
+                            positionText({used.position.file, used.position.line, 0})});
+            mappings.push_back(
+                {{"faultId", key.first}, {"class", key.second}, {"alarms", alarmsOf(history)}});
+        }
+    }
+    if (mappings.empty() && !inventory.mappings.empty()) {
+        problems.push_back("no fault is mapped to the alarm " + inQuotes(arguments.alarm) +
+                           ": give its major and minor id, as in 2/17");
+    }
+    if (arguments.json) {
+        printJson({{"productNumber", discovery.identity.productNumber},
+                   {"revision", discovery.identity.revision},
+                   {"files", discovery.mappingFiles},
+                   {"mappings", mappings},
+                   {"problems", problems}});
+    } else {
+        printTable(std::move(rows));
+        for (const std::string& problem : problems) {
+            tell(problem);
+        }
+    }
+    return problems.empty() ? kFine : kFindings;
+}
+
+} // namespace dolqctl
