@@ -126,8 +126,7 @@ bool XmlDocument::load(std::string text) {
 /// `LoadFile` calls it with the very text that it would parse: its own copy, every line end one
 /// byte.
 const char* XmlDocument::Parse(const char* text, TiXmlParsingData* data, TiXmlEncoding encoding) {
-    // Not on the stack, all of which a deep text needs.
-    m_isWithinLimits = std::make_unique<Walk>(m_limits)->staysWithin(text);
+    m_isWithinLimits = Walk(m_limits).staysWithin(text);
     if (!m_isWithinLimits) {
         return nullptr;
     }

@@ -88,11 +88,8 @@ public:
         : m_session(session), m_handle(handle) {}
     ~AllocatedAlarm() {
         if (m_allocated) {
-            const common::CancellationHeld held;
-            try {
-                static_cast<void>(free());
-            } catch (...) { // the caller gets what came first
-            }
+            const common::CancellationHeld held; // also in a pause
+            static_cast<void>(free());
         }
     }
     AllocatedAlarm(const AllocatedAlarm&) = delete;

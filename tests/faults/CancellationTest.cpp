@@ -2,6 +2,7 @@
 // alone ends: what it held is given back, and alarms of others pass.
 
 #include <functional>
+#include <stdexcept>
 
 #include <pthread.h>
 
@@ -65,6 +66,15 @@ TEST_P(CancellationTest, EndsTheThreadAndGivesEverythingBack) {
     platform().sent.clear();
     raise(*adapter());
     EXPECT_EQ(platform().sent.size(), 1U);
+}
+
+TEST_F(CancellationTest, AnAlarmThatFailsIsFreedBeforeTheThreadEnds) {
+    const auto client = adapter();
+    platform().onCall["send"] = [] { throw std::runtime_error("service"); };
+    platform().results["free"].assign(1, SA_AIS_ERR_TRY_AGAIN);
+    platform().onCall["usleep"] = cancelHere;
+    EXPECT_TRUE(isCancelledIn([&] { EXPECT_THROW(raise(*client), std::runtime_error); }));
+    EXPECT_EQ(platform().openNotifications, 0);
 }
 
 TEST_F(CancellationTest, AFactoryIsMadeWholeBeforeTheThreadEnds) {

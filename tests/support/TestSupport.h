@@ -3,11 +3,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -74,6 +77,26 @@ inline long residentKiB() {
     statm >> total >> resident;
     return resident * (sysconf(_SC_PAGESIZE) / 1024);
 }
+
+/// Calls `work` on a thread with a stack of `kib` KiB; a sanitizer's build gets the usual one.
+inline void onStackOf(std::size_t kib, std::function<void()> work) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    if (!kSanitized) {
+        pthread_attr_setstacksize(&attributes, kib * 1024);
+    }
+    const auto run = [](void* argument) -> void* {
+        (*static_cast<std::function<void()>*>(argument))();
+        return nullptr;
+    };
+    pthread_t thread{};
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+/// The stack on which a document of the most levels can be read, as the documents say.
+constexpr std::size_t kDocumentedStackKib = 96;
 
 /// Waits for a child and returns its wait status: 0 when it ended well.
 inline int statusOf(pid_t child) {

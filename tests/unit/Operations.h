@@ -40,19 +40,19 @@ struct Operation {
 inline const Operation kOperations[] = {
     {"Combined",
      [](auto& a) {
-         a.raiseAlarm(COMMON, 9, Events{5, 0, 6});
+         a.raiseAlarm(COMMON, 9, Events{1, 0, 6});
      },
-     " Raise Alarm initiated: ", "eventId:9, correlatedEvents:5, 0, 6, programGroup:nonePgGrp",
-     OWN_INFO R"("S": ["uuid-5","uuid-6"]})", nullptr},
+     " Raise Alarm initiated: ", "eventId:9, correlatedEvents:1, 0, 6, programGroup:nonePgGrp",
+     OWN_INFO R"("S": ["uuid-1","uuid-6"]})", nullptr},
     {"CombinedWithoutEvents", [](auto& a) { a.raiseAlarm(COMMON, 9, Events{}); },
      " Raise Alarm initiated: ", "eventId:9, correlatedEvents:Empty, programGroup:nonePgGrp",
      OWN_INFO R"("P": "uuid-9"})", nullptr},
     {"Primary32", [](auto& a) { a.raisePrimaryAlarm(COMMON, 4294967295U, GIVEN); },
      "Raise Primary Alarm Initiated: ", "eventId:4294967295, " GIVEN_TRACE,
      GIVEN_INFO R"("P": "uuid-4294967295"})", nullptr},
-    {"Primary32Group", [](auto& a) { a.raisePrimaryAlarm(COMMON, 9, "", "", 0U); },
-     "Raise Primary Alarm Initiated: ", "eventId:9, " EMPTY_TRACE ", programGroup:gratPgGrp",
-     OWN_INFO R"("P": "uuid-9"})", "gratPgGrp"},
+    {"Primary32Group", [](auto& a) { a.raisePrimaryAlarm(COMMON, 1, "", "", 0U); },
+     "Raise Primary Alarm Initiated: ", "eventId:1, " EMPTY_TRACE ", programGroup:gratPgGrp",
+     OWN_INFO R"("P": "uuid-1"})", "gratPgGrp"},
     {"Primary128",
      [](auto& a) { a.raisePrimaryAlarm(COMMON, std::string("u\"" LONG_UUID), GIVEN); },
      "Raise Primary Alarm initiated: ", "correlatedEvent128Bit:u\"" LONG_UUID ", " GIVEN_TRACE,

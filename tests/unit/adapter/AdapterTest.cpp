@@ -256,6 +256,8 @@ TEST_F(AdapterTest, WithoutACorrelationServiceNoDerivedAlarmIsRaised) {
         (Texts{"dolqAdapterImpl|ZumCs getAPI returns a null pointer. Alarm not raised.",
                "dolqAdapterImpl|ZumCs getAPI call returns a null pointer. Alarm not raised."}));
     EXPECT_TRUE(platform().sent.empty());
+    client->raiseSecondaryAlarm(PLAIN, "s", "c", Events{}); // which asks for none
+    EXPECT_EQ(platform().traces(0).back(), kNoSecondary);
     client->raisePrimaryAlarm(PLAIN, 0, "s", "c"); // which needs none
     EXPECT_EQ(platform().sent.size(), 1U);
 }

@@ -50,8 +50,12 @@ Texts called(const std::string& arguments) {
 }
 
 TEST_F(MappingFileTest, GivesBothGenerationsTheSameEntries) {
+    std::string deepest; // in a root
+    for (int i = 1; i < 256; ++i) {
+        deepest.insert(0, "<a>").append("</a>");
+    }
     std::vector<MappingFile> rows{
-        {"NoElements", "", {}, {}},
+        {"NoElements", deepest, {}, {}},
         {"OtherAndNestedElements",
          R"(<note faultid="1" minor_type_id="2"/><g><mapping faultid="1" minor_type_id="2"/></g>)",
          {},
@@ -109,7 +113,8 @@ TEST_F(MappingFileTest, GivesBothGenerationsTheSameEntries) {
         }
         dolq::MappingTable table;
         platform().events.clear();
-        EXPECT_TRUE(configurator.readMappingFile(file.path(), table));
+        onStackOf(kDocumentedStackKib,
+                  [&] { EXPECT_TRUE(configurator.readMappingFile(file.path(), table)); });
         EXPECT_EQ(entriesOf(table), row.entries);
         EXPECT_EQ(platform().events, traces);
 
