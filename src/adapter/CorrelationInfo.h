@@ -3,6 +3,10 @@
 #include <string>
 #include <vector>
 
+// The text that tells the receivers of an alarm which events it belongs to. It travels as the first
+// entry of the notification's additional information, and receivers know it by its beginning,
+// "CI=". It looks like JSON but is not escaped: receivers take the values as they come.
+
 namespace dolq {
 
 /// The correlation info of a primary alarm, which names the event that caused it:

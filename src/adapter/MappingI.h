@@ -5,7 +5,7 @@
 
 namespace dolq {
 
-/// Which alarm a fault is.
+/// Which alarm a fault is: the adapter's view of a factory's mapping table.
 class MappingI {
 public:
     virtual ~MappingI() = default;

@@ -4,7 +4,7 @@
 
 namespace dolq {
 
-/// The way alarms leave the library.
+/// The adapter's view of the notification service. Alarms leave the library through this alone.
 class NtfSessionI {
 public:
     virtual ~NtfSessionI() = default;

@@ -1,3 +1,11 @@
+// From a client's call to one alarm for the session.
+//
+// Each operation traces its arguments first, whatever becomes of the alarm, so that an operator
+// sees every call. Then come the questions that can refuse the alarm, from the outside in: is there
+// a correlation (primary alarms do without one, secondary alarms do not), who reports it, and which
+// alarm is the fault. Each refusal leaves one trace and ends the call; nothing has been asked of
+// the notification service by then. What remains is one NotificationData.
+
 #include "adapter/dolqAdapterImpl.h"
 
 #include <algorithm>
@@ -21,7 +29,8 @@ constexpr char kTraceUnit[] = "dolqAdapterImpl";
 
 const std::string kEmptyString = "<empty string>";
 
-/// Indexed by the client's perceived severity code.
+/// The perceived severity of ITU-T X.733 as the notification service numbers it, indexed by the
+/// client's code. No client code stands for "cleared": a cease sends that.
 constexpr SaNtfSeverityT kSeverityOfCode[] = {SA_NTF_SEVERITY_WARNING, SA_NTF_SEVERITY_MINOR,
                                               SA_NTF_SEVERITY_MAJOR, SA_NTF_SEVERITY_CRITICAL,
                                               SA_NTF_SEVERITY_INDETERMINATE};
@@ -31,9 +40,9 @@ constexpr SaNtfSeverityT kSeverityOfCode[] = {SA_NTF_SEVERITY_WARNING, SA_NTF_SE
 AdapterImpl::AdapterImpl(const std::shared_ptr<NtfSessionI>& session, MappingI* mapping)
     : m_session(session), m_map(mapping) {}
 
-// Meant, in this file's texts: leading blanks (a raise's "Minor type not found" has one, a cease's
-// has none), "Initiated" beside "initiated", "retreived" and "occured". Operators' filters know
-// them.
+// Operators filter traces by their exact texts. So these stay as they are: leading blanks ("Minor
+// type not found" has one for a raise and none for a cease), "Initiated" beside "initiated",
+// "retreived" and "occured".
 
 // The operations of a client, one after the other as the interface declares them. -----------------
 
@@ -239,6 +248,7 @@ void AdapterImpl::raiseAlarmImpl(const std::string& notificationObject, std::uin
         notificationObject.c_str(), faultId, faultIdName.c_str(), additionalText.c_str(),
         listText(additionalInfo).c_str(), perceivedSeverity, eventId,
         listText(correlatedEvents).c_str(), programGroupName.c_str());
+    // The first event alone decides. What stands behind a leading 0 is not looked at.
     if (correlatedEvents.empty() || correlatedEvents.front() == 0) {
         raisePrimaryAlarmForEventId(notificationObject, faultId, faultIdName, additionalText,
                                     additionalInfo, perceivedSeverity, eventId, "", "",
@@ -270,7 +280,7 @@ void AdapterImpl::raisePrimaryAlarmForEventId(
             return;
         }
         if (!api->getDerivedCorrelationUUID(eventId, correlationUUID)) {
-            // An alarm without its correlation is worth more than none.
+            // The alarm is sent all the same: one without its correlation is worth more than none.
             DOLQ_TRACE(m_traceObject, kFailure, "getDerivedCorrelationUUID failed for eventId: %u",
                        eventId);
         }
@@ -339,6 +349,7 @@ void AdapterImpl::raiseSecondaryAlarmImpl(
     const std::string& additionalText, const std::vector<std::string>& additionalInfo,
     std::uint32_t perceivedSeverity, const std::string& systemUUID, const std::string& computeName,
     const std::vector<std::string>& correlationUUIDs, const std::string& programGroupName) {
+    // Unlike a primary alarm, a secondary one means nothing without the events that led to it.
     if (correlationUUIDs.empty()) {
         DOLQ_DROP(
             lostFault("no correlated event", notificationObject, faultId), m_traceObject, kFailure,
@@ -359,8 +370,9 @@ void AdapterImpl::raiseCorrelatedAlarm(
     const std::vector<std::string>& additionalInfo, std::uint32_t perceivedSeverity,
     const std::string& systemUUID, const std::string& computeName,
     const std::string& programGroupName, MakeCorrelationInfo makeCorrelationInfo) {
-    // Meant: half an identity is never completed from the environment, which may be another's, and
-    // both variables are read in any case, so that each missing one is traced.
+    // Half an identity is never completed from the environment: the other half could be that of
+    // another system. Both variables are read even if the first is missing, so that each missing
+    // one is traced.
     const bool fromEnvironment = systemUUID.empty() && computeName.empty();
     const std::string environmentUUID = fromEnvironment ? getSystemUUID() : std::string();
     const std::string environmentName = fromEnvironment ? getComputeName() : std::string();
@@ -373,6 +385,7 @@ void AdapterImpl::raiseCorrelatedAlarm(
             notificationObject.c_str(), faultId);
         return;
     }
+    // Receivers look for the correlation info in the first entry.
     std::vector<std::string> list;
     list.reserve(additionalInfo.size() + 1);
     list.push_back(makeCorrelationInfo(uuid, name));
@@ -408,6 +421,7 @@ void AdapterImpl::sendNotification(const std::string& notificationObject,
                                    std::vector<std::string>& additionalInfo,
                                    std::uint32_t perceivedSeverity, std::uint32_t faultId,
                                    const std::string& programGroupName) {
+    // First, so that an unknown code is traced even when the alarm has no mapping.
     const std::uint32_t newSeverity = mapPerceivedSeverity(perceivedSeverity);
     const std::string moClass = parseMoClass(notificationObject);
     std::uint32_t minorType = 0;
@@ -419,6 +433,7 @@ void AdapterImpl::sendNotification(const std::string& notificationObject,
     }
     const std::uint32_t majorId = majorIdOf(minorType);
     const std::uint32_t minorId = minorIdOf(minorType);
+    // An empty entry tells an operator nothing, and the service would carry it.
     additionalInfo.erase(std::remove_if(additionalInfo.begin(), additionalInfo.end(),
                                         [](const std::string& entry) { return entry.empty(); }),
                          additionalInfo.end());

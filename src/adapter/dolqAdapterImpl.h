@@ -14,8 +14,16 @@
 
 namespace dolq {
 
-/// Turns each reported fault into one alarm and hands it to the session. Calls leave no state
-/// behind.
+/// Turns each reported fault into one alarm notification: finds the alarm that the fault is mapped
+/// to, encodes the correlation, and hands the result to the session. A call leaves no state behind.
+///
+/// How the client's terms become those of the standard:
+/// - notification object: the notification object and the notifying object
+/// - fault id and managed object class, through the mapping: the major and minor id of the
+///   notification class id
+/// - system UUID, compute name and correlation UUIDs: one text, the first entry of additional
+///   information
+/// - program group: a proposed repair action
 class AdapterImpl final : public ruxa::fm::fmi::v1::FaultManagementI {
 public:
     /// `mapping` is borrowed and must outlive the adapter.
@@ -129,8 +137,9 @@ private:
                                  const std::vector<std::string>& correlationUUIDs,
                                  const std::string& programGroupName);
 
-    /// Where primary and secondary alarms meet: settles the system identity, puts
-    /// `makeCorrelationInfo(systemUUID, computeName)` in front of the client's entries and sends.
+    /// The part that primary and secondary alarms share: decides which system identity is sent,
+    /// puts `makeCorrelationInfo(systemUUID, computeName)` in front of the client's entries, and
+    /// sends.
     template <typename MakeCorrelationInfo>
     void raiseCorrelatedAlarm(const std::string& notificationObject, std::uint32_t faultId,
                               const std::string& additionalText,

@@ -11,7 +11,8 @@ namespace dolq {
 FmiFactoryImpl::FmiFactoryImpl() : m_map(std::make_unique<NotificationMap>()) {}
 
 ruxa::fm::fmi::v1::FaultManagementI* FmiFactoryImpl::createFaultManagement() {
-    // The session first: as an argument of `new` it could come after the adapter's memory.
+    // A statement of its own: as an argument of `new`, the session could be opened after the
+    // adapter's memory is allocated, and would be opened in vain when there is none.
     const std::shared_ptr<NtfSessionI> session = openSession();
     return new AdapterImpl(session, m_map.get()); // the client owns it
 }
@@ -28,10 +29,11 @@ FmiFactory* getFmiFactory() {
     if (FmiFactory* const factory = Slot::getPtr()) {
         return factory;
     }
-    // Neither the load-module handler nor TinyXML is asked to survive a cancelled thread.
+    // Neither the load-module handler nor TinyXML survives a thread that is cancelled within.
     const common::CancellationHeld held;
     FmiFactory* const factory = Slot::getInstance();
-    // The run fills the map of the factory just stored, which it reaches through this function.
+    // The run fills the map of the factory just stored, which it gets by calling this function
+    // again. An exception leaves the factory stored with what was read.
     ::dolq::xmlconf::runMappingConfiguratorV1();
     return factory;
 }

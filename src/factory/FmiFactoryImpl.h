@@ -7,7 +7,8 @@
 
 namespace dolq {
 
-/// One thread's v1 factory.
+/// One thread's v1 factory: it owns the table, to which all its adapters point, and each adapter
+/// that it makes gets a session of its own.
 class FmiFactoryImpl final : public ruxa::fm::dolq::v1::FmiFactory {
 public:
     FmiFactoryImpl();

@@ -10,7 +10,7 @@
 
 namespace dolq {
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): taken over, and gone when the map is made
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the copy is gone when the map has its own
 FmiFactoryImplV2::FmiFactoryImplV2(MappingTable mapping)
     : m_map(std::make_unique<NotificationMapV2>(mapping)) {}
 
@@ -29,8 +29,9 @@ FmiFactory* getFmiFactory() {
     if (FmiFactory* const factory = Slot::getPtr()) {
         return factory;
     }
-    // Neither the load-module handler nor TinyXML is asked to survive a cancelled thread.
+    // Neither the load-module handler nor TinyXML survives a thread that is cancelled within.
     const common::CancellationHeld held;
+    // The mappings come first: an exception leaves no factory.
     ::dolq::MappingTable mapping;
     ::dolq::xmlconf::runMappingConfiguratorV2(mapping);
     auto factory = std::make_unique<::dolq::FmiFactoryImplV2>(std::move(mapping));

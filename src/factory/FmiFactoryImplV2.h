@@ -7,7 +7,7 @@
 
 namespace dolq {
 
-/// One thread's v2 factory.
+/// One thread's v2 factory: as that of v1, but its table is complete before it exists.
 class FmiFactoryImplV2 final : public ruxa::fm::dolq::v2::FmiFactory {
 public:
     /// The map keeps a copy of `mapping`.

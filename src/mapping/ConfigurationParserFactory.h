@@ -7,7 +7,8 @@
 
 namespace dolq {
 
-/// Chooses the parser of a configuration file. One per thread, made on first use and kept.
+/// Chooses the parser for the configuration file that a v1 client names. Each thread has one, made
+/// on first use and kept for good. A test can install a parser of its own.
 class ConfigurationParserFactory {
 public:
     ConfigurationParserFactory() = default;

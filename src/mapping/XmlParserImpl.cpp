@@ -3,7 +3,7 @@
 namespace dolq {
 
 void XmlParserImpl::parse(ruxa::fm::dolq::v1::ConfigurationI& configuration) {
-    // Meant: the first in the deprecated form, with its trace. Clients of old count on both.
+    // The first in the deprecated form, which leaves a trace: old clients rely on both mappings.
     constexpr std::uint32_t kFaultId = 1025;
     constexpr std::uint32_t kMinorType = 0x8C0000; // 9175040
     configuration.setMapping(kFaultId, kMinorType);

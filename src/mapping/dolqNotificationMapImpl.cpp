@@ -1,3 +1,6 @@
+// The lookup of a fault's alarm. A lookup fails more often because the mapping files are wrong than
+// because a fault is unknown, so its traces tell what the table has for the fault.
+
 #include "mapping/dolqNotificationMapImpl.h"
 
 #include <unistd.h>
@@ -15,12 +18,12 @@ constexpr char kTraceUnit[] = "dolqNotificationMapImpl";
 
 enum class Lookup { Match, OtherClass, NoEntry };
 
-// Meant, in all texts below: what they call a thread is the process id. Operators look for it with
-// the texts they know.
+// What the texts below call a thread is the process id. Operators look for that number and for
+// these texts.
 
-/// The lookup both generations share: walks the table from its first entry to the exact match or to
-/// its end. Only a match writes `minorType`. Meant: no jump to the fault id's entries, and no stop
-/// behind them, so that an unknown fault costs what the last one of the table costs.
+/// The lookup that both generations share: walks the table from its first entry to the exact match
+/// or to the end. Only a match writes `minorType`. The walk neither jumps to the fault id's entries
+/// nor stops behind them, so that an unknown fault costs what the last one of the table costs.
 Lookup findMinorType(const MappingTable& mapping, const TraceObject& traceObject,
                      std::uint32_t faultId, std::uint32_t& minorType, const std::string& moClass) {
     DOLQ_TRACE(traceObject, kFlow, "Calling getMinorType in thread: %d.", getpid());
@@ -48,7 +51,7 @@ Lookup findMinorType(const MappingTable& mapping, const TraceObject& traceObject
         }
     }
     if (single != nullptr) {
-        // Meant: the class shown is the table's, which is what has to be corrected.
+        // The class shown is that of the table, for the mapping is what has to be corrected.
         DOLQ_TRACE(
             traceObject, kDetail,
             " Got no full match of faultId and moClass, but found a single faultId. faultId: %d, moClass: \"%s\", foundMinorType: %d.",
@@ -62,8 +65,8 @@ Lookup findMinorType(const MappingTable& mapping, const TraceObject& traceObject
 }
 
 void traceNoMatch(const TraceObject& traceObject, std::uint32_t faultId) {
-    // Meant: ZBN_NUM, although ZBN_NO chooses the load module. Operators of nodes that set it look
-    // for its value here.
+    // ZBN_NUM, although ZBN_NO chooses the load module: operators of nodes that set it look for its
+    // value here.
     DOLQ_TRACE(traceObject, kDetail,
                "Found no match for faultId: %d in Load Module: %s, Rev:%s, ThreadId: %d", faultId,
                common::environment("ZBN_NUM"), common::environment("ZBN_REV"), getpid());

@@ -7,7 +7,8 @@
 
 namespace dolq {
 
-/// The table behind a v1 factory: starts empty and changes through the configuration interface.
+/// The table behind a v1 factory: starts empty and changes through the configuration interface,
+/// which the reader of mapping files uses, too.
 class NotificationMap final : public MappingI, public ruxa::fm::dolq::v1::ConfigurationI {
 public:
     NotificationMap() = default;
@@ -28,7 +29,7 @@ private:
     TraceObject m_traceObject{"DolqTraceLU", TraceObject::UntilRegistered::Nothing};
 };
 
-/// The table behind a v2 factory: given at construction, then fixed.
+/// The table behind a v2 factory: given when it is made, and fixed from then on.
 class NotificationMapV2 final : public MappingI {
 public:
     /// Keeps a copy of `mapping`.

@@ -4,8 +4,9 @@
 
 namespace dolq {
 
-/// The functions of the NTF client library that the session calls, one operation each. Results are
-/// the service's own; repeating a call is the session's business.
+/// The functions of the standard's client library (saNtf) that the session calls, one operation for
+/// each: the place where a test or another service takes over. Results are the service's own; the
+/// session repeats a call, not this.
 class NtfI {
 public:
     virtual ~NtfI() = default;

@@ -1,3 +1,11 @@
+// From one NotificationData to one alarm notification of the SA Forum Notification Service.
+//
+// The service owns the memory of a notification. So an alarm takes four steps: allocate with the
+// sizes of its texts, fill, send, free. The sizes cannot change later, so they are computed before,
+// in the one place that knows what a notification can carry (FieldLimits). Freeing comes before the
+// trace of a failure, because a trace can throw or end the thread. Additional information and the
+// program group are values of variable size: the service gives a block for each, one by one.
+
 #include "ntf/dolqNtfSessionImpl.h"
 
 #include <string_view>
@@ -21,10 +29,10 @@ namespace {
 constexpr char kTraceUnit[] = "dolqNtfSessionImpl";
 
 constexpr SaUint32T kVendorId = RUXA_DOLQ_VENDOR_ID;
-constexpr SaNtfElementIdT kThresholdId = 255; // meant: receivers know it for "no threshold"
-// For services that neither set the event time at allocation nor replace what they find in it.
+constexpr SaNtfElementIdT kThresholdId = 255; // by which receivers know that there is no threshold
+// For services that neither set the event time when they allocate nor when they send.
 constexpr bool kSetsEventTime = RUXA_DOLQ_EVENT_TIME_UNKNOWN != 0;
-/// In the library's file for those who want to know how it was built: dolqctl doctor, strings(1).
+/// Tells how the library was built: strings(1) shows it.
 [[gnu::used]] constexpr const char* kEventTimeOption =
     kSetsEventTime ? "RUXA_DOLQ_EVENT_TIME_UNKNOWN=1" : "RUXA_DOLQ_EVENT_TIME_UNKNOWN=0";
 constexpr useconds_t kRetryDelayUs = 100000; // microseconds
@@ -128,7 +136,7 @@ NtfSessionImpl::~NtfSessionImpl() {
 }
 
 void NtfSessionImpl::sendNotification(const NotificationData& data) {
-    // Meant: made whether or not it is traced.
+    // Made whether or not the trace is on.
     const std::string additionalInfo = joined(data.additionalInfo);
     DOLQ_TRACE(
         m_traceObject, kFlow,
@@ -141,7 +149,7 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
         return;
     }
 
-    // Meant, in the texts below: two blanks before the code. Operators' filters know them.
+    // Two blanks before the code, in the texts below, too: operators filter traces by them.
     SaNtfAlarmNotificationT notification{};
     const auto lengthAdditionalText =
         static_cast<std::uint16_t>(sentLength(data.additionalText) + 1); // with its NUL
@@ -183,6 +191,8 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
         return SA_AIS_ERR_BAD_HANDLE;
     }
     *notification.perceivedSeverity = static_cast<SaNtfSeverityT>(data.perceivedSeverity);
+    // The standard's other attributes of an alarm are the same for all: what they could tell is in
+    // the notification class id.
     *notification.probableCause = SA_NTF_UNSPECIFIED_REASON;
     *notification.trend = SA_NTF_TREND_NO_CHANGE;
 
@@ -191,7 +201,8 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
         SaNtfProposedRepairActionT& action = notification.proposedRepairActions[0];
         action.actionId = 0;
         action.actionValueType = SA_NTF_VALUE_STRING;
-        // A failure counts only when no additional information follows: the alarm matters more.
+        // A failure counts only when no entry of additional information follows, for the result is
+        // that of the last value: an alarm without its program group is worth more than none.
         result =
             fillValue(handle, data.programGroup, sentLength(data.programGroup), action.actionValue);
     }
@@ -202,7 +213,7 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
     if constexpr (kSetsEventTime) {
         *header.eventTime = static_cast<SaTimeT>(SA_TIME_UNKNOWN);
     }
-    // Meant: one name for both. Receivers that list alarms by who notified find the faulty object.
+    // One name for both: receivers that list alarms by the notifying object find the faulty one.
     copyName(data.notificationObject, *header.notificationObject);
     traceCut("notificationObject", data.notificationObject.size(),
              header.notificationObject->length);

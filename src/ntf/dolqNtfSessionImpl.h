@@ -11,9 +11,10 @@
 
 namespace dolq {
 
-/// One session with the NTF service, open from construction to destruction. A session that the
-/// service refused is never tried again and drops its alarms. A call that the service is too busy
-/// for (SA_AIS_ERR_TRY_AGAIN) is made again every 100 ms, without end. Takes no lock.
+/// One session with the notification service, open from construction to destruction. A session that
+/// the service refuses is not tried again, and drops its alarms. A call for which the service is
+/// too busy (SA_AIS_ERR_TRY_AGAIN) is made again every 100 ms, without end. Takes no lock:
+/// concurrent alarms share the handle of the session, and each has a notification of its own.
 class NtfSessionImpl final : public NtfSessionI {
 public:
     explicit NtfSessionImpl(std::shared_ptr<NtfI> ntf);
@@ -27,7 +28,8 @@ public:
 private:
     class AllocatedAlarm;
 
-    // The service calls. Those that are given handle 0 answer SA_AIS_ERR_BAD_HANDLE by themselves.
+    // The service's calls, repeated while it is busy. A call for handle 0 is not made: it answers
+    // SA_AIS_ERR_BAD_HANDLE.
     SaAisErrorT initializeSession(SaNtfHandleT* handle, SaVersionT* version);
     SaAisErrorT finalizeSession(SaNtfHandleT handle);
     SaAisErrorT allocateAlarm(SaNtfHandleT handle, SaNtfAlarmNotificationT* notification,

@@ -3,12 +3,13 @@
 #include <cstdint>
 #include <string>
 
-/// A probe of provider "ruxa_dolq" for tools such as bpftrace and gdb: a name, then its values. One
-/// no-op while nobody looks; nothing at all in a build without RUXA_DOLQ_PROBES.
+/// A static probe (USDT) of the provider "ruxa_dolq", for tools such as bpftrace and gdb: a name,
+/// then its values. It costs one no-op until a tool attaches to it, and nothing in a build without
+/// RUXA_DOLQ_PROBES.
 #ifdef RUXA_DOLQ_PROBES
 #define SDT_USE_VARIADIC
 #include <sys/sdt.h>
-#ifdef __clang__ // what sdt.h's macros are made of counts as written where a probe stands
+#ifdef __clang__ // warns of sdt.h's macros wherever a probe stands
 #pragma clang diagnostic ignored "-Wgnu-zero-variadic-macro-arguments"
 #endif
 #define DOLQ_PROBE(...) STAP_PROBEV(ruxa_dolq, __VA_ARGS__)

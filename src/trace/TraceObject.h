@@ -2,13 +2,14 @@
 
 namespace dolq {
 
-/// Owns one registration with the trace backend: a trace object of its own, whose name is the
-/// backend's prefix followed directly by a suffix. Declare it as a class's last member: it is then
-/// registered after the other members are set and released before them, also when a constructor
-/// throws.
+/// Owns one registration with the trace backend, whose name is the backend's prefix followed
+/// directly by a suffix. Several objects of one name are separate registrations. Declare it as the
+/// last member of a class: it is then registered after the other members are set, and released
+/// before them, also when a constructor throws.
 class TraceObject {
 public:
-    /// Meant: maps hold Nothing until then. The backend sees who asks for its default object.
+    /// What it holds until it is registered. The maps ask for no default object, which a backend
+    /// could see.
     enum class UntilRegistered { DefaultObject, Nothing };
 
     /// Throws what the backend throws.

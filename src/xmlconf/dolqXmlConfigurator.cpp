@@ -1,3 +1,9 @@
+// Finding a load module's alarm mapping files, and storing what they hold.
+//
+// The order of reading is what lets a node override mappings: the last entry for a fault and a
+// class wins. So the categories come from the general to the particular, and one that fails, a file
+// that is missing or an element that is wrong costs nothing but itself.
+
 #include "xmlconf/dolqXmlConfigurator.h"
 
 #include <iterator>
@@ -162,7 +168,7 @@ std::vector<std::string> MappingXmlConfigurator::findMappingFiles(const std::str
                                                                   const std::string& productNumber,
                                                                   const std::string& revision) {
     std::vector<std::string> paths;
-    // Meant: the handler takes a text of up to 127 characters that it may write to.
+    // The handler takes a text of up to 127 characters, to which it may write.
     char writableCategory[128] = {};
     category.copy(writableCategory, sizeof(writableCategory) - 1);
     Velk_lm_list list{};

@@ -11,8 +11,8 @@
 namespace dolq::xmlconf {
 
 /// Fills a fault-to-alarm table from the alarm mapping files of the load module that the program
-/// belongs to. Built for one run. Nothing is reported back: what is missing or wrong is traced, and
-/// the run goes on without it.
+/// belongs to. Made for one run. Nothing is reported back: what is missing or wrong is traced, and
+/// the run continues without it. Throws when memory is exhausted or the trace backend throws.
 class MappingXmlConfigurator {
 public:
     MappingXmlConfigurator() = default;

@@ -89,7 +89,8 @@ FakePlatform::Alarm snapshot(const Notification& notification) {
             notification.valueOf(action.actionValueType, action.actionValue));
     }
     copy.constants = {static_cast<int>(*header.eventType), static_cast<int>(*alarm.probableCause),
-                      static_cast<int>(*alarm.trend), alarm.thresholdInformation->thresholdId};
+                      static_cast<int>(*alarm.trend), alarm.thresholdInformation->thresholdId,
+                      header.numCorrelatedNotifications};
     return copy;
 }
 
@@ -149,6 +150,7 @@ saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT* alarm,
     notification.alarm = alarm;
     SaNtfNotificationHeaderT& header = alarm->notificationHeader;
     alarm->notificationHandle = handle;
+    header.numCorrelatedNotifications = 0xA5A5;
     header.eventType = notification.allocate<SaNtfEventTypeT>();
     header.notificationObject = notification.allocate<SaNameT>();
     header.notifyingObject = notification.allocate<SaNameT>();

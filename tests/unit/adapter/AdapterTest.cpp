@@ -45,7 +45,7 @@ TEST_P(OperationTest, TracesItsArgumentsAndSendsOneAlarm) {
     EXPECT_EQ(alarm.additionalText, kText);
     EXPECT_EQ(alarm.additionalInfo, (Texts{row.correlationInfo, kInfo[0], kInfo[2]}));
     EXPECT_EQ(alarm.repairActions, group == "nonePgGrp" ? Texts{} : Texts{"0 " + group});
-    EXPECT_EQ(alarm.constants, (std::vector<int>{0x4000, 74, 1, 255}));
+    EXPECT_EQ(alarm.constants, (std::vector<int>{0x4000, 74, 1, 255, 0}));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, OperationTest, testing::ValuesIn(kOperations),

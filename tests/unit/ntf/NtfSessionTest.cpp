@@ -2,18 +2,16 @@
 #include <deque>
 
 #include "LibraryTest.h"
+#include "ntf/NtfImpl.h"
+#include "ntf/dolqNtfSessionImpl.h"
 
 namespace {
 
 using NtfSessionTest = LibraryTest;
 
-void raiseWithGroup(FaultManagementI& adapter) {
-    adapter.raisePrimaryAlarm("Top=1,Unit=7", 7, "", "text", {}, 0, std::string("uuid"), "system",
-                              "compute", 3U);
-}
-
 struct Answer {
     const char* name;
+    Texts info;
     std::string call;
     std::deque<SaAisErrorT> results; // once the service is no longer busy
     Texts events;                    // as if it had not been, without flow and detail traces
@@ -25,7 +23,9 @@ class AnswerTest : public LibraryTest, public testing::WithParamInterface<Answer
 TEST_P(AnswerTest, IsAwaitedBeforeTheNotificationIsFreedAndAFailureTraced) {
     constexpr int kBusyAnswers = 500;
     const Answer& row = GetParam();
-    const auto client = adapter();
+    const dolq::NotificationData alarm("Unit=7", 0, "text", row.info, 1, 2, "nrPgGrp");
+    const std::shared_ptr<dolq::NtfSessionI> session = dolq::openSession();
+    platform().events.clear();
     platform().enabledGroups = {0};
     platform().results[row.call] = row.results;
     Texts expected = row.events;
@@ -38,49 +38,74 @@ TEST_P(AnswerTest, IsAwaitedBeforeTheNotificationIsFreedAndAFailureTraced) {
         platform().results[row.call].push_front(SA_AIS_ERR_TRY_AGAIN);
         expected.insert(expected.begin() + first, again.begin(), again.end());
     }
-    raiseWithGroup(*client);
+    session->sendNotification(alarm);
     EXPECT_EQ(platform().events, expected);
     EXPECT_EQ(platform().sent.size(), row.sent);
     platform().sent.clear();
-    raiseWithGroup(*client); // nothing of it reaches the next alarm
+    session->sendNotification(alarm); // nothing of it reaches the next alarm
     EXPECT_EQ(sentAlarm().repairActions, Texts{"0 nrPgGrp"});
 }
 
-const std::string kAllocate = "allocate 0 5 1 0 0 1 -1";
+const Texts kTwo{"first", "2"};
+const std::string kAllocate = "allocate 0 5 2 0 0 1 -1";
 const std::string kGroup = "value 8";
-const std::string kInfo = "value 55"; // the correlation info is the only entry
 const std::string kUnit = "0 dolqNtfSessionImpl|";
 
 const Answer kAnswers[] = {
     {"Allocate",
+     kTwo,
      "allocate",
      {SA_AIS_ERR_NO_RESOURCES},
      {kAllocate, kUnit + "Allocate Alarm:  errorCode:12"},
      0},
-    {"Value",
+    {"FirstValue",
+     kTwo,
      "value",
      {SA_AIS_OK, SA_AIS_ERR_NO_SPACE},
-     {kAllocate, kGroup, kInfo, "free", kUnit + "Populate Alarm:  errorCode:f"},
+     {kAllocate, kGroup, "value 6", "free", kUnit + "Populate Alarm:  errorCode:f"},
      0},
-    {"ProgramGroupValueAlone",
+    {"ProgramGroup",
+     kTwo,
      "value",
      {SA_AIS_ERR_NO_SPACE},
-     {kAllocate, kGroup, kInfo, "send", "free"},
+     {kAllocate, kGroup, "value 6", "value 2", "send", "free"},
      1},
+    {"ProgramGroupAlone",
+     {},
+     "value",
+     {SA_AIS_ERR_NO_SPACE},
+     {"allocate 0 5 0 0 0 1 -1", kGroup, "free", kUnit + "Populate Alarm:  errorCode:f"},
+     0},
     {"Send",
+     {},
      "send",
      {SA_AIS_ERR_TOO_BIG},
-     {kAllocate, kGroup, kInfo, "send", "free", kUnit + "Send Alarm:  errorCode:1a"},
+     {"allocate 0 5 0 0 0 1 -1", kGroup, "send", "free", kUnit + "Send Alarm:  errorCode:1a"},
      0},
     {"Free",
+     {},
      "free",
      {SA_AIS_ERR_BAD_HANDLE},
-     {kAllocate, kGroup, kInfo, "send", "free", kUnit + "Free Alarm:  errorCode:9"},
+     {"allocate 0 5 0 0 0 1 -1", kGroup, "send", "free", kUnit + "Free Alarm:  errorCode:9"},
      1},
 };
 
 INSTANTIATE_TEST_SUITE_P(Calls, AnswerTest, testing::ValuesIn(kAnswers),
                          [](const auto& row) { return row.param.name; });
+
+TEST_F(NtfSessionTest, TheWrapperPassesOnWhatItIsGiven) {
+    dolq::NtfImpl ntf;
+    SaNtfHandleT session = 0;
+    SaVersionT version{'B', 2, 3};
+    const SaNtfCallbacksT callbacks{};
+    SaNtfAlarmNotificationT alarm{};
+    ntf.initialize(&session, &callbacks, &version);
+    ntf.alarmNotificationAllocate(session, &alarm, 1, 2, 3, 4, 5, 6, -7);
+    ntf.notificationFree(alarm.notificationHandle);
+    ntf.finalize(session);
+    EXPECT_EQ(platform().events,
+              (Texts{"initialize B 2 3 callbacks", "allocate 1 2 3 4 5 6 -7", "free", "finalize"}));
+}
 
 TEST_F(NtfSessionTest, ARefusedSessionDropsEveryAlarmAndSaysSo) {
     v1::getFmiFactory()->getConfiguration()->setMapping(7, 1, "Unit");

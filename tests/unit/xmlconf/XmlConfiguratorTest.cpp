@@ -174,6 +174,7 @@ TEST_F(DiscoveryTest, ReadsTheFilesOfTheLoadModuleInOrderAndGoesOnWithoutTheMiss
     const std::string folder = temporary.path();
     platform().loadModules["central"] = {
         {"CXC1", "R1B", {{"alarm_mapping", m_first.path()}}},
+        {"CXC2", "R1A", {{"alarm_mapping", m_first.path()}}},
         {"CXC1", "R1A", {{"alarm_mapping", m_first.path()}, {"alarm_mapping", kMissing}}}};
     platform().loadModuleErrors["local"] = -7;
     platform().loadModules["dynamic"] = {{"CXC1",

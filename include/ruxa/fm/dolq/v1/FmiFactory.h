@@ -1,31 +1,40 @@
 #pragma once
 
+// Where an application of the first generation begins:
+//
+//   ruxa::fm::fmi::v1::FaultManagementI* alarms =
+//       ruxa::fm::dolq::v1::getFmiFactory()->createFaultManagement();
+//   alarms->ceaseAlarm("managedElement=1,Board=3", 4102, "BoardOverheated");
+//   delete alarms;
+//   ruxa::fm::dolq::v1::freeFmiFactory();
+
 #include "ruxa/fm/dolq/v1/ConfigurationI.h"
 #include "ruxa/fm/fmi/v1/FaultManagementI.h"
 
-/// First generation: adapters are plain pointers, and the client may change the mappings.
+/// The first generation: an adapter is a plain pointer that the client owns, and the client may
+/// change the mappings.
 namespace ruxa::fm::dolq::v1 {
 
 /// Makes alarm interfaces over one thread's fault-to-alarm table, which the client may change.
 /// Takes no lock: use it on the thread that asked for it.
 class FmiFactory {
 public:
-    /// `freeFmiFactory` destroys the factory; a client never does.
+    /// `freeFmiFactory` destroys the factory. A client never does.
     virtual ~FmiFactory() = default;
 
-    /// A new adapter with a session of its own with the notification service; the caller deletes
-    /// it, before the factory is freed. Blocks while the service answers "try again", without
-    /// limit. An adapter is returned even when the service refuses the session: it then drops every
-    /// alarm, with a trace, and does not try again. Sessions cost time and memory in the service:
-    /// make few adapters and keep them.
+    /// Makes an adapter with a session of its own with the notification service. The caller owns it
+    /// and deletes it before the factory is freed. Blocks while the service answers "try again",
+    /// without limit. An adapter is returned even if the service refuses the session: it then drops
+    /// every alarm with a trace, and does not ask again. A session costs time and memory in the
+    /// service, so make few adapters and keep them.
     virtual fmi::v1::FaultManagementI* createFaultManagement() = 0;
 
-    /// The factory's table, always the same object, owned by the factory; never null.
+    /// Returns the factory's table: always the same object, never null, owned by the factory.
     virtual ConfigurationI* getConfiguration() = 0;
 };
 
-/// The calling thread's factory, never null, owned by the library, valid until `freeFmiFactory` on
-/// the same thread. Other threads get factories of their own.
+/// Returns the calling thread's factory, which is never null. The library owns it, and it is valid
+/// until `freeFmiFactory` is called on the same thread. Other threads get factories of their own.
 ///
 /// The first call on a thread finds the load module's alarm mapping files (environment variables
 /// `ZBN_NO`, `ZBN_REV`; the node's load-module handler) and reads them. What is missing or wrong
@@ -35,9 +44,9 @@ public:
 /// `freeFmiFactory` lets the call after it begin anew.
 [[gnu::visibility("default")]] FmiFactory* getFmiFactory();
 
-/// Frees the calling thread's factory, if any, with its table. Destroy its adapters first: they
-/// point at the table. A thread that ends without this call leaves its factory allocated for the
-/// life of the process.
+/// Frees the calling thread's factory, if there is one, with its table. Destroy its adapters first,
+/// for they point at the table. The factory of a thread that ends without this call stays allocated
+/// for the life of the process.
 [[gnu::visibility("default")]] void freeFmiFactory();
 
 } // namespace ruxa::fm::dolq::v1

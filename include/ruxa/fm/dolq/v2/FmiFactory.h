@@ -1,29 +1,36 @@
 #pragma once
 
+// Where an application begins:
+//
+//   auto alarms = ruxa::fm::dolq::v2::getFmiFactory()->createFaultManagement();
+//   alarms->ceaseAlarm("managedElement=1,Board=3", 4102, "BoardOverheated");
+//   alarms.reset();
+//   ruxa::fm::dolq::v2::freeFmiFactory();
+
 #include <memory>
 
 #include "ruxa/fm/fmi/v1/FaultManagementI.h"
 
-/// Second generation: adapters are shared pointers, and the mappings are fixed.
+/// The second generation: an adapter is a shared pointer, and the mappings are fixed.
 namespace ruxa::fm::dolq::v2 {
 
 /// Makes alarm interfaces over one thread's fault-to-alarm table, which is fixed once read. Takes
 /// no lock: use it on the thread that asked for it.
 class FmiFactory {
 public:
-    /// `freeFmiFactory` destroys the factory; a client never does.
+    /// `freeFmiFactory` destroys the factory. A client never does.
     virtual ~FmiFactory() = default;
 
-    /// A new adapter with a session of its own with the notification service; drop the last pointer
-    /// to it before the factory is freed. Blocks while the service answers "try again", without
-    /// limit. An adapter is returned even when the service refuses the session: it then drops every
-    /// alarm, with a trace, and does not try again. Sessions cost time and memory in the service:
-    /// make few adapters and keep them.
+    /// Makes an adapter with a session of its own with the notification service. Drop the last
+    /// pointer to it before the factory is freed. Blocks while the service answers "try again",
+    /// without limit. An adapter is returned even if the service refuses the session: it then drops
+    /// every alarm with a trace, and does not ask again. A session costs time and memory in the
+    /// service, so make few adapters and keep them.
     virtual std::shared_ptr<fmi::v1::FaultManagementI> createFaultManagement() = 0;
 };
 
-/// The calling thread's factory, never null, owned by the library, valid until `freeFmiFactory` on
-/// the same thread. Other threads get factories of their own.
+/// Returns the calling thread's factory, which is never null. The library owns it, and it is valid
+/// until `freeFmiFactory` is called on the same thread. Other threads get factories of their own.
 ///
 /// The first call on a thread finds the load module's alarm mapping files (environment variables
 /// `ZBN_NO`, `ZBN_REV`; the node's load-module handler) and reads them. What is missing or wrong
@@ -32,9 +39,9 @@ public:
 /// begins anew.
 [[gnu::visibility("default")]] FmiFactory* getFmiFactory();
 
-/// Frees the calling thread's factory, if any, with its table. Destroy its adapters first: they
-/// point at the table. A thread that ends without this call leaves its factory allocated for the
-/// life of the process.
+/// Frees the calling thread's factory, if there is one, with its table. Destroy its adapters first,
+/// for they point at the table. The factory of a thread that ends without this call stays allocated
+/// for the life of the process.
 [[gnu::visibility("default")]] void freeFmiFactory();
 
 } // namespace ruxa::fm::dolq::v2
