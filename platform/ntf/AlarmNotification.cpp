@@ -1,16 +1,9 @@
 #include "platform/ntf/AlarmNotification.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
-#include <limits>
-#include <optional>
-#include <string>
-
-#include <unistd.h>
 
 #include "platform/ntf/Fields.h"
-#include "platform/ntf/NotificationId.h"
 
 namespace platform::ntf {
 
@@ -25,37 +18,6 @@ template <typename T> SaUint16T countOf(const std::vector<T>& field) {
     return static_cast<SaUint16T>(field.size());
 }
 
-/// The text of a value, if it is one and was allocated.
-std::optional<std::string> textOf(const SaNtfValueTypeT& type, const SaNtfValueT& value,
-                                  const ValueBlocks& blocks) {
-    const auto* const text = static_cast<const char*>(blocks.find(value));
-    if (codeOf(type) != SA_NTF_VALUE_STRING || text == nullptr) {
-        return std::nullopt;
-    }
-    return std::string(text, ::strnlen(text, value.ptrVal.dataSize));
-}
-
-SaTimeT currentTime() {
-    const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::nanoseconds>(sinceEpoch).count();
-}
-
-constexpr std::size_t kLargestCount = std::numeric_limits<SaUint16T>::max();
-
-SaUint16T cutCount(std::size_t count) {
-    return static_cast<SaUint16T>(std::min(count, kLargestCount));
-}
-
-AlarmCounts countsOf(const AlarmRecord& record) {
-    const std::string& text = record.additionalText;
-    return {cutCount(record.correlatedNotifications.size()),
-            cutCount(text.empty() ? 0 : text.size() + 1),
-            cutCount(record.additionalInfo.size()),
-            0,
-            0,
-            cutCount(record.proposedRepairActions.size())};
-}
-
 } // namespace
 
 AlarmNotification::AlarmNotification(const AlarmCounts& counts, std::size_t valueLimit)
@@ -67,48 +29,6 @@ AlarmNotification::AlarmNotification(const AlarmCounts& counts, std::size_t valu
       m_proposedRepairActions(counts.proposedRepairActions), m_values(valueLimit) {
     m_eventTime[0] = SA_TIME_UNKNOWN;
     m_trend[0] = SA_NTF_TREND_NO_CHANGE;
-}
-
-AlarmNotification::AlarmNotification(const AlarmRecord& record)
-    : AlarmNotification(countsOf(record), kLargestCount) {
-    setCode(m_eventType[0], record.eventType);
-    setName(m_notificationObject[0], record.notificationObject);
-    setName(m_notifyingObject[0], record.notifyingObject);
-    m_classId[0] = {record.vendorId, record.majorId, record.minorId};
-    m_eventTime[0] = record.eventTimeNs;
-    m_notificationId[0] = record.notificationId;
-    std::copy_n(record.correlatedNotifications.begin(), m_correlatedNotifications.size(),
-                m_correlatedNotifications.begin());
-    if (!m_additionalText.empty()) {
-        record.additionalText.copy(m_additionalText.data(), m_additionalText.size() - 1);
-    }
-    setElements(m_additionalInfo, record.additionalInfo, &SaNtfAdditionalInfoT::infoId,
-                &SaNtfAdditionalInfoT::infoType, &SaNtfAdditionalInfoT::infoValue);
-    setCode(m_probableCause[0], record.probableCause);
-    setCode(m_perceivedSeverity[0], record.perceivedSeverity);
-    setCode(m_trend[0], record.trend);
-    m_thresholdInformation[0].thresholdId = record.thresholdId;
-    setElements(m_proposedRepairActions, record.proposedRepairActions,
-                &SaNtfProposedRepairActionT::actionId, &SaNtfProposedRepairActionT::actionValueType,
-                &SaNtfProposedRepairActionT::actionValue);
-    m_values.close();
-}
-
-template <typename T>
-void AlarmNotification::setElements(Field<T>& field, const std::vector<Element>& elements,
-                                    SaNtfElementIdT T::*id, SaNtfValueTypeT T::*type,
-                                    SaNtfValueT T::*value) {
-    for (std::size_t index = 0; index < field.size(); ++index) {
-        const Element& element = elements[index];
-        field[index].*id = element.id;
-        setCode(field[index].*type, element.type);
-        if (element.value) {
-            const SaUint16T size = cutCount(element.value->size() + 1);
-            if (void* const block = m_values.allocate(size, field[index].*value)) {
-                std::memcpy(block, element.value->c_str(), size - 1u);
-            }
-        }
-    }
 }
 
 void AlarmNotification::describe(SaNtfAlarmNotificationT& notification) {
@@ -155,43 +75,6 @@ void* AlarmNotification::findValue(const SaNtfValueT* value) const {
         isIn(m_thresholdInformation, &SaNtfThresholdInformationT::thresholdHysteresis) ||
         isIn(m_thresholdInformation, &SaNtfThresholdInformationT::observedValue);
     return isOwn ? m_values.find(*value) : nullptr;
-}
-
-bool AlarmNotification::compose(AlarmRecord& record) {
-    if (!isValid()) {
-        return false;
-    }
-    m_notificationId[0] = nextNotificationId();
-    record.notificationId = m_notificationId[0];
-    record.eventTimeNs = m_eventTime[0] == SA_TIME_UNKNOWN ? currentTime() : m_eventTime[0];
-    record.eventType = codeOf(m_eventType[0]);
-    record.notificationObject = toText(m_notificationObject[0]);
-    record.notifyingObject =
-        m_notifyingObject[0].length == 0 ? record.notificationObject : toText(m_notifyingObject[0]);
-    record.vendorId = m_classId[0].vendorId;
-    record.majorId = m_classId[0].majorId;
-    record.minorId = m_classId[0].minorId;
-    record.perceivedSeverity = codeOf(m_perceivedSeverity[0]);
-    record.probableCause = codeOf(m_probableCause[0]);
-    record.trend = codeOf(m_trend[0]);
-    record.thresholdId = m_thresholdInformation[0].thresholdId;
-    record.correlatedNotifications.assign(m_correlatedNotifications.begin(),
-                                          m_correlatedNotifications.end());
-    if (!m_additionalText.empty()) {
-        record.additionalText = m_additionalText.data();
-    }
-    for (const SaNtfAdditionalInfoT& info : m_additionalInfo) {
-        record.additionalInfo.push_back(
-            {info.infoId, codeOf(info.infoType), textOf(info.infoType, info.infoValue, m_values)});
-    }
-    for (const SaNtfProposedRepairActionT& action : m_proposedRepairActions) {
-        record.proposedRepairActions.push_back(
-            {action.actionId, codeOf(action.actionValueType),
-             textOf(action.actionValueType, action.actionValue, m_values)});
-    }
-    record.processId = ::getpid();
-    record.threadId = ::gettid();
-    return true;
 }
 
 bool AlarmNotification::isValid() const {

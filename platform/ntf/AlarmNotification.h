@@ -1,13 +1,15 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include <saNtf.h>
 
 #include "platform/ntf/HandleTable.h"
 #include "platform/ntf/ValueBlocks.h"
-#include "platform/ntf/log/AlarmRecord.h"
 
 namespace platform::ntf {
 
@@ -29,8 +31,10 @@ class AlarmNotification final : public SessionObject {
 public:
     AlarmNotification(const AlarmCounts& counts, std::size_t valueLimit);
 
-    /// One that was sent: it has no room for further values. Cuts what it cannot hold.
-    explicit AlarmNotification(const AlarmRecord& record);
+    /// What was sent with `line` of the notification log: it has no room for further values, and is
+    /// cut where it does not fit. Null when the line, with or without its newline, is no whole
+    /// notification: blank, half a line that a killed process left, or another program's.
+    static std::shared_ptr<AlarmNotification> ofLine(std::string_view line);
 
     /// Fills all of `notification` but its handle; null pointers for what there is none of.
     void describe(SaNtfAlarmNotificationT& notification);
@@ -44,17 +48,16 @@ public:
     /// False when a field holds what may not be sent.
     bool isValid() const;
 
-    /// False when it is not valid. Otherwise gives the notification a new id and
-    /// fills `record` with it; an unknown event time becomes the current time there.
-    bool compose(AlarmRecord& record);
+    void setId(SaNtfIdentifierT id) { m_notificationId[0] = id; }
+    const SaNameT& object() const { return m_notificationObject[0]; }
+
+    /// The line of a valid notification, newline included; an unknown event time becomes the
+    /// current time there.
+    std::string toLine() const;
 
 private:
     /// Zeroed, and never resized: its size is the count of the allocation.
     template <typename T> using Field = std::vector<T>;
-
-    template <typename T>
-    void setElements(Field<T>& field, const std::vector<Element>& elements, SaNtfElementIdT T::*id,
-                     SaNtfValueTypeT T::*type, SaNtfValueT T::*value);
 
     Field<SaNtfEventTypeT> m_eventType;
     Field<SaNameT> m_notificationObject;

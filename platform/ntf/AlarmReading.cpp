@@ -22,8 +22,8 @@ constexpr std::size_t kPiece = 65536;
 constexpr std::size_t kLongestLine = 16 << 20; // an alarm's is never as long
 
 /// Of a name, as the log shows it.
-std::string logText(const std::string& name) {
-    const std::string json = common::jsonString(name);
+std::string logText(const SaNameT& name) {
+    const std::string json = common::jsonString(toText(name));
     return json.substr(1, json.size() - 2);
 }
 
@@ -48,7 +48,7 @@ int openForReading(const std::filesystem::path& log) {
 AlarmReading::AlarmReading(HandleTable::LogPath log, const AlarmFilter& filter)
     : m_log(std::move(log)) {
     for (const SaNameT& object : filter.objects()) {
-        m_objects.push_back(logText(toText(object)));
+        m_objects.push_back(logText(object));
     }
     const common::CancellationHeld held;
     const common::Descriptor file(openForReading(*m_log));
@@ -72,12 +72,9 @@ std::shared_ptr<AlarmNotification> AlarmReading::next() {
         if (!isWanted(*line)) { // which is much cheaper to see than to read the line
             continue;
         }
-        const auto record = parseLine(*line);
-        if (record && isWanted(logText(record->notificationObject))) {
-            auto notification = std::make_shared<AlarmNotification>(*record);
-            if (notification->isValid()) {
-                return notification;
-            }
+        auto notification = AlarmNotification::ofLine(*line);
+        if (notification && isWanted(logText(notification->object()))) {
+            return notification;
         }
     }
     return nullptr;

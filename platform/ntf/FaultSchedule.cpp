@@ -121,15 +121,6 @@ SaAisErrorT FaultSchedule::answerTo(ServiceCall call) {
     return SA_AIS_OK;
 }
 
-bool FaultSchedule::refusesAlarms() const {
-    return std::any_of(m_faults.begin(), m_faults.end(), [](const Fault& fault) {
-        const bool isNeeded = fault.call == ServiceCall::Initialize ||
-                              fault.call == ServiceCall::Allocate ||
-                              fault.call == ServiceCall::Value || fault.call == ServiceCall::Send;
-        return isNeeded && fault.result != SA_AIS_OK && fault.times != 0;
-    });
-}
-
 FaultSchedule* scheduledFaults() {
     static bool isRead = false;
     static FaultSchedule* schedule = nullptr; // never deleted: clients may call at the very end

@@ -27,9 +27,6 @@ public:
     /// the call with; SA_AIS_OK lets it through.
     SaAisErrorT answerTo(ServiceCall call);
 
-    /// Whether it refuses a call that an alarm needs: any but those that release or read.
-    bool refusesAlarms() const;
-
 private:
     struct Fault {
         ServiceCall call = ServiceCall::Send;

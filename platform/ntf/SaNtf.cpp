@@ -20,8 +20,8 @@
 #include "platform/ntf/FaultSchedule.h"
 #include "platform/ntf/Fields.h"
 #include "platform/ntf/HandleTable.h"
-#include "platform/ntf/log/AlarmRecord.h"
-#include "platform/ntf/log/LogPath.h"
+#include "platform/ntf/LogPath.h"
+#include "platform/ntf/NotificationId.h"
 
 namespace {
 
@@ -162,11 +162,11 @@ SaAisErrorT saNtfNotificationSend(SaNtfNotificationHandleT notificationHandle) {
         if (!entry.object) {
             return SA_AIS_ERR_BAD_HANDLE;
         }
-        AlarmRecord record;
-        if (!entry.object->compose(record)) {
+        if (!entry.object->isValid()) {
             return SA_AIS_ERR_INVALID_PARAM;
         }
-        return append(*entry.log, toLine(record));
+        entry.object->setId(nextNotificationId());
+        return append(*entry.log, entry.object->toLine());
     });
 }
 

@@ -74,7 +74,7 @@ const Schedule kSchedules[] = {
      "free:BUSY,times=1;finalize:EXIST,times=1;search:TRY_AGAIN,times=1;read:TIMEOUT,after=2,times=1",
      "initialize 4 1 1 1 1 1; allocate 8 8 1 1 1 1; value 40 40 40 1 1 1; send 1 1 1 1 1 1; "
      "search 6 1 1 1 1 1; read 12 12 5 12 12 12; free 10 1 9 9 9 9; finalize 14 1 9 9 9 9;"},
-    {"Delay", "send:OK,delay=20,after=1,times=2", "send 1 1 1 1 1 1; .*delayed"},
+    {"Delay", "send:OK,delay=20,after=1,times=2", "^initialize .*send 1 1 1 1 1 1; .*delayed"},
     {"NoCall", "send:BUSY;sendd:TRY_AGAIN",
      "^RUXA_NTF_FAULTS: 'sendd' in 'sendd:TRY_AGAIN' is no call: .*; no faults are made\n.*"
      "send 1 1 1 1 1 1"},

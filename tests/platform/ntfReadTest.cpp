@@ -232,6 +232,56 @@ TEST_F(NtfRead, IsOfTheLogAsItWas) {
     EXPECT_EQ(rest(readingOf()), Texts{});
 }
 
+TEST_F(NtfRead, TakesALineForAWholeNotificationOrNone) {
+    const auto alarm = allocateAlarm(m_handle); // trend 1
+    alarm.notificationHeader.additionalInfo[0].infoId = 1;
+    ASSERT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
+    const std::string whole = logLines().at(0);
+    const auto with = [whole](const std::string& from, const char* to) {
+        return std::string(whole).replace(whole.find(from), from.size(), to);
+    };
+    const struct {
+        std::size_t read; // of each line
+        Texts lines;
+    } rows[] = {
+        {1,
+         {whole,
+          // two writers at the same time, one of which was killed
+          whole.substr(0, 20) + whole, "not ours" + whole,
+          with("\"correlatedNotifications\":[],", ""), whole + " \r"}},
+        {0,
+         {"",
+          "   ",
+          "7",
+          "{}",
+          "[]",
+          std::string(100000, '['),
+          whole.substr(0, whole.size() - 1),
+          whole.substr(20),
+          whole + whole.substr(0, 20),
+          whole + "{}",
+          with("\"additionalText\":\"", "\"additionalText\":\"\xC0\x80"),
+          with("\"additionalText\":\"", "\"additionalText\":\"\x1B"),
+          with("\"alarm\"", "\"stateChange\""),
+          with("\"majorId\":0", "\"majorId\":65536"),
+          with("\"minorId\":0", "\"minorId\":-1"),
+          with("\"vendorId\":0", "\"vendorId\":true"),
+          with("\"trend\":1", "\"trend\":\"up\""),
+          with("\"trend\":1", "\"trend\":1e300"),
+          with("\"trend\":1", "\"trend\":3"),
+          with("Id\":\"", "Id\":\"x"),
+          with("\"additionalText\":\"text\"", "\"additionalText\":7"),
+          with("[],\"additionalText", "[7],\"additionalText"),
+          with("\"infoId\":1", "\"id\":1")}},
+    };
+    for (const auto& row : rows) {
+        for (const std::string& line : row.lines) {
+            std::ofstream(m_log) << line << '\n';
+            EXPECT_EQ(rest(readingOf()).size(), row.read) << line;
+        }
+    }
+}
+
 TEST_F(NtfRead, CutsTextsThatGrewInTheLog) {
     send(std::string(599, '\xFF'), std::string(65534, '\xFF'));
     SaNtfNotificationsT read{};

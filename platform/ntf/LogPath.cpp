@@ -1,4 +1,4 @@
-#include "platform/ntf/log/LogPath.h"
+#include "platform/ntf/LogPath.h"
 
 #include <system_error>
 
