@@ -4,6 +4,7 @@
 #include <ruxa/zum2/v1/CorrelationApi.h>
 
 #include "support/FailingMalloc.h"
+#include "support/SetUserId.h"
 #include "support/TestSupport.h"
 
 namespace {
@@ -38,6 +39,12 @@ TEST(CorrelationApi, DerivesTheUuidOfTheEventWithinTheSystem) {
         EXPECT_TRUE(getAPI()->getDerivedCorrelationUUID(row.eventId, uuid));
         EXPECT_EQ(uuid, row.expected);
     }
+    const ScopedEnvironment system("SYSTEM_UUID", kSystem);
+    runsWithOthersRights = true;
+    std::string uuid;
+    EXPECT_TRUE(getAPI()->getDerivedCorrelationUUID(4711, uuid));
+    EXPECT_EQ(uuid, kCommon);
+    runsWithOthersRights = false;
 }
 
 TEST(CorrelationApi, WithoutAnEventOrMemoryThereIsNoUuidAndTheTextIsLeftAlone) {

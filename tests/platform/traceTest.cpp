@@ -51,9 +51,10 @@ constexpr char kSink[] = "RUXA_TRACE_SINK";
 
 using Environment = std::vector<std::pair<const char*, std::string>>;
 
+constexpr int kDone = 42; // what a child that succeeds exits with
+
 // A child of this process; false when it fails, ends early or is stuck.
 bool succeeds(const std::function<bool()>& program) {
-    constexpr int kDone = 42;
     const pid_t pid = fork();
     if (pid == 0) {
         alarm(60); // seconds; a deadlock shows as a failure
@@ -341,14 +342,15 @@ TEST_F(TraceFile, KeepsTheLinesOfThreadsAndOfProcessesForkedMeanwhileWhole) {
                 TraceBackend::registerTraceObject(longText); // most of the time with the mutex held
             }
         });
+        const auto child = [&longText]() -> bool {
+            void* const object = TraceBackend::registerTraceObject("child");
+            trace(TraceBackend::formatStr("%s", longText.c_str()), object);
+            trace("more", object);
+            _exit(kDone); // the other thread may have held any lock
+        };
         bool good = true;
         for (int i = 0; i < kChildren; ++i) { // the first may meet the backend half made
-            good = succeeds([&longText] {
-                       void* const object = TraceBackend::registerTraceObject("child");
-                       trace(TraceBackend::formatStr("%s", longText.c_str()), object);
-                       return trace("more", object);
-                   }) &&
-                   good;
+            good = succeeds(child) && good;
         }
         stop = true;
         busy.join();
@@ -406,6 +408,7 @@ TEST(TraceStderr, UnreadOrLeftByItsReaderStopsNoThreadAndNoFork) {
     const std::string longText = std::string(250000, 'x') + " end"; // more than there is room for
     for (const Stderr kind : {Stderr::PIPE, Stderr::PIPE_OF_ANOTHER_USER, Stderr::SOCKET}) {
         errorsOf({}, [&] {
+            const uid_t user = geteuid();
             const int reader = makeStderr(kind);
             std::vector<std::thread> threads;
             for (int i = 0; i < kThreads; ++i) {
@@ -418,7 +421,10 @@ TEST(TraceStderr, UnreadOrLeftByItsReaderStopsNoThreadAndNoFork) {
             for (std::thread& thread : threads) {
                 thread.join();
             }
-            const bool forks = succeeds([] { return trace("child"); });
+            const bool forks = succeeds([]() -> bool {
+                trace("child");
+                _exit(kDone); // as this user
+            });
             const std::string before = readAll(reader);
             trace(longText.c_str());
             const std::string torn = readAll(reader);
@@ -435,6 +441,7 @@ TEST(TraceStderr, UnreadOrLeftByItsReaderStopsNoThreadAndNoFork) {
             pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
             raise(SIGPIPE); // the application's own, which it waits for
             trace("to nobody");
+            seteuid(user); // whom the end of a process may need
             return forks && isQuiet && isPending(SIGPIPE) && said != std::string::npos &&
                    std::sscanf(torn.c_str() + said, "messages lost: %d", &lost) == 1 &&
                    (torn.back() == '\n') == (after.front() != '\n') &&
