@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <system_error>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -113,7 +114,9 @@ Sink::Sink(const std::string& choice, std::string& reason)
     : m_hasStderr(::fcntl(STDERR_FILENO, F_GETFD) >= 0), m_isSyslog(choice == "syslog") {
     if (choice.compare(0, kFileScheme.size(), kFileScheme) == 0 &&
         choice.size() > kFileScheme.size()) {
-        const std::string file = choice.substr(kFileScheme.size());
+        std::error_code ignored; // an empty path is refused
+        // Absolute: a daemon changes its folder.
+        const auto file = std::filesystem::absolute(choice.substr(kFileScheme.size()), ignored);
         if (const int error = common::appendLine(file, ""); error != 0) {
             reason = common::appendFailure(error);
         } else {

@@ -287,11 +287,13 @@ TEST_F(TraceFile, SyslogGetsPrioritiesAndIsNotWaitedFor) {
                      "ruxa-trace: messages are lost: Resource temporarily unavailable\n");
 }
 
-TEST_F(TraceFile, IsWrittenAlsoAfterTheProgramClosedItsDescriptors) {
-    for (const Environment& choice : {Environment{}, sink}) {
+TEST_F(TraceFile, IsTheSameAfterTheProgramBecameADaemon) {
+    for (const Environment& choice : {Environment{}, Environment{{kSink, "file:trace"}}}) {
         errorsOf(choice, [this] {
+            fs::current_path(folder);
             close(STDERR_FILENO);
             trace("before");
+            fs::current_path("/");
             closefrom(STDERR_FILENO);
             while (open((folder / "data").c_str(), O_RDWR | O_CREAT | O_APPEND, 0600) < 10) {
             }
