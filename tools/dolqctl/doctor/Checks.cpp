@@ -96,7 +96,7 @@ void checkTraces(Diagnosis& diagnosis) {
     auto* const defaultObject =
         part.function<decltype(TraceBackend::getDefaultTraceObject)>(kDefaultObject);
     if (part.function<decltype(TraceBackend::isTraceGroupEnabled)>(kIsEnabled)(
-            defaultObject(), ruxa::trace::v2::TraceGroup::FAILURE)) {
+            defaultObject(), static_cast<ruxa::trace::v2::TraceGroup::e>(0))) {
         diagnosis.ok("traces", "group 0 (failures) is on");
     } else {
         diagnosis.warn("traces", "group 0 (failures) is off", "lost alarms leave no sign",
