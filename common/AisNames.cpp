@@ -10,7 +10,7 @@ namespace {
 constexpr std::string_view kOk = "SA_AIS_OK";
 constexpr std::string_view kErrorPrefix = "SA_AIS_ERR_";
 
-/// Of the codes from 2 on, behind their prefix.
+/// The names of the codes from 2 on, without their prefix.
 constexpr std::string_view kErrors[] = {
     "LIBRARY",
     "VERSION",

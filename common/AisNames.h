@@ -14,7 +14,7 @@ std::string aisText(std::uint32_t code);
 /// service does not answer with it.
 std::string_view aisMeaning(std::uint32_t code);
 
-/// The SaAisErrorT value of a name, an error with or without its "SA_AIS_ERR_".
+/// The SaAisErrorT of a name: that of an error may come without its "SA_AIS_ERR_".
 std::optional<std::uint32_t> aisCode(std::string_view name);
 
 } // namespace common

@@ -4,8 +4,9 @@
 
 namespace common {
 
-/// While one lives, a cancellation of this thread (pthread_cancel) waits. For what must not be left
-/// half done: a call of a foreign library, a destructor.
+/// While an object of this class lives, a cancellation of its thread (pthread_cancel) stays
+/// pending. It protects what a thread must not leave half done: a call of a foreign library, a
+/// destructor.
 class CancellationHeld {
 public:
     CancellationHeld() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_before); }

@@ -9,8 +9,8 @@
 
 namespace common {
 
-/// A file descriptor, or none, that is closed at the end. It leaves 0, 1 and 2 to the application,
-/// which may have closed them, but prints to them all the same.
+/// A file descriptor, or none, which is closed with this object. It is never 0, 1 or 2: an
+/// application that closed these would print into the file.
 class Descriptor {
 public:
     explicit Descriptor(int number) : m_number(number) {
@@ -28,9 +28,9 @@ public:
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
-    /// Negative: none.
+    /// Negative if there is none.
     int number() const { return m_number; }
-    /// Not closed here any more.
+    /// Gives the descriptor to the caller, who closes it.
     int release() { return std::exchange(m_number, -1); }
 
 private:

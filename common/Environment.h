@@ -4,15 +4,15 @@
 
 namespace common {
 
-/// The value of the environment variable `name`, or `otherwise` when it is not set. It holds until
-/// the environment is changed.
+/// The value of the environment variable `name`, or `otherwise` if it is not set. The text is valid
+/// until the environment is changed.
 inline const char* environment(const char* name, const char* otherwise = "") {
     const char* const value = std::getenv(name);
     return value != nullptr ? value : otherwise;
 }
 
-/// The same for what names files or switches something: who starts a set-user-ID program must not
-/// choose these for it, so that nothing counts as set there.
+/// The same for a variable that names files or switches something on. In a set-user-ID program no
+/// such variable counts as set, for its user must not choose these for the program's owner.
 inline const char* trustedEnvironment(const char* name, const char* otherwise = "") {
     const char* const value = secure_getenv(name);
     return value != nullptr ? value : otherwise;

@@ -5,9 +5,9 @@
 
 namespace common {
 
-/// `text` as it may stand at the end of a trace line: whatever a client put into it, it can neither
-/// end the line nor change how a terminal shows it. Control characters, bytes that are not UTF-8
-/// and the backslash itself become `\n`, `\t`, `\\` or `\xNN` a byte, so that the text can be
+/// `text` as it may stand at the end of a trace line: it can neither end the line nor change what a
+/// terminal shows, whatever it holds. Control characters, bytes that are not UTF-8 and the
+/// backslash become `\n`, `\t`, `\\` or one `\xNN` for each byte, from which the text can be
 /// recovered.
 std::string escapedText(std::string_view text);
 
@@ -15,8 +15,8 @@ std::string escapedText(std::string_view text);
 /// empty word is written "-".
 std::string escapedWord(std::string_view word);
 
-/// `text` as a JSON string, quotes included, that is as safe to show: control characters become
-/// `\uNNNN`. JSON holds UTF-8 alone, so each byte that is none becomes U+FFFD.
+/// `text` as a JSON string with its quotes, which is safe to show, too: control characters become
+/// `\uNNNN`. JSON is UTF-8, so each byte that is not becomes U+FFFD.
 std::string jsonString(std::string_view text);
 
 } // namespace common

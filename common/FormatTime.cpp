@@ -13,7 +13,7 @@ bool isLeap(int year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 =
 
 } // namespace
 
-// By hand: gmtime_r takes a lock, which a forked process may find taken for ever.
+// Computed here, because gmtime_r takes a lock, which a forked process could find taken for ever.
 std::string formatTime(std::int64_t timeNs) {
     std::int64_t ns = timeNs % kNsPerDay;
     int day = static_cast<int>(timeNs / kNsPerDay);

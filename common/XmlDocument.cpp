@@ -13,10 +13,9 @@ namespace {
 
 constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
 
-/// Follows a text as TinyXML's parser does and with the parser's own pieces, so that both see the
-/// same elements in whatever text. But it counts levels where the parser recurses, and stores
-/// nothing.
-class Walk final : private TiXmlDocument { // which has access to the pieces
+/// Follows a text as TinyXML's parser does, and with the parser's own functions, so that both see
+/// the same elements in any text. It counts levels where the parser recurses, and stores nothing.
+class Walk final : private TiXmlDocument { // for access to the functions
 public:
     explicit Walk(XmlLimits limits) : m_limits(limits) {}
 
@@ -31,8 +30,8 @@ public:
     }
 
 private:
-    // Each of these gets the place where something begins, and returns where it ends: null where
-    // the parser gives up.
+    // Each of these is given where a piece begins, and returns where it ends, or null where the
+    // parser gives up.
 
     const char* next(const char* at) {
         if (*at != '<') {
@@ -92,7 +91,7 @@ private:
     TiXmlEncoding m_encoding = TIXML_ENCODING_UNKNOWN;
     std::size_t m_depth = 0;
     bool m_withinLimits = true;
-    // The last one read; members, so that their memory is used again.
+    // The last ones that were read: members, so that their memory is used again.
     std::string m_name;
     TiXmlAttribute m_attribute;
 };
@@ -111,27 +110,28 @@ bool endsInsideCharacter(const char* text) {
 } // namespace
 
 bool XmlDocument::load(std::string text) {
-    text.append(3, '\0'); // for a last character that is cut off, of which TinyXML skips the rest
+    text.append(3, '\0'); // TinyXML steps over the rest of a last character that is cut off
     std::vector<char> buffer(1024);
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
         ::fmemopen(text.data(), text.size(), "rb"), &std::fclose);
     if (file == nullptr) {
         throw std::bad_alloc();
     }
-    // Here, where a lack of memory is told; a stream that lacks a buffer goes byte by byte.
+    // Allocated here, where a lack of memory is reported: a stream without a buffer would read byte
+    // by byte.
     std::setvbuf(file.get(), buffer.data(), _IOFBF, buffer.size());
     return LoadFile(file.get(), TIXML_ENCODING_UNKNOWN) && m_isWithinLimits;
 }
 
-/// `LoadFile` calls it with the very text that it would parse: its own copy, every line end one
-/// byte.
+/// `LoadFile` calls this with the very text that it parses: its own copy, in which each line end is
+/// one byte.
 const char* XmlDocument::Parse(const char* text, TiXmlParsingData* data, TiXmlEncoding encoding) {
     m_isWithinLimits = Walk(m_limits).staysWithin(text);
     if (!m_isWithinLimits) {
         return nullptr;
     }
     if (endsInsideCharacter(text)) {
-        SetTabSize(0); // some releases count columns for ever there
+        SetTabSize(0); // some releases count the columns of such a text without end
     }
     const char* const rest = TiXmlDocument::Parse(text, data, encoding);
     m_isWhole = rest == nullptr || *rest == '\0';

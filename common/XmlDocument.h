@@ -7,26 +7,26 @@
 
 namespace common {
 
-/// TinyXML parses elements by recursion on the caller's stack and searches an element's attributes
-/// one by one for each new one. A text that goes beyond these limits is not parsed.
+/// TinyXML parses elements by recursion on the caller's stack, and searches the attributes of an
+/// element for each new one. A text beyond these limits is not parsed.
 struct XmlLimits {
     std::size_t depth = 256;
     std::size_t attributes = 1000;
 };
 
-/// A TinyXML document whose loading needs bounded stack and linear time whatever the text is, and
-/// reads nothing behind it.
+/// A TinyXML document that loads any text with bounded stack and in linear time, and reads no byte
+/// after it. What it holds then is what TinyXML alone makes of the text.
 class XmlDocument final : public TiXmlDocument {
 public:
     explicit XmlDocument(const std::string& name = {}, XmlLimits limits = {})
         : TiXmlDocument(name), m_limits(limits) {}
 
-    /// Loads `text` as `LoadFile` does a file that holds it. False where TinyXML refuses it, which
-    /// `Error()` tells, and beyond the limits, where `Error()` is false.
+    /// Loads `text` as `LoadFile` loads a file of this content. Returns false if TinyXML refuses
+    /// it, and `Error()` is then true; or if it is beyond the limits, and `Error()` is then false.
     bool load(std::string text);
 
-    /// Whether TinyXML came to the end of what it loaded: it stops without an error where anything
-    /// else than markup stands outside the root.
+    /// Whether TinyXML came to the end of the text. It stops without an error where anything but
+    /// markup stands outside the root.
     bool isLoadedWhole() const { return m_isWhole; }
 
 private:

@@ -26,7 +26,7 @@ std::uint16_t sentLength(const std::string& text) {
     while (length > kLongestText - kLongestUtf8Tail && continuesCharacter(text[length])) {
         --length;
     }
-    // Not UTF-8 if the first byte of a character is not found in reach: then cut anywhere.
+    // A text without the first byte of a character in reach is not UTF-8, and is cut anywhere.
     return static_cast<std::uint16_t>(continuesCharacter(text[length]) ? kLongestText : length);
 }
 

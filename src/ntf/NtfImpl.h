@@ -4,7 +4,7 @@
 
 namespace dolq {
 
-/// Forwards every call unchanged to the NTF client library.
+/// Forwards every call unchanged to the client library of the notification service.
 class NtfImpl final : public NtfI {
 public:
     SaAisErrorT initialize(SaNtfHandleT* ntfHandle, const SaNtfCallbacksT* callbacks,

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "LibraryTest.h"
+#include "common/Descriptor.h"
 
 namespace common {
 
@@ -47,6 +48,15 @@ TEST_F(RegularFile, NothingElseIsReadNorLeftOpen) {
     EXPECT_EQ(readRegularFile(file.path() + ".absent", 10, content), ENOENT);
     EXPECT_EQ(readRegularFile(file.path(), 9, content), EFBIG);
     EXPECT_EQ(entriesIn("/proc/self/fd"), files);
+}
+
+TEST(Descriptor, IsNeverThatOfAStandardStream) {
+    const int kept = ::dup(STDIN_FILENO);
+    ::close(STDIN_FILENO);
+    EXPECT_GT(Descriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC)).number(), STDERR_FILENO);
+    EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFD), -1); // it stays closed
+    ::dup2(kept, STDIN_FILENO);
+    ::close(kept);
 }
 
 int g_leased = -1; // a descriptor whose holder is told of others that open its file
