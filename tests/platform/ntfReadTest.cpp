@@ -290,6 +290,16 @@ TEST_F(NtfRead, CutsTextsThatGrewInTheLog) {
     EXPECT_EQ(objectOf(read).size(), 599u);
     EXPECT_EQ(header.lengthAdditionalText, 65535);
     EXPECT_EQ(std::strlen(header.additionalText), 65534u);
+
+    std::string line = logLines().at(0); // and one that the service never wrote
+    std::string elements = R"({"infoId":1,"infoType":0,"value":null})";
+    for (int doubled = 0; doubled < 17; ++doubled) {
+        elements += ',' + elements;
+    }
+    std::ofstream(m_log) << line.replace(line.find("Info\":[") + 7, 0, elements);
+    ASSERT_EQ(next(readingOf(), read), SA_AIS_OK);
+    EXPECT_EQ(header.numAdditionalInfo, 65535);
+    EXPECT_EQ(header.additionalInfo[65534].infoId, 1);
 }
 
 TEST_F(NtfRead, RefusesALogThatIsNone) {
