@@ -142,14 +142,18 @@ void checkProgram(Diagnosis& diagnosis, const std::string& pid, const Discovery&
     constexpr char kMeaning[] = "what is found here may not hold for it";
     const std::string folder = "/proc/" + pid + '/';
     const State state = stateOf(folder);
-    struct stat status {};
-    if (::stat(folder.c_str(), &status) != 0 || status.st_uid != ::geteuid()) {
-        diagnosis.warn(kCheck, "it runs as user " + std::to_string(status.st_uid), kMeaning,
-                       "run dolqctl as that user");
-    }
     const auto fail = [&](const std::string& finding, const std::string& advice) {
         diagnosis.fail(kCheck, finding, kMeaning, advice);
     };
+    struct stat status {};
+    if (::stat(folder.c_str(), &status) != 0 || std::strchr("ZX?", state.letter) != nullptr) {
+        fail("it has ended", "find out why");
+        return;
+    }
+    if (status.st_uid != ::geteuid()) {
+        diagnosis.warn(kCheck, "it runs as user " + std::to_string(status.st_uid), kMeaning,
+                       "run dolqctl as that user");
+    }
     for (const std::string& file : filesOf(discovery)) {
         if (::stat(file.c_str(), &status) == 0 && secondsOf(status.st_ctim) > state.start) {
             fail(file + " has changed since it was started", "start it anew");
@@ -163,12 +167,15 @@ void checkProgram(Diagnosis& diagnosis, const std::string& pid, const Discovery&
     }
     std::map<std::string, std::string> own = mappedParts("self");
     for (const auto& [soname, file] : mappedParts(pid)) {
-        if (own[soname] != file) {
-            fail("it has " + soname + " from " + file + ", this command from " + own[soname],
+        const std::string id = file.substr(0, file.find('/'));
+        if (own[soname].substr(0, id.size()) != id) {
+            fail("it has " + file.substr(id.size()) + ", this command another " + soname,
                  "run dolqctl with the program's loader path (LD_LIBRARY_PATH)");
         }
     }
-    if (!isSame(folder + "root/", "/") || !isSame(folder + "ns/mnt", "/proc/self/ns/mnt")) {
+    std::error_code ignored;
+    if (std::filesystem::read_symlink(folder + "root", ignored) != "/" ||
+        !isSame(folder + "ns/mnt", "/proc/self/ns/mnt")) {
         fail("it has another root folder or mount namespace, and other files", "run dolqctl there");
     }
     if (std::strchr("Tt", state.letter) != nullptr) {
