@@ -31,12 +31,6 @@ void print(const Observation& observation) {
 
 } // namespace
 
-std::size_t Diagnosis::count(Status status) const {
-    return static_cast<std::size_t>(
-        std::count_if(m_observations.begin(), m_observations.end(),
-                      [&](const Observation& each) { return each.status == status; }));
-}
-
 void Diagnosis::add(Observation observation) {
     const auto place = std::upper_bound(
         m_observations.begin(), m_observations.end(), observation,

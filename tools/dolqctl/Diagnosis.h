@@ -35,12 +35,12 @@ public:
     }
     void fail(Text check, Text finding, Text meaning, Text advice) {
         add({check, Observation::Status::Failed, finding, meaning, advice});
+        ++m_failures;
     }
 
     /// The worst last; of one status the latest last.
     const std::vector<Observation>& observations() const { return m_observations; }
-    std::size_t count(Observation::Status status) const;
-    std::size_t failures() const { return count(Observation::Status::Failed); }
+    std::size_t failures() const { return m_failures; }
 
     /// Prints whose variables were looked at, what is in order, in one line or with `all` in one
     /// each, what is not, and at the end `verdict`.
@@ -50,6 +50,7 @@ private:
     void add(Observation observation);
 
     std::vector<Observation> m_observations;
+    std::size_t m_failures = 0;
 };
 
 } // namespace dolqctl

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <regex>
-#include <vector>
+#include <set>
 
 #include <ruxa/trace/v2/TraceBackend.h>
 #include <ruxa/zum2/v1/CorrelationApi.h>
@@ -69,10 +69,10 @@ void checkEventTime(Diagnosis& diagnosis, const SaTimeT* time) {
 } // namespace
 
 void checkSettings(Diagnosis& diagnosis) {
-    std::vector<std::string> settings;
+    std::set<std::string> settings;
     for (char** each = environ; *each != nullptr; ++each) {
         if (std::string(*each).rfind("RUXA_", 0) == 0) {
-            settings.emplace_back(*each);
+            settings.insert(*each);
         }
     }
     if (settings.empty()) {

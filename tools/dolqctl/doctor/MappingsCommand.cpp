@@ -28,18 +28,6 @@ std::vector<std::string> problemsOf(const Discovery& discovery, const Inventory&
     return problems;
 }
 
-/// The first alarm is that which programs get, in place of the others.
-Json alarmsOf(const std::vector<Mapping>& history) {
-    Json alarms = Json::array();
-    for (auto each = history.rbegin(); each != history.rend(); ++each) {
-        alarms.push_back({{"alarm", alarmText(each->minorType)},
-                          {"minorType", each->minorType},
-                          {"file", each->position.file},
-                          {"line", each->position.line}});
-    }
-    return alarms;
-}
-
 } // namespace
 
 int runMappings(const MappingsArguments& arguments) {
@@ -58,8 +46,14 @@ int runMappings(const MappingsArguments& arguments) {
             rows.push_back({std::to_string(key.first), key.second, alarm,
                             std::to_string(used.minorType), other,
                             positionText({used.position.file, used.position.line, 0})});
-            mappings.push_back(
-                {{"faultId", key.first}, {"class", key.second}, {"alarms", alarmsOf(history)}});
+            Json alarms = Json::array(); // what programs get, and what it replaces
+            for (auto each = history.rbegin(); each != history.rend(); ++each) {
+                alarms.push_back({{"alarm", alarmText(each->minorType)},
+                                  {"minorType", each->minorType},
+                                  {"file", each->position.file},
+                                  {"line", each->position.line}});
+            }
+            mappings.push_back({{"faultId", key.first}, {"class", key.second}, {"alarms", alarms}});
         }
     }
     if (mappings.empty() && !inventory.mappings.empty()) {
