@@ -6,6 +6,8 @@ namespace dolq {
 
 namespace {
 
+// What stands around the values. The blanks are part of the format: one after each colon, none
+// after a comma.
 constexpr std::string_view kBeforeSystemUUID = R"(CI={"C": [{"I": ")";
 constexpr std::string_view kBeforeComputeName = R"(","n": ")";
 constexpr std::string_view kBeforePrimary = R"("}],"P": ")";

@@ -45,6 +45,8 @@ AdapterImpl::AdapterImpl(const std::shared_ptr<NtfSessionI>& session, MappingI* 
 // "retreived" and "occured".
 
 // The operations of a client, one after the other as the interface declares them. -----------------
+//
+// Each is spelt out, because its traced text names the arguments that it has and no others.
 
 void AdapterImpl::raiseAlarm(const std::string& notificationObject, std::uint32_t faultId,
                              const std::string& faultIdName, const std::string& additionalText,
@@ -235,6 +237,9 @@ void AdapterImpl::raiseSecondaryAlarm(
 }
 
 // From an operation to the common send path: correlation and system identity. ---------------------
+//
+// Event ids become correlation UUIDs here, so that the functions behind work on UUIDs alone. The
+// service's interface is asked for once for each alarm and not kept: it may change between two.
 
 void AdapterImpl::raiseAlarmImpl(const std::string& notificationObject, std::uint32_t faultId,
                                  const std::string& faultIdName, const std::string& additionalText,
@@ -265,7 +270,7 @@ void AdapterImpl::raisePrimaryAlarmForEventId(
     const std::string& additionalText, const std::vector<std::string>& additionalInfo,
     std::uint32_t perceivedSeverity, std::uint32_t eventId, const std::string& systemUUID,
     const std::string& computeName, const std::string& programGroupName) {
-    std::string correlationUUID;
+    std::string correlationUUID; // stays empty for "no event", which is never derived
     if (eventId == 0) {
         DOLQ_TRACE(
             m_traceObject, kFailure,
@@ -415,6 +420,9 @@ std::string AdapterImpl::getComputeName() const {
 }
 
 // The common send path and its translations. ------------------------------------------------------
+//
+// A raise comes here with all it needs but the alarm. The client's codes become those of the
+// standard only now, so that every trace up to here shows what the client gave.
 
 void AdapterImpl::sendNotification(const std::string& notificationObject,
                                    const std::string& additionalText,

@@ -96,6 +96,9 @@ public:
                              std::uint32_t programGroup) override;
 
 private:
+    // What a raise goes through, in this order. Each step takes what the one before found out, and
+    // ends the call when the alarm is refused.
+
     /// The combined raise: `correlatedEvents` decides whether the alarm is primary or secondary.
     void raiseAlarmImpl(const std::string& notificationObject, std::uint32_t faultId,
                         const std::string& faultIdName, const std::string& additionalText,
@@ -153,10 +156,12 @@ private:
                           std::vector<std::string>& additionalInfo, std::uint32_t perceivedSeverity,
                           std::uint32_t faultId, const std::string& programGroupName);
 
+    /// The name that is sent for a client's program group code; traces it.
     std::string programGroupName(std::uint32_t programGroup) const;
+    /// The standard's severity for a client's code; traces a code that is unknown.
     SaNtfSeverityT mapPerceivedSeverity(std::uint32_t perceivedSeverity) const;
 
-    /// The attribute of the last relative name, white space removed; empty when there is none.
+    /// The managed object class (see MoClass.h), empty if there is none; traces what is missing.
     std::string parseMoClass(const std::string& notificationObject) const;
 
     /// The environment's value, or empty (with a trace when the variable is not set).
@@ -168,7 +173,7 @@ private:
     static void writeList(const std::vector<std::uint32_t>& list, std::stringstream& out);
     template <typename T> static std::string listText(const std::vector<T>& list);
 
-    std::shared_ptr<NtfSessionI> m_session;
+    std::shared_ptr<NtfSessionI> m_session; // this adapter's own
     MappingI* m_map; // borrowed: the factory that made this adapter owns it and outlives it
     TraceObject m_traceObject{"DolqTraceLU"};
 };

@@ -1,3 +1,6 @@
+// The entry of the first generation. The factory is stored for its thread before the mapping files
+// are read, because reading them stores through the factory's own configuration interface.
+
 #include "factory/FmiFactoryImpl.h"
 
 #include "adapter/dolqAdapterImpl.h"

@@ -1,3 +1,6 @@
+// The entry of the second generation. The mapping files are read into a table first, and the
+// factory is made around it: no client ever sees a factory whose table is not complete.
+
 #include "factory/FmiFactoryImplV2.h"
 
 #include <utility>
@@ -31,7 +34,6 @@ FmiFactory* getFmiFactory() {
     }
     // Neither the load-module handler nor TinyXML survives a thread that is cancelled within.
     const common::CancellationHeld held;
-    // The mappings come first: an exception leaves no factory.
     ::dolq::MappingTable mapping;
     ::dolq::xmlconf::runMappingConfiguratorV2(mapping);
     auto factory = std::make_unique<::dolq::FmiFactoryImplV2>(std::move(mapping));

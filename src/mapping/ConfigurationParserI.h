@@ -4,7 +4,7 @@
 
 namespace dolq {
 
-/// Applies one configuration to a mapping table.
+/// Applies one configuration to a mapping table, through the interface that clients have, too.
 class ConfigurationParserI {
 public:
     virtual ~ConfigurationParserI() = default;

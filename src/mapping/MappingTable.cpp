@@ -8,6 +8,8 @@ namespace dolq {
 
 namespace {
 
+// Few enough that moving half of them for an insertion is cheap, and enough that a walk through the
+// table seldom changes blocks.
 constexpr std::size_t kBlockSize = 512; // entries
 
 struct Key {
@@ -28,6 +30,8 @@ void MappingTable::set(std::uint32_t faultId, std::uint32_t minorType, const std
         return isBefore(each.back(), key);
     });
     if (block == m_blocks.end()) {
+        // Mapping files are mostly sorted: a new block after a full one leaves full blocks behind,
+        // where splitting would leave halves.
         if (m_blocks.empty() || m_blocks.back().size() == kBlockSize) {
             m_blocks.emplace_back(1, Entry{faultId, minorType, moClass});
             return;

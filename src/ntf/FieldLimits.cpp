@@ -8,8 +8,9 @@ namespace dolq {
 
 namespace {
 
+// The interface's counts and sizes have 16 bits. The NUL of a text is part of its size.
 constexpr std::size_t kLargestCount = std::numeric_limits<std::uint16_t>::max();
-constexpr std::size_t kLongestText = kLargestCount - 1; // its NUL is counted
+constexpr std::size_t kLongestText = kLargestCount - 1;
 static_assert(SA_MAX_NAME_LENGTH == 600, "the NTF headers must be those of 600-byte names");
 constexpr std::size_t kLongestName = SA_MAX_NAME_LENGTH - 1;
 constexpr std::size_t kLongestUtf8Tail = 3; // bytes that can follow a character's first byte

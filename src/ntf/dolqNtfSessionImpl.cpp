@@ -190,9 +190,9 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
     if (handle == 0) {
         return SA_AIS_ERR_BAD_HANDLE;
     }
+    // Every alarm has a perceived severity, a probable cause, a trend and threshold information.
     *notification.perceivedSeverity = static_cast<SaNtfSeverityT>(data.perceivedSeverity);
-    // The standard's other attributes of an alarm are the same for all: what they could tell is in
-    // the notification class id.
+    // The last three are the same for all alarms: what they could tell is in the class id below.
     *notification.probableCause = SA_NTF_UNSPECIFIED_REASON;
     *notification.trend = SA_NTF_TREND_NO_CHANGE;
 
@@ -208,6 +208,7 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
     }
     notification.thresholdInformation->thresholdId = kThresholdId;
 
+    // The header is that of any notification: what happened, to which object, and texts.
     SaNtfNotificationHeaderT& header = notification.notificationHeader;
     *header.eventType = SA_NTF_ALARM_NOTIFICATIONS_START;
     if constexpr (kSetsEventTime) {
@@ -228,6 +229,8 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
 
     traceCut("additionalInfo", data.additionalInfo.size(), header.numAdditionalInfo);
 
+    // The ids of the entries stay as the service allocated them: the place of an entry tells what
+    // it is.
     for (SaUint16T i = 0; i < header.numAdditionalInfo; ++i) {
         SaNtfAdditionalInfoT& info = header.additionalInfo[i];
         info.infoType = SA_NTF_VALUE_STRING;

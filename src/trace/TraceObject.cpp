@@ -14,7 +14,8 @@ TraceObject::TraceObject(const char* suffix, UntilRegistered initially) {
     m_handle = TraceBackend::registerTraceObject(TraceBackend::getTraceObjectPrefix() + suffix);
 }
 
-// A backend that throws here ends the process: no destructor lets an exception out.
+// The handle falls back to the default object, so that it is valid whatever looks at it last. A
+// backend that throws here ends the process, for no destructor lets an exception out.
 TraceObject::~TraceObject() {
     const common::CancellationHeld held;
     TraceBackend::deregisterTraceObject(m_handle);

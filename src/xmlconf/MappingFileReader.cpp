@@ -1,3 +1,8 @@
+// Reading one alarm mapping file. TinyXML parses the whole document first, so a file that is not
+// well formed maps nothing. After that each mapping element stands for itself: one that is wrong
+// costs no other. Elements of other names, elements further down and other attributes are not
+// looked at.
+
 #include "xmlconf/MappingFileReader.h"
 
 #include <utility>
@@ -10,8 +15,9 @@ namespace dolq::xmlconf {
 
 namespace {
 
-/// Calls `onClass` for each class of a comma-separated list, blanks removed: "A, ,B" holds "A", ""
-/// and "B"; nothing follows a final comma; a list of blanks alone holds none.
+/// Calls `onClass` for each class of a comma-separated list without its blanks: "A, ,B" holds "A",
+/// "" and "B". Nothing follows a final comma, and a list of blanks alone holds no class. Only the
+/// space counts as a blank: a tab is part of a class.
 template <typename OnClass> void forEachClass(const char* classes, OnClass onClass) {
     std::string moClass;
     for (; *classes != '\0'; ++classes) {
@@ -35,6 +41,7 @@ void readMapping(const TiXmlElement& element, MappingFileObserverI& observer) {
         observer.onSkipped(element);
         return;
     }
+    // The same 32 bits: a file writes numbers from 2^31 on as negative ones.
     const auto storedFaultId = static_cast<std::uint32_t>(faultId);
     const auto storedMinorType = static_cast<std::uint32_t>(minorType);
     const char* const classes = element.Attribute(kMoClass);
