@@ -35,8 +35,7 @@ void checkUsed(Diagnosis& diagnosis, const std::vector<Mapping>& history,
     const std::string place = positionText(used.position);
     diagnosis.ok(kMapping, "alarm " + alarmText(used.minorType) + " at " + place);
     for (const Finding& each : findings) {
-        if (each.isAbout(used.faultId, used.moClass) &&
-            positionText(each.element->position) == place &&
+        if (each.element != nullptr && positionText(each.element->position) == place &&
             (each.severity() == Severity::Error || (!used.moClass.empty() && !each.other))) {
             diagnosis.warn(kMapping, positionText(each.position) + ": " + each.message(),
                            "it may be another alarm than what is meant", "correct the element");
