@@ -320,22 +320,26 @@ void MappingFileChecker::checkClass(const TiXmlAttribute& list, const std::strin
 
 std::vector<Finding> MappingFileChecker::findSimilarClasses() const {
     constexpr std::size_t kOften = 10;
-    constexpr std::size_t kShortest = 4;
-    constexpr std::size_t kLongest = 100; // the distance takes its square
+    std::vector<std::pair<std::string, Use>> rare;
+    std::vector<std::pair<std::string, Use>> often;
+    for (const auto& each : m_uses) {
+        const std::size_t size = each.first.size();
+        if (size >= 4 && size <= 100 && (each.second.count == 1 || each.second.count >= kOften)) {
+            (each.second.count == 1 ? rare : often).push_back(each);
+        }
+    }
     std::vector<Finding> findings;
-    for (const auto& [rare, use] : m_uses) {
-        const std::size_t most = rare.size() == kShortest ? 1 : 2; // letters that differ
-        const bool isRare = use.count == 1 && rare.size() >= kShortest && rare.size() <= kLongest;
-        const auto often =
-            std::find_if(m_uses.begin(), m_uses.end(), [&, &name = rare](auto& each) {
-                return isRare && each.second.count >= kOften && each.first.size() >= kShortest &&
-                       each.first.size() <= kLongest && distance(name, each.first) <= most;
-            });
-        if (often != m_uses.end()) {
-            findings.push_back(
-                {use.first,
-                 Rule::SimilarClass,
-                 {use.name, often->second.name, std::to_string(often->second.count)}});
+    for (const auto& [letters, use] : rare) {
+        for (const auto& [others, other] : often) {
+            const std::size_t longer = std::max(letters.size(), others.size());
+            const std::size_t most = letters.size() == 4 ? 1 : 2; // letters that differ
+            if (longer - std::min(letters.size(), others.size()) <= most &&
+                distance(letters, others) <= most) {
+                findings.push_back({use.first,
+                                    Rule::SimilarClass,
+                                    {use.name, other.name, std::to_string(other.count)}});
+                break;
+            }
         }
     }
     return findings;
