@@ -86,7 +86,6 @@ int send(const CeaseArguments& arguments, Notification expected, const std::stri
     const bool isTracedHere =
         std::getenv("RUXA_TRACE_GROUPS") == nullptr && std::getenv("RUXA_TRACE_SINK") == nullptr;
     setenv("RUXA_TRACE_GROUPS", "0,4", 0);
-    std::signal(SIGXFSZ, SIG_IGN); // a log at its limit is an answer of the service, too
     SharedObject library(kDolqLibrary);
     auto* const getFactory = library.function<FmiFactory*()>(kGetFactory);
     auto* const freeFactory = library.function<void()>("_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv");
