@@ -18,12 +18,6 @@ namespace {
 
 namespace v1 = ruxa::fm::dolq::v1;
 
-#ifdef __OPTIMIZE__
-constexpr int kManyAlarms = 1'000'000;
-#else
-constexpr int kManyAlarms = 100'000;
-#endif
-
 /// A tenth of the load is as much as a sanitizer does in the same time.
 constexpr int scaled(int count) { return kSanitized ? count / 10 : count; }
 
@@ -80,27 +74,6 @@ protected:
     const TemporaryFolder m_folder;
     const std::filesystem::path m_log = m_folder.path() / "log.jsonl";
 };
-
-TEST_F(LoadTest, MemoryStaysAsItIsOverManyAlarms) {
-    if (kSanitized) {
-        GTEST_SKIP() << "a sanitizer keeps freed memory";
-    }
-    setenv("RUXA_NTF_LOG", "/dev/null", 1);
-    EXPECT_EQ(statusAfter([] {
-                  Client client;
-                  for (int i = 0; i < 1000; ++i) {
-                      client.raise();
-                  }
-                  const long before = residentKiB();
-                  for (int i = 0; i < kManyAlarms; ++i) {
-                      client.raise();
-                  }
-                  const long after = residentKiB();
-                  std::printf("resident KiB: %ld before, %ld after\n", before, after);
-                  EXPECT_LE(after - before, 128);
-              }),
-              0);
-}
 
 TEST_F(LoadTest, MainReturnsWhileThreadsRaiseAlarms) {
     for (int run = 0; run < scaled(100) && !HasFailure(); ++run) {
