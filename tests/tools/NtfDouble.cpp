@@ -25,7 +25,6 @@ void setName(SaNameT& name, const std::string& text) {
 
 /// An alarm and the memory that its pointers lead to.
 struct Received {
-    SaNtfAlarmNotificationT alarm{};
     SaNtfEventTypeT eventType = SA_NTF_ALARM_EQUIPMENT;
     SaNameT object{};
     SaNameT notifyingObject{};
@@ -34,14 +33,14 @@ struct Received {
     SaNtfIdentifierT id = 0;
     SaNtfIdentifierT correlated[2] = {41, 42};
     char text[5] = {'W', 'a', 'r', 'm', 0};
-    SaNtfAdditionalInfoT info[2]{};
+    SaNtfAdditionalInfoT info[2] = {{7, SA_NTF_VALUE_STRING, {}}, {0, SA_NTF_VALUE_UINT32, {}}};
     SaNtfProbableCauseT cause = SA_NTF_ADAPTER_ERROR;
-    SaNtfSpecificProblemT problem{};
+    SaNtfSpecificProblemT problem{0, {}, SA_NTF_VALUE_DOUBLE, {}};
     SaNtfSeverityT severity{};
     SaNtfSeverityTrendT trend = SA_NTF_TREND_LESS_SEVERE;
     SaNtfThresholdInformationT threshold{};
-    SaNtfAttributeT attribute{};
-    SaNtfProposedRepairActionT action{};
+    SaNtfAttributeT attribute{0, SA_NTF_VALUE_STRING, {}};
+    SaNtfProposedRepairActionT action{0, SA_NTF_VALUE_BINARY, {}};
 } received, allocated;
 
 SaNameT filterName;
@@ -50,36 +49,23 @@ std::istringstream script;
 
 std::string filterText() { return {reinterpret_cast<char*>(filterName.value), filterName.length}; }
 
-void describe(Received& of, bool isFull) {
-    SaNtfAlarmNotificationT& alarm = of.alarm;
-    alarm.notificationHandle = 1;
-    SaNtfNotificationHeaderT& header = alarm.notificationHeader;
-    header.eventType = &of.eventType;
-    header.notificationObject = &of.object;
-    header.notifyingObject = &of.notifyingObject;
-    header.notificationClassId = &of.classId;
-    header.eventTime = &of.eventTime;
-    header.notificationId = &of.id;
-    header.correlatedNotifications = of.correlated;
-    header.additionalText = isFull ? of.text : nullptr;
-    header.additionalInfo = of.info;
-    header.numCorrelatedNotifications = isFull ? 2 : 0;
-    header.lengthAdditionalText = isFull ? sizeof(of.text) : 0;
-    header.numAdditionalInfo = isFull ? 2 : 0;
-    alarm.numSpecificProblems = alarm.numMonitoredAttributes = alarm.numProposedRepairActions =
-        isFull ? 1 : 0;
-    alarm.probableCause = &of.cause;
-    alarm.specificProblems = &of.problem;
-    alarm.perceivedSeverity = &of.severity;
-    alarm.trend = &of.trend;
-    alarm.thresholdInformation = &of.threshold;
-    alarm.monitoredAttributes = &of.attribute;
-    alarm.proposedRepairActions = &of.action;
-    of.info[0] = {7, SA_NTF_VALUE_STRING, {}};
-    of.info[1] = {0, SA_NTF_VALUE_UINT32, {}};
-    of.problem.problemType = SA_NTF_VALUE_DOUBLE;
-    of.attribute.attributeType = SA_NTF_VALUE_STRING;
-    of.action.actionValueType = SA_NTF_VALUE_BINARY;
+SaNtfAlarmNotificationT describe(Received& of, bool isFull) {
+    const SaUint16T one = isFull ? 1 : 0;
+    const SaUint16T two = isFull ? 2 : 0;
+    const SaUint16T length = isFull ? sizeof(of.text) : 0;
+    return {1,
+            {&of.eventType, &of.object, &of.notifyingObject, &of.classId, &of.eventTime, two,
+             length, two, &of.id, of.correlated, isFull ? of.text : nullptr, of.info},
+            one,
+            one,
+            one,
+            &of.cause,
+            &of.problem,
+            &of.severity,
+            &of.trend,
+            &of.threshold,
+            &of.attribute,
+            &of.action};
 }
 
 alignas(16) unsigned char packed[4096];
@@ -98,8 +84,7 @@ SaAisErrorT saNtfAlarmNotificationAllocate(SaNtfHandleT, SaNtfAlarmNotificationT
                                            SaUint16T, SaUint16T, SaUint16T, SaUint16T, SaUint16T,
                                            SaUint16T, SaInt16T) {
     if (chosen() == "real") {
-        describe(allocated, true);
-        *notification = allocated.alarm;
+        *notification = describe(allocated, true);
         return SA_AIS_OK;
     }
     SaNtfNotificationHeaderT& header = notification->notificationHeader;
@@ -161,8 +146,7 @@ SaAisErrorT saNtfNotificationReadNext(SaNtfReadHandleT, SaNtfSearchDirectionT,
         setName(received.object, object);
         setName(received.notifyingObject, "node-1");
         if (object.find(filterText()) != object.npos) {
-            describe(received, word == "full");
-            notification->notification.alarmNotification = received.alarm;
+            notification->notification.alarmNotification = describe(received, word == "full");
             return SA_AIS_OK;
         }
     }
