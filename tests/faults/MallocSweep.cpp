@@ -10,6 +10,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 
 #include <saNtf.h>
 #include <sys/wait.h>
@@ -156,9 +157,8 @@ int main() {
     long places = 0;
     long faults = 0;
     for (const Step& step : allSteps()) {
-        for (const int variant : {0, 1, 2, 3}) {
-            const bool warm = (variant & 1) != 0;
-            const bool lasting = (variant & 2) != 0;
+        for (const auto& [warm, lasting] :
+             {std::pair(false, false), {true, false}, {false, true}, {true, true}}) {
             for (long place = 1;; ++place) {
                 const pid_t child = fork();
                 if (child == 0) {

@@ -27,15 +27,16 @@ inline SaNtfHandleT initialize() {
     return handle;
 }
 
-/// An alarm that can be sent: text "text", two entries of additional information, one repair
-/// action.
-inline SaNtfAlarmNotificationT allocateAlarm(SaNtfHandleT handle) {
+/// An alarm that can be sent, with two entries of additional information and one repair action.
+inline SaNtfAlarmNotificationT allocateAlarm(SaNtfHandleT handle,
+                                             const std::string& object = "managedElement=1,board=3",
+                                             const std::string& text = "text") {
     SaNtfAlarmNotificationT alarm{};
-    EXPECT_EQ(saNtfAlarmNotificationAllocate(handle, &alarm, 0, sizeof "text", 2, 0, 0, 1, -1),
-              SA_AIS_OK);
+    const auto length = static_cast<SaUint16T>(text.size() + 1);
+    EXPECT_EQ(saNtfAlarmNotificationAllocate(handle, &alarm, 0, length, 2, 0, 0, 1, -1), SA_AIS_OK);
     *alarm.notificationHeader.eventType = SA_NTF_ALARM_NOTIFICATIONS_START;
-    setName(*alarm.notificationHeader.notificationObject, "managedElement=1,board=3");
-    std::strcpy(alarm.notificationHeader.additionalText, "text");
+    setName(*alarm.notificationHeader.notificationObject, object);
+    text.copy(alarm.notificationHeader.additionalText, text.size());
     *alarm.perceivedSeverity = SA_NTF_SEVERITY_CRITICAL;
     *alarm.probableCause = SA_NTF_UNSPECIFIED_REASON;
     return alarm;

@@ -135,39 +135,34 @@ TEST_F(Ntf, KeepsEachValueAndRefusesWhatIsNone) {
 TEST_F(Ntf, SendChecksTheFields) {
     using Alarm = SaNtfAlarmNotificationT;
     using Header = SaNtfNotificationHeaderT;
-    const struct {
-        bool good;
-        void (*change)(Alarm&, Header&);
-    } rows[] = {
-        {true, [](Alarm&, Header& header) { header.notificationObject->length = 0; }},
-        {true, [](Alarm&, Header& header) { header.notificationObject->length = 599; }},
-        {false, [](Alarm&, Header& header) { header.notificationObject->length = 600; }},
-        {false, [](Alarm&, Header& header) { header.notifyingObject->length = 65535; }},
-        {false, [](Alarm&, Header& header) { header.additionalText[3] = '\0'; }},
-        {false, [](Alarm&, Header& header) { header.additionalText[4] = '!'; }},
-        {false, [](Alarm&, Header& header) { setCode(*header.eventType, 0x3fff); }},
-        {true, [](Alarm&, Header& header) { setCode(*header.eventType, 0x4005); }},
-        {false, [](Alarm&, Header& header) { setCode(*header.eventType, 0x4006); }},
-        {true, [](Alarm& alarm, Header&) { setCode(*alarm.probableCause, 0); }},
-        {false, [](Alarm& alarm, Header&) { setCode(*alarm.probableCause, 75); }},
-        {true, [](Alarm& alarm, Header&) { setCode(*alarm.perceivedSeverity, 0); }},
-        {false, [](Alarm& alarm, Header&) { setCode(*alarm.perceivedSeverity, 6); }},
-        {true, [](Alarm& alarm, Header&) { setCode(*alarm.trend, 2); }},
-        {false, [](Alarm& alarm, Header&) { setCode(*alarm.trend, 3); }},
-        {true, [](Alarm&, Header& header) { setCode(header.additionalInfo[1].infoType, 14); }},
-        {false, [](Alarm&, Header& header) { setCode(header.additionalInfo[1].infoType, 15); }},
-        {false, [](Alarm& of, Header&) { setCode(of.proposedRepairActions->actionValueType, 15); }},
+    void (*const mistakes[])(Alarm&, Header&) = {
+        [](Alarm&, Header& header) { header.notificationObject->length = 600; },
+        [](Alarm&, Header& header) { header.notifyingObject->length = 65535; },
+        [](Alarm&, Header& header) { header.additionalText[3] = '\0'; },
+        [](Alarm&, Header& header) { header.additionalText[4] = '!'; },
+        [](Alarm&, Header& header) { setCode(*header.eventType, 0x3fff); },
+        [](Alarm&, Header& header) { setCode(*header.eventType, 0x4006); },
+        [](Alarm& alarm, Header&) { setCode(*alarm.probableCause, 75); },
+        [](Alarm& alarm, Header&) { setCode(*alarm.perceivedSeverity, 6); },
+        [](Alarm& alarm, Header&) { setCode(*alarm.trend, 3); },
+        [](Alarm&, Header& header) { setCode(header.additionalInfo[1].infoType, 15); },
+        [](Alarm& alarm, Header&) { setCode(alarm.proposedRepairActions->actionValueType, 15); },
     };
-    std::size_t lines = 0;
-    for (const auto& row : rows) {
+    for (const auto& mistake : mistakes) {
         auto alarm = allocateAlarm(m_handle);
-        row.change(alarm, alarm.notificationHeader);
-        EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle),
-                  row.good ? SA_AIS_OK : SA_AIS_ERR_INVALID_PARAM)
-            << "row " << &row - rows;
-        lines += row.good ? 1 : 0;
-        EXPECT_EQ(logLines().size(), lines);
+        mistake(alarm, alarm.notificationHeader);
+        EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_ERR_INVALID_PARAM)
+            << "row " << &mistake - mistakes;
     }
+    EXPECT_EQ(logLines().size(), 0u);
+    const auto alarm = allocateAlarm(m_handle, ""); // and each at its bound
+    alarm.notificationHeader.notifyingObject->length = 599;
+    setCode(*alarm.notificationHeader.eventType, 0x4005);
+    setCode(*alarm.probableCause, 0);
+    setCode(*alarm.perceivedSeverity, 0);
+    setCode(*alarm.trend, 2);
+    setCode(alarm.notificationHeader.additionalInfo[1].infoType, 14);
+    EXPECT_EQ(saNtfNotificationSend(alarm.notificationHandle), SA_AIS_OK);
 }
 
 // --- the notification log ---
@@ -213,17 +208,6 @@ TEST_F(Ntf, TakesTheLogsPathFromTheEnvironment) {
         const ScopedEnvironment stateHome("XDG_STATE_HOME", row.stateHome.c_str());
         const ScopedEnvironment home("HOME", row.home);
         EXPECT_EQ(platform::ntf::notificationLogPath(), row.path);
-        if (row.path.empty()) { // no place for a log, no session
-            testing::internal::CaptureStderr();
-            for (int i = 0; i < 2; ++i) {
-                SaNtfHandleT handle = 0;
-                SaVersionT version = {'A', 1, 1};
-                EXPECT_EQ(saNtfInitialize(&handle, nullptr, &version), SA_AIS_ERR_LIBRARY);
-            }
-            const std::string said = testing::internal::GetCapturedStderr();
-            EXPECT_EQ(said.find("ruxa-ntf: no alarm can be sent: set RUXA_NTF_LOG"), 0u);
-            EXPECT_EQ(said.find('\n'), said.size() - 1);
-        }
     }
     EXPECT_EQ(sendTo(folder + "/ruxa/notifications.jsonl"), SA_AIS_OK);
     EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all);

@@ -64,9 +64,9 @@ bool succeeds(const std::function<bool()>& program) {
 }
 
 // The lines without time and process id, and with "thread" for the id of any thread but the first.
-std::string plain(std::istream&& output) {
+std::string plain(const fs::path& output) {
     std::string text;
-    for (std::string line; std::getline(output, line);) {
+    for (std::string line : linesOf(output)) {
         static const std::regex start(
             "^[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{6}Z ([0-9]+) ([0-9]+) ");
         std::smatch ids;
@@ -94,7 +94,7 @@ std::string errorsOf(const Environment& environment, const std::function<bool()>
         }
         return program();
     }));
-    return plain(std::ifstream(errors));
+    return plain(errors);
 }
 
 bool trace(const char* text, void* object = nullptr, TraceGroup::e group = TraceGroup::FAILURE) {
@@ -117,7 +117,7 @@ protected:
     const fs::path& folder = temporary.path();
     const fs::path file = folder / "trace";
     const Environment sink = {{kSink, "file:" + file.string()}};
-    std::string traces() const { return plain(std::ifstream(file)); }
+    std::string traces() const { return plain(file); }
 };
 
 TEST_F(TraceFile, HoldsOneLineAMessageWithAllFields) {
@@ -226,11 +226,10 @@ TEST_F(TraceFile, SettingsAreUsedOrReportedOnce) {
     };
     for (const auto& [variable, value, reason, recorded] : rows) {
         const std::string used = variable == kSink ? "stderr" : "group 0";
-        std::string expected = "ruxa-trace: " + std::string(variable) + "=\"" + value +
-                               "\" is not used: " + reason + ". Tracing uses " + used +
-                               " instead.\n";
-        if (reason.empty()) {
-            expected.clear();
+        std::string expected;
+        if (!reason.empty()) {
+            expected = "ruxa-trace: " + std::string(variable) + "=\"" + value +
+                       "\" is not used: " + reason + ". Tracing uses " + used + " instead.\n";
         }
         for (const char number : recorded) {
             expected += std::string("(unregistered) ") + number + " unit:7 on\n";
