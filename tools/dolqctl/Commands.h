@@ -56,7 +56,7 @@ int runCheck(const CheckArguments& arguments);
 
 /// How a diagnosis is made and printed.
 struct ReportArguments {
-    std::string pid;    ///< of the running program that is judged, if any
+    std::string pid;    ///< of the running program to look at, if any
     std::string source; ///< what `takeOnVariables` said
     bool all = false;   ///< a line also for each thing that is in order
     bool json = false;

@@ -16,7 +16,7 @@ constexpr std::size_t kMostNamed = 8; // of the load modules that there are
 
 std::string orEmpty(const char* text) { return text != nullptr ? text : ""; }
 
-/// Takes its mapping files, and the tags that were hardly meant as they are written.
+/// Adds its mapping files, and a problem for each tag that is nearly the right one.
 void addFiles(const Velk_lm& module, Discovery& discovery) {
     for (std::size_t i = 0; i < module.fileCount; ++i) {
         const std::string tag = orEmpty(module.files[i].tag);

@@ -49,7 +49,7 @@ struct MappingElement {
 };
 
 /// An error is a mapping that is lost or is not what is written, a warning something that works but
-/// was hardly meant.
+/// is probably unintended.
 enum class Severity { Warning, Error };
 
 /// What can be found (check/Rules.h), and what is said of it.

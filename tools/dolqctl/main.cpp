@@ -90,10 +90,10 @@ void addReport(CLI::App& command, ReportArguments& arguments) {
                 arguments.pid = pid;
                 arguments.source = takeOnVariables(pid);
             },
-            "Judge with the variables of a running program")
+            "Use the variables of a running program")
         ->type_name("PID")
         ->trigger_on_parse(); // before other options take their values from variables
-    command.add_flag("--all", arguments.all, "A line also for each check that is in order");
+    command.add_flag("--all", arguments.all, "Show each check that is in order on its own line");
     addJson(command, arguments.json);
 }
 
@@ -103,10 +103,10 @@ int exitCode = kFine;
 void addMappings(CLI::App& program) {
     static MappingsArguments arguments;
     CLI::App& command =
-        *program.add_subcommand("mappings", "Show which mappings programs get, and from where");
+        *program.add_subcommand("mappings", "List the mappings of a load module and their files");
     addIdentity(command, arguments.identity);
     addValue(command, "--alarm", "MAJOR/MINOR", arguments.alarm,
-             "Only the mappings to this alarm, e.g. 2/17");
+             "Show only mappings to this alarm, e.g. 2/17");
     addJson(command, arguments.json);
     command.footer(
         R"(Exit code 1: not all load modules, files or mappings could be read.
@@ -128,17 +128,16 @@ void addCheck(CLI::App& program) {
         ->excludes(files);
     addIdentity(command, arguments.identity);
     addValue(command, "--faults", "FILE.tsv", arguments.faults,
-             "Faults that must be mapped, an id and a class a line");
-    addValue(command, "--allow", "RULE", arguments.allowed,
-             "Leave out the findings of a rule; repeatable");
-    command.add_flag("--strict", arguments.strict, "Exit with 1 also for warnings");
+             "Faults that must be mapped: an id and a class per line");
+    addValue(command, "--allow", "RULE", arguments.allowed, "Do not report this rule; repeatable");
+    command.add_flag("--strict", arguments.strict, "Exit with 1 for warnings too");
     addJson(command, arguments.json);
     command.footer(
-        R"(Each finding is FILE:LINE:COLUMN: SEVERITY: MESSAGE [RULE]. An error is a
-mapping that is lost or not what is written, a warning what was hardly meant. Of
-one rule and file ten are shown. Files are read one on top of the other, as
-those of a load module are; those that a manifest names are read, too, each for
-its own load module.
+        R"(Each finding is FILE:LINE:COLUMN: SEVERITY: MESSAGE [RULE]. An error
+means that a mapping is lost or is not what is written; a warning, that it is
+probably unintended. At most ten findings per rule and file are shown. Later
+files override earlier ones, as within a load module. The mapping files that a
+manifest names are checked too, those of each load module apart.
 
 Example, in the source or in the folder of the installed documents:
   dolqctl check --allow override examples/loadmodules/alarm-client/*.xml)");
@@ -148,16 +147,17 @@ Example, in the source or in the folder of the installed documents:
 void addExplain(CLI::App& program) {
     static ExplainArguments arguments;
     CLI::App& command =
-        *program.add_subcommand("explain", "Tell whether a fault raises an alarm, or why not");
+        *program.add_subcommand("explain", "Say whether a fault raises an alarm, or why not");
     addFaultAndObject(command, arguments.faultId, arguments.object);
     addIdentity(command, arguments.identity);
     command.add_flag("--identity-given", arguments.identityGiven,
                      "Each alarm names its system and compute node");
     addReport(command, arguments);
     command.footer(
-        R"(The last line says whether a raise would go out. The same goes for a cease, but
-it needs no system, computer or event. Opens a session with the notification
-service as 'doctor' does; sends nothing. Exit code 0: it would, without a "but".
+        R"(The last line says whether a raise would be sent. A cease has the same needs,
+except for a system, a computer and an event. Opens a session with the
+notification service, as 'doctor' does, and sends nothing. Exit code 0: a raise
+would be sent, without a "but".
 
 Example:
   dolqctl explain --product CXC1370001 --revision R1A \
@@ -171,13 +171,13 @@ void addRaise(CLI::App& program) {
     addFaultAndObject(command, arguments.faultId, arguments.object);
     addIdentity(command, arguments.identity);
     addChoice(command, "--severity", common::kClientSeverityNames, arguments.severity,
-              "How severe it is")
+              "Perceived severity")
         ->required();
     addValue(command, "--text", "TEXT", arguments.text, "Additional text");
     addValue(command, "--info", "TEXT", arguments.info,
              "An entry of additional information; repeatable");
     addChoice(command, "--program-group", common::kProgramGroupNames, arguments.programGroup,
-              "The program group that it concerns");
+              "Program group");
     CLI::Option* const eventIds = addValue(command, "--event-id", "ID", arguments.eventIds,
                                            "The event that caused it; repeatable")
                                       ->check(problemOfNumber);
@@ -188,8 +188,10 @@ void addRaise(CLI::App& program) {
              "The reporting system, in place of SYSTEM_UUID");
     addValue(command, "--compute-name", "NAME", arguments.computeName,
              "The reporting computer, in place of COMPUTE_NAME");
-    command.footer(R"(One event makes a primary alarm, as does none; several make a secondary one.
-Without RUXA_TRACE_GROUPS, the traces of groups 0 (failures) and 4 (calls) show.
+    command.footer(
+        R"(With one event or none the alarm is a primary one, with several a secondary one.
+Shows the traces of groups 0 (failures) and 4 (calls) unless RUXA_TRACE_GROUPS
+chooses others.
 
 Example:
   dolqctl raise --object managedElement=1,Board=3 --fault 4101 \
@@ -202,7 +204,7 @@ void addCease(CLI::App& program) {
     CLI::App& command = *program.add_subcommand("cease", "Cease an alarm through the library");
     addFaultAndObject(command, arguments.faultId, arguments.object);
     addIdentity(command, arguments.identity);
-    command.footer(R"(Whether such an alarm is active is not looked at.
+    command.footer(R"(Sends the cease whether or not such an alarm is active.
 
 Example:
   dolqctl cease --object managedElement=1,Board=3 --fault 4101)");
@@ -221,29 +223,29 @@ std::string toSeconds(std::string& text) {
 void addAlarms(CLI::App& program) {
     static AlarmsArguments arguments;
     CLI::App& command = *program.add_subcommand("alarms", "List the active alarms");
-    command.add_flag("--history", arguments.history,
-                     "Also the alarms that were ceased; the latest first");
+    command.add_flag("--history", arguments.history, "Show ceased alarms too, the latest first");
     addChoice(command, "--severity", common::kSeverityNames, arguments.severity,
-              "Only these and worse ones");
+              "Show only this severity and worse");
     addValue(command, "--object", "DN", arguments.object,
-             "Only this notification object and those below it");
+             "Show only this notification object and those below");
     addValue(command, "--vendor", "ID", arguments.vendor,
-             "Only those of this vendor's notification classes")
+             "Show only notification classes of this vendor")
         ->check(problemOfNumber);
     addValue(command, "--since", "AGO", arguments.since,
-             "Only those raised or ceased since, e.g. 90s or 2d")
+             "Show only those changed since, e.g. 90s or 2d ago")
         ->transform(CLI::Validator(toSeconds, ""));
-    addValue(command, "--limit", "N", arguments.limit, "Only the first so many of the list")
+    addValue(command, "--limit", "N", arguments.limit, "Show at most N alarms")
         ->check(problemOfNumber);
-    command.add_flag("--long", arguments.isLong, "All that an alarm says");
+    command.add_flag("--long", arguments.isLong, "Show all fields");
     addJson(command, arguments.json);
     command.footer(
-        R"(Notifications of one object and one notification class are one alarm: the latest
-raise says what it is, and a cease ends it. AGE is how long it has been active,
-or was; times are local. A time before 2000 or in the future is unknown, "-",
-and later than any AGO (90s, 10m, 6h, 2d). ALARM names the vendor id where it is
-not the library's: 18568:3/1. The embedded service reads the log RUXA_NTF_LOG,
-or else ruxa/notifications.jsonl in XDG_STATE_HOME or ~/.local/state.
+        R"(All notifications with the same object and notification class are one alarm. The
+latest raise gives its severity and texts; a cease ends it. AGE is the time for
+which it has been or was active. Times are local; one before 2000 or in the
+future is shown as "-", and --since keeps it. --since takes 90s, 10m, 6h or 2d.
+ALARM includes the vendor id where it is not the library's: 18568:3/1. The
+embedded service reads the log RUXA_NTF_LOG, else ruxa/notifications.jsonl in
+XDG_STATE_HOME or ~/.local/state.
 
 Examples:
   dolqctl alarms --severity major --object managedElement=1 --since 2h
@@ -254,11 +256,11 @@ Examples:
 void addDoctor(CLI::App& program) {
     static ReportArguments arguments;
     CLI::App& command =
-        *program.add_subcommand("doctor", "Check the surroundings that an alarm needs");
+        *program.add_subcommand("doctor", "Check what a program needs for its alarms");
     addReport(command, arguments);
     command.footer(
-        R"(Opens a session with the notification service and has a notification allocated,
-but sends none. What is not in order comes last; notes are what cannot be known
+        R"(Opens a session with the notification service and allocates a notification, but
+sends none. What is not in order comes last; a note says what cannot be known
 from here. Exit code 1: a check failed; 2: the service did not answer.
 
 Example:
@@ -294,8 +296,7 @@ void parse(CLI::App& program, int argc, char** argv) {
 int run(int argc, char** argv) {
     // Widths are those of UTF-8 whatever the user's locale; white space stays that of ASCII.
     std::setlocale(LC_CTYPE, "C.UTF-8");
-    CLI::App program("Sees, checks and drives the alarms of the fault-management library.",
-                     "dolqctl");
+    CLI::App program("Inspects, checks, raises and ceases alarms.", "dolqctl");
     program.get_formatter()->column_width(26); // so that help texts fit beside it
     program.option_defaults()->disable_flag_override();
     program.add_flag_callback("-V,--version", printVersion,
