@@ -41,7 +41,7 @@ void refuseWrongRules(const std::vector<std::string>& allowed) {
 
 /// The path of an unnamed file that holds the standard input: the reader takes regular files only.
 std::string keptStandardInput() {
-    const std::string path = "/proc/self/fd/" + std::to_string(memfd_create("", MFD_CLOEXEC));
+    std::string path = "/proc/self/fd/" + std::to_string(memfd_create("", MFD_CLOEXEC));
     std::ofstream(path, std::ios::binary) << std::cin.rdbuf();
     return path;
 }
