@@ -12,6 +12,7 @@ template <typename... Conditions> constexpr bool all(Conditions... conditions) {
 }
 
 template <std::size_t Size, typename... Types> constexpr bool haveSize() {
+    // NOLINTNEXTLINE(misc-redundant-expression): names of one type are listed side by side
     return ((sizeof(Types) == Size && alignof(Types) == Size) && ...);
 }
 

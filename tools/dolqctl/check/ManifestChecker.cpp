@@ -29,7 +29,7 @@ std::vector<std::string> MappingFileChecker::checkElement(const TiXmlElement& el
             std::all_of(value.begin(), value.end(), [](char c) { return c > ' ' && c <= '~'; });
         if (name != "name" && (attribute == nullptr || (value.empty() && !isNumber))) {
             add(Rule::NotLoaded, element, {"'" + name + "' is missing or empty"});
-        } else if (isNumber && (value.empty() || !isPlain)) {
+        } else if (attribute != nullptr && isNumber && (value.empty() || !isPlain)) {
             add(Rule::OddNumber, *attribute, {name, value});
         }
     }

@@ -60,6 +60,7 @@ Look lookOf(const std::string& text) {
         if (length == 0 || length > text.size()) {
             return {false, 0, 0, {text.begin(), text.end()}};
         }
+        // NOLINTNEXTLINE(bugprone-signed-char-misuse): a wchar_t is no char
         const auto character = static_cast<wint_t>(c);
         const bool isUnseen = std::iswspace(character) != 0 || std::iswcntrl(character) != 0 ||
                               c == 0xA0 || c == 0xAD || (c >= 0x2000 && c < 0x2070) ||
