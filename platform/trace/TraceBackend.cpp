@@ -2,31 +2,27 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdint>
-#include <cstdio>
-#include <ctime>
 #include <mutex>
 #include <new>
-#include <system_error>
 #include <unordered_map>
 
 #include <pthread.h>
 #include <ruxa/trace/v2/TraceBackend.h>
 #include <syslog.h>
-#include <unistd.h>
 
 #include "common/Environment.h"
 #include "common/Escape.h"
-#include "common/FormatTime.h"
 #include "common/TraceGroups.h"
 #include "common/Undisturbed.h"
 #include "platform/trace/Sink.h"
-#include "platform/trace/ThreadText.h"
+#include "platform/trace/TraceText.h"
 
 namespace ruxa::trace::v2 {
 
 namespace {
 
 using common::Undisturbed;
+using platform::trace::lineOf;
 using platform::trace::Sink;
 
 constexpr char kGroupsVariable[] = "RUXA_TRACE_GROUPS";
@@ -120,15 +116,6 @@ std::string nameOf(Backend& own, void* traceObject) {
     return object != own.objects.end() ? object->second : "(unregistered)";
 }
 
-std::string lineOf(const std::string& object, TraceGroup::e group, const std::string& origin,
-                   const std::string& text) {
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    return common::formatTime(now.tv_sec * 1'000'000'000 + now.tv_nsec) + " " +
-           std::to_string(getpid()) + " " + std::to_string(gettid()) + " " + object + " " +
-           std::to_string(group) + " " + origin + " " + text;
-}
-
 /// Only syslog tells its receivers how grave a message is.
 int priorityOf(TraceGroup::e group) {
     switch (group) {
@@ -160,22 +147,6 @@ void record(Backend& own, const std::string& object, TraceGroup::e group, const 
         !own.sink.write(priorityOf(group), lineOf(object, group, origin, text))) {
         ++untold.count;
     }
-}
-
-[[gnu::format(printf, 1, 0)]] std::string formatted(const char* format, std::va_list arguments) {
-    std::va_list measured;
-    va_copy(measured, arguments);
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_copy, which it misses, sets it.
-    const int length = std::vsnprintf(nullptr, 0, format, measured);
-    const int error = errno;
-    va_end(measured);
-    if (length < 0) {
-        return std::string("(cannot format \"") + format +
-               "\": " + std::generic_category().message(error) + ")";
-    }
-    std::string text(static_cast<std::size_t>(length), '\0');
-    std::vsnprintf(text.data(), text.size() + 1, format, arguments);
-    return text;
 }
 
 } // namespace
@@ -220,8 +191,7 @@ const char* TraceBackend::formatStr(const char* format, ...) {
     va_start(arguments, format);
     const char* text = "(no memory for the text)";
     try {
-        // Made before the previous text goes, which may be among the arguments.
-        text = (platform::trace::threadText() = formatted(format, arguments)).c_str();
+        text = platform::trace::formatted(format, arguments);
     } catch (const std::bad_alloc&) {
         // `text` says it.
     }
