@@ -147,10 +147,12 @@ void MappingXmlConfigurator::configureFrom(
 }
 
 std::string MappingXmlConfigurator::getProductNumber() const {
-    return common::environment("ZBN_NO");
+    return common::environment(common::kProductNumberVariable);
 }
 
-std::string MappingXmlConfigurator::getRevision() const { return common::environment("ZBN_REV"); }
+std::string MappingXmlConfigurator::getRevision() const {
+    return common::environment(common::kRevisionVariable);
+}
 
 std::vector<std::string>
 MappingXmlConfigurator::findAllMappingFiles(const std::string& productNumber,
