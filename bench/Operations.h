@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <saNtf.h>
@@ -30,5 +31,9 @@ std::unique_ptr<FaultManagementI> makeAdapter(std::uint32_t mappings = 50);
 
 /// A session of the direct client.
 SaNtfHandleT openSession();
+
+/// Makes this program a load module with one mapping file, which it returns: `entries` mappings of
+/// the class "board", each of a fault of its own. Both files lie in VELK_MANIFEST_DIR.
+std::string makeLoadModule(int entries);
 
 } // namespace bench
