@@ -19,13 +19,11 @@ constexpr const char* kNames[] = {"ok", "note", "warning", "failed"}; // of each
 const char* nameOf(Status status) { return kNames[static_cast<std::size_t>(status)]; }
 
 void print(const Observation& observation) {
-    const std::string indent(9, ' ');
     const auto& [check, status, finding, meaning, advice] = observation;
     std::cout << std::left << std::setw(9) << nameOf(status);
-    printWrapped(check + ": " + finding + (meaning.empty() ? "" : ": " + meaning), indent);
+    printLine(check + ": " + finding + (meaning.empty() ? "" : ": " + meaning));
     if (!advice.empty()) {
-        std::cout << indent;
-        printWrapped("-> " + advice, indent);
+        printLine("         -> " + advice);
     }
 }
 
@@ -53,7 +51,7 @@ void Diagnosis::print(const ReportArguments& arguments, const std::string& verdi
         return;
     }
     if (!arguments.source.empty()) {
-        printWrapped(arguments.source, "  ");
+        printLine(arguments.source);
     }
     std::vector<std::string> inOrder;
     for (const Observation& each : m_observations) {
@@ -62,7 +60,7 @@ void Diagnosis::print(const ReportArguments& arguments, const std::string& verdi
         }
     }
     if (!arguments.all && !inOrder.empty()) {
-        printWrapped(counted(inOrder.size(), "check") + " in order: " + joined(inOrder), "  ");
+        printLine(counted(inOrder.size(), "check") + " in order: " + joined(inOrder));
     }
     for (const Observation& each : m_observations) {
         if (arguments.all || each.status != Status::Ok) {
@@ -70,7 +68,7 @@ void Diagnosis::print(const ReportArguments& arguments, const std::string& verdi
         }
     }
     printLine();
-    printWrapped(verdict, "  ");
+    printLine(verdict);
 }
 
 } // namespace dolqctl

@@ -15,17 +15,13 @@ namespace dolqctl {
 
 /// What a command answers, on standard output.
 void printLine(std::string_view text = {});
-/// In lines that a terminal has room for, all but the first indented; whole for scripts.
-void printWrapped(std::string_view text, const std::string& indent = {});
-/// Columns under headings, two blanks apart: numbers and what stands above them to the right, "-"
-/// for nothing. Where a terminal has no room, the beginnings of the last column's texts are left
-/// out.
+/// Columns under headings, "-" for nothing. Meant for ASCII: other characters shift what follows.
 void printTable(std::vector<std::vector<std::string>> rows);
 /// Indented, in ASCII: other characters are escaped. Bytes that are not UTF-8 become U+FFFD.
 void printJson(const nlohmann::ordered_json& json);
 
-/// "dolqctl: <text>" on standard error, behind what was printed before, wrapped for a terminal.
-void tell(const std::string& text);
+/// "dolqctl: <text>" on standard error, behind what was printed before.
+void tell(std::string_view text);
 
 /// In quotes also when it is empty.
 std::string inQuotes(std::string_view text);

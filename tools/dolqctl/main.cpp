@@ -26,8 +26,7 @@ void printVersion() {
     printLine("dolqctl " DOLQCTL_VERSION);
     for (const auto& [name, soname] : kParts) {
         const SharedObject part(soname);
-        printWrapped(std::string(name) + ": " + (part.isLoaded() ? part.file() : part.error()),
-                     "  ");
+        printLine(std::string(name) + ": " + (part.isLoaded() ? part.file() : part.error()));
     }
     throw CLI::Success();
 }
@@ -294,7 +293,7 @@ void parse(CLI::App& program, int argc, char** argv) {
 }
 
 int run(int argc, char** argv) {
-    // Widths are those of UTF-8 whatever the user's locale; white space stays that of ASCII.
+    // Characters are those of UTF-8 whatever the user's locale; white space stays that of ASCII.
     std::setlocale(LC_CTYPE, "C.UTF-8");
     CLI::App program("Inspects, checks, raises and ceases alarms.", "dolqctl");
     program.get_formatter()->column_width(26); // so that help texts fit beside it

@@ -190,10 +190,7 @@ void printList(const std::vector<Alarm>& alarms) {
 }
 
 void printLong(const std::vector<Alarm>& alarms) {
-    const auto below = [](const std::string& text) {
-        std::cout << "    ";
-        printWrapped(text, "        ");
-    };
+    const auto below = [](const std::string& text) { printLine("    " + text); };
     const auto shown = [](const Json& field) {
         const bool isValue = field.is_object();
         const Json& content = isValue ? field["value"] : field;
@@ -204,7 +201,7 @@ void printLong(const std::vector<Alarm>& alarms) {
                (isValue && field["id"] != 0 ? " (id " + field["id"].dump() + ')' : "");
     };
     for (const Alarm& alarm : alarms) {
-        printWrapped(severityOf(alarm) + ' ' + idOf(alarm) + " on " + alarm.raised.object, "    ");
+        printLine(severityOf(alarm) + ' ' + idOf(alarm) + " on " + alarm.raised.object);
         below("active for: " + ageOf(alarm) +
               (alarm.isCeased ? ", until " + timeText(alarm.endTime) : ""));
         below("raised: " + counted(alarm.timesRaised, "time") + ", first " +
@@ -288,15 +285,13 @@ int runAlarms(const AlarmsArguments& arguments) {
         arguments.isLong ? printLong(alarms) : printList(alarms);
         printLine();
     }
-    printWrapped(summary, "  ");
-    printWrapped("The service gave " + counted(list.notifications, "notification") + of +
-                     (list.since ? " since " + timeText(list.since) : ""),
-                 "  ");
+    printLine(summary);
+    printLine("The service gave " + counted(list.notifications, "notification") + of +
+              (list.since ? " since " + timeText(list.since) : ""));
     if (list.notifications == 0 && object.empty()) {
-        printWrapped(
-            "A cluster's service forgets them when it restarts; the embedded one reads the log of "
-            "RUXA_NTF_LOG, or of this user.",
-            "  ");
+        printLine(
+            "A cluster's service forgets them when it restarts; the embedded one reads the log "
+            "of RUXA_NTF_LOG, or of this user.");
     }
     return kFine;
 }

@@ -45,8 +45,8 @@ std::string likenessOf(const Notification& notification) {
 
 /// Prints what became of the alarm and what to do next.
 int conclude(int exitCode, const std::string& text, const std::string& next) {
-    printWrapped(text, "  ");
-    printWrapped("Next: " + next, "  ");
+    printLine(text);
+    printLine("Next: " + next);
     if (!std::cout.flush()) {
         tell(text);
     }

@@ -116,9 +116,8 @@ void print(const Finding& finding) {
     const bool isError = finding.severity() == Severity::Error;
     const std::string more =
         finding.more > 0 ? " (and " + std::to_string(finding.more) + " more)" : "";
-    printWrapped(positionText(finding.position) + (isError ? ": error: " : ": warning: ") +
-                     finding.message() + more + " [" + finding.name() + ']',
-                 "    ");
+    printLine(positionText(finding.position) + (isError ? ": error: " : ": warning: ") +
+              finding.message() + more + " [" + finding.name() + ']');
 }
 
 } // namespace

@@ -49,8 +49,8 @@ int runDoctor(const ReportArguments& arguments) {
                                : !worst.empty() ? "No check failed, but: " + worst
                                                 : "No check failed");
     if (!arguments.json) {
-        printWrapped("Not tried: sending. 'dolqctl raise …' sends an alarm and looks whether it "
-                     "arrived.");
+        printLine("Not tried: sending. 'dolqctl raise …' sends an alarm and looks whether it "
+                  "arrived.");
     }
     return !isAnswered ? kError : failures > 0 ? kFindings : kFine;
 }
