@@ -32,9 +32,6 @@ constexpr SaUint32T kVendorId = RUXA_DOLQ_VENDOR_ID;
 constexpr SaNtfElementIdT kThresholdId = 255; // by which receivers know that there is no threshold
 // For services that neither set the event time when they allocate nor when they send.
 constexpr bool kSetsEventTime = RUXA_DOLQ_EVENT_TIME_UNKNOWN != 0;
-/// Tells how the library was built: strings(1) shows it.
-[[gnu::used]] constexpr const char* kEventTimeOption =
-    kSetsEventTime ? "RUXA_DOLQ_EVENT_TIME_UNKNOWN=1" : "RUXA_DOLQ_EVENT_TIME_UNKNOWN=0";
 constexpr useconds_t kRetryDelayUs = 100000; // microseconds
 
 /// Repeats `call` while the service is too busy to answer it, without end. A thread is cancelled in
