@@ -9,14 +9,14 @@ namespace {
 class Api final : public CorrelationApi {
 public:
     bool getDerivedCorrelationUUID(std::uint32_t eventId, std::string& correlationUUID) override {
-        platform().record("getDerivedCorrelationUUID " + std::to_string(eventId) +
-                          (correlationUUID.empty() ? "" : " into a used string"));
+        platform().record("getDerivedCorrelationUUID " + std::to_string(eventId));
         if (platform().underivableEvents.count(eventId) != 0) {
             correlationUUID = platform().leftByFailedDerivation;
             return false;
         }
-        const bool empty = platform().eventsWithEmptyUUID.count(eventId) != 0;
-        correlationUUID = empty ? "" : "uuid-" + std::to_string(eventId);
+        if (platform().eventsWithEmptyUUID.count(eventId) == 0) { // it is the caller's
+            correlationUUID = "uuid-" + std::to_string(eventId);
+        }
         return true;
     }
 };

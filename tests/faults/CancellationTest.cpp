@@ -11,14 +11,7 @@
 
 namespace {
 
-struct Cancellation {
-    const char* name;
-    const char* where; // the function of the platform in which the thread is cancelled
-    const char* busy;  // the call that the service is first too busy for
-    std::size_t sent;
-};
-
-class CancellationTest : public LibraryTest, public testing::WithParamInterface<Cancellation> {
+class CancellationTest : public LibraryTest {
 protected:
     void SetUp() override {
 #ifdef __SANITIZE_ADDRESS__
@@ -29,17 +22,11 @@ protected:
 };
 
 /// Whether a thread of its own that does `work` is cancelled, if only behind it.
-bool isCancelledIn(std::function<void()> work) {
-    const auto run = [](void* argument) -> void* {
-        (*static_cast<std::function<void()>*>(argument))();
-        pthread_testcancel(); // the application's own next one
-        return nullptr;
-    };
-    pthread_t thread{};
-    EXPECT_EQ(pthread_create(&thread, nullptr, run, &work), 0);
-    void* result = nullptr;
-    EXPECT_EQ(pthread_join(thread, &result), 0);
-    return result == PTHREAD_CANCELED;
+bool isCancelledIn(const std::function<void()>& work) {
+    return onStackOf(1024, [&work] {
+               work();
+               pthread_testcancel(); // the application's own next one
+           }) == PTHREAD_CANCELED;
 }
 
 void cancelHere() {
@@ -47,25 +34,48 @@ void cancelHere() {
     pthread_testcancel();
 }
 
-TEST_P(CancellationTest, EndsTheThreadAndGivesEverythingBack) {
+TEST_F(CancellationTest, EndsTheThreadAndGivesEverythingBack) {
+    const struct {
+        const char* where; // the function of the platform in which the thread is cancelled
+        const char* busy;  // the call that the service is first too busy for
+        std::size_t sent;
+    } rows[] = {
+        {"usleep", "initialize", 0},
+        {"usleep", "allocate", 0},
+        {"usleep", "value", 0},
+        {"usleep", "send", 0},
+        {"usleep", "free", 1},
+        {"usleep", "finalize", 1},
+        {"initialize", "", 1},
+        {"allocate", "", 1},
+        {"value", "", 1},
+        {"send", "", 1},
+        {"finalize", "", 1},
+        {"formatStr", "", 0},
+        {"registerTraceObject", "", 0},
+        {"deregisterTraceObject", "", 1},
+    };
     v1::FmiFactory* const factory = v1::getFmiFactory();
     factory->getConfiguration()->setMapping(7, 1, "Unit");
-    platform().results[GetParam().busy].assign(1, SA_AIS_ERR_TRY_AGAIN);
-    platform().onCall[GetParam().where] = cancelHere;
-    EXPECT_TRUE(isCancelledIn([factory] {
-        const std::unique_ptr<FaultManagementI> client(factory->createFaultManagement());
-        client->raisePrimaryAlarm("Top=1,Unit=7", 7, "fault", "text", {}, 0, std::string("uuid"),
-                                  "s", "c", 1);
-    }));
-    EXPECT_EQ(platform().sent.size(), GetParam().sent);
-    EXPECT_TRUE(platform().sessions.empty());
-    EXPECT_EQ(platform().openNotifications, 0);
-    EXPECT_EQ(platform().traceObjects.size(), 1U); // the table's
+    for (const auto& [where, busy, sent] : rows) {
+        SCOPED_TRACE(where + std::string(" ") + busy);
+        platform().sent.clear();
+        platform().results[busy].assign(1, SA_AIS_ERR_TRY_AGAIN);
+        platform().onCall[where] = cancelHere;
+        EXPECT_TRUE(isCancelledIn([factory] {
+            const std::unique_ptr<FaultManagementI> client(factory->createFaultManagement());
+            client->raisePrimaryAlarm(kObject, 7, "fault", "text", {}, 0, std::string("uuid"), "s",
+                                      "c", 1);
+        }));
+        EXPECT_EQ(platform().sent.size(), sent);
+        EXPECT_TRUE(platform().sessions.empty());
+        EXPECT_EQ(platform().openNotifications, 0);
+        EXPECT_EQ(platform().traceObjects.size(), 1U); // the table's
 
-    platform().onCall.clear();
-    platform().sent.clear();
-    raise(*adapter());
-    EXPECT_EQ(platform().sent.size(), 1U);
+        platform().onCall.clear();
+        raise(*adapter());
+        EXPECT_EQ(platform().sent.size(), 1U);
+    }
 }
 
 TEST_F(CancellationTest, AnAlarmThatFailsIsFreedBeforeTheThreadEnds) {
@@ -98,24 +108,5 @@ TEST_F(CancellationTest, AFileIsClosedBeforeTheThreadEnds) {
         common::readRegularFile(file.path(), 4, content);
     }));
 }
-
-INSTANTIATE_TEST_SUITE_P(, CancellationTest,
-                         testing::ValuesIn(std::vector<Cancellation>{
-                             {"WaitingToOpen", "usleep", "initialize", 0},
-                             {"WaitingToAllocate", "usleep", "allocate", 0},
-                             {"WaitingForAValue", "usleep", "value", 0},
-                             {"WaitingToSend", "usleep", "send", 0},
-                             {"WaitingToFree", "usleep", "free", 1},
-                             {"WaitingToClose", "usleep", "finalize", 1},
-                             {"Opening", "initialize", "", 1},
-                             {"Allocating", "allocate", "", 1},
-                             {"Filling", "value", "", 1},
-                             {"Sending", "send", "", 1},
-                             {"Closing", "finalize", "", 1},
-                             {"Tracing", "formatStr", "", 0},
-                             {"Registering", "registerTraceObject", "", 0},
-                             {"Deregistering", "deregisterTraceObject", "", 1},
-                         }),
-                         [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace

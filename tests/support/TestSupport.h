@@ -79,7 +79,8 @@ inline long residentKiB() {
 }
 
 /// Calls `work` on a thread with a stack of `kib` KiB; a sanitizer's build gets the usual one.
-inline void onStackOf(std::size_t kib, std::function<void()> work) {
+/// Returns null, or PTHREAD_CANCELED.
+inline void* onStackOf(std::size_t kib, std::function<void()> work) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     if (!kSanitized) {
@@ -90,9 +91,11 @@ inline void onStackOf(std::size_t kib, std::function<void()> work) {
         return nullptr;
     };
     pthread_t thread{};
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
-    pthread_join(thread, nullptr);
+    void* result = &thread;
+    EXPECT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
+    EXPECT_EQ(pthread_join(thread, &result), 0);
     pthread_attr_destroy(&attributes);
+    return result;
 }
 
 /// The stack on which a document of the most levels can be read, as the documents say.

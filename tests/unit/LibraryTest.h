@@ -57,6 +57,7 @@ protected:
         }
         std::unique_ptr<FaultManagementI> made(v1::getFmiFactory()->createFaultManagement());
         platform().events.clear();
+        platform().sent.clear();
         return made;
     }
 

@@ -9,47 +9,45 @@ using AdapterTest = LibraryTest;
 
 #define PLAIN "Top=1,Unit=7", 7, "", "", Texts{}, 0
 
-class OperationTest : public LibraryTest, public testing::WithParamInterface<Operation> {};
+TEST_F(AdapterTest, EachRaiseTracesItsArgumentsAndSendsOneAlarm) {
+    for (const auto& row : kOperations) {
+        SCOPED_TRACE(row.name);
+        const auto client = adapter({{7, kClass, 0x10002}});
+        row.call(*client);
 
-TEST_P(OperationTest, TracesItsArgumentsAndSendsOneAlarm) {
-    const Operation& row = GetParam();
-    const auto client = adapter({{7, kClass, 0x10002}});
-    row.call(*client);
+        const std::string group = row.programGroup != nullptr ? row.programGroup : "nonePgGrp";
+        Texts flow;
+        if (row.programGroup != nullptr) {
+            flow.push_back("dolqAdapterImpl| Alarm program group: " + group);
+        }
+        const std::string object = "notificationObject:" + kUnitObject + ", ";
+        const std::string text = "additionalText:" + kText + ", ";
+        flow.push_back("dolqAdapterImpl|" + std::string(row.begin) + object +
+                       "faultId:7, faultIdName:" + kName + ", " + text +
+                       "additionalInfo:" + kInfo[0] + ", <empty string>, " + kInfo[2] +
+                       ", perceivedSeverity:3, " + row.end);
+        flow.push_back("dolqNotificationMapImpl|Calling getMinorType in thread: " + pid() + '.');
+        const std::string sent = std::string(row.correlationInfo) + ", " + kInfo[0] + ", " +
+                                 kInfo[2] + ", majorId:1, minorId:2, ";
+        flow.push_back("dolqAdapterImpl|SendNotification: " + object + "newSeverity:5, " + text +
+                       "newAdditionalInfoStr:" + sent + "mappedPgGrp:" + group);
+        flow.push_back("dolqNtfSessionImpl|SendNotification: " + object + "perceivedSeverity:5, " +
+                       text + "additionalInfo:" + sent + "programGroup:" + group);
+        EXPECT_EQ(platform().traces(4), flow);
 
-    const std::string group = row.programGroup != nullptr ? row.programGroup : "nonePgGrp";
-    Texts flow;
-    if (row.programGroup != nullptr) {
-        flow.push_back("dolqAdapterImpl| Alarm program group: " + group);
+        const FakePlatform::Alarm& alarm = sentAlarm();
+        EXPECT_EQ(alarm.object, kUnitObject);
+        EXPECT_EQ(alarm.notifyingObject, kUnitObject);
+        EXPECT_EQ(alarm.severity, 5U);
+        EXPECT_EQ(alarm.vendorId, 32473U);
+        EXPECT_EQ(alarm.majorId, 1U);
+        EXPECT_EQ(alarm.minorId, 2U);
+        EXPECT_EQ(alarm.additionalText, kText);
+        EXPECT_EQ(alarm.additionalInfo, (Texts{row.correlationInfo, kInfo[0], kInfo[2]}));
+        EXPECT_EQ(alarm.repairActions, group == "nonePgGrp" ? Texts{} : Texts{"0 " + group});
+        EXPECT_EQ(alarm.constants, (std::vector<int>{0x4000, 74, 1, 255, 0}));
     }
-    const std::string object = "notificationObject:" + kUnitObject + ", ";
-    const std::string text = "additionalText:" + kText + ", ";
-    flow.push_back("dolqAdapterImpl|" + std::string(row.begin) + object +
-                   "faultId:7, faultIdName:" + kName + ", " + text + "additionalInfo:" + kInfo[0] +
-                   ", <empty string>, " + kInfo[2] + ", perceivedSeverity:3, " + row.end);
-    flow.push_back("dolqNotificationMapImpl|Calling getMinorType in thread: " + pid() + '.');
-    const std::string sent = std::string(row.correlationInfo) + ", " + kInfo[0] + ", " + kInfo[2] +
-                             ", majorId:1, minorId:2, ";
-    flow.push_back("dolqAdapterImpl|SendNotification: " + object + "newSeverity:5, " + text +
-                   "newAdditionalInfoStr:" + sent + "mappedPgGrp:" + group);
-    flow.push_back("dolqNtfSessionImpl|SendNotification: " + object + "perceivedSeverity:5, " +
-                   text + "additionalInfo:" + sent + "programGroup:" + group);
-    EXPECT_EQ(platform().traces(4), flow);
-
-    const FakePlatform::Alarm& alarm = sentAlarm();
-    EXPECT_EQ(alarm.object, kUnitObject);
-    EXPECT_EQ(alarm.notifyingObject, kUnitObject);
-    EXPECT_EQ(alarm.severity, 5U);
-    EXPECT_EQ(alarm.vendorId, 32473U);
-    EXPECT_EQ(alarm.majorId, 1U);
-    EXPECT_EQ(alarm.minorId, 2U);
-    EXPECT_EQ(alarm.additionalText, kText);
-    EXPECT_EQ(alarm.additionalInfo, (Texts{row.correlationInfo, kInfo[0], kInfo[2]}));
-    EXPECT_EQ(alarm.repairActions, group == "nonePgGrp" ? Texts{} : Texts{"0 " + group});
-    EXPECT_EQ(alarm.constants, (std::vector<int>{0x4000, 74, 1, 255, 0}));
 }
-
-INSTANTIATE_TEST_SUITE_P(All, OperationTest, testing::ValuesIn(kOperations),
-                         [](const auto& row) { return row.param.name; });
 
 TEST_F(AdapterTest, ACeaseCarriesNothingButTheAlarm) {
     const auto client = adapter({{7, "Unit", 0x0000FFFF}});
@@ -98,48 +96,44 @@ struct MoClass {
     bool noEqual;
 };
 
-class MoClassTest : public LibraryTest, public testing::WithParamInterface<MoClass> {};
+const MoClass kMoClasses[] = {
+    {"Plain", "Top=1,Unit=7", "Unit", false, false},
+    {"WhiteSpaceAnywhere", "Top=1,\tU n\ni\vt\f \r= 7", "Unit", false, false},
+    {"OnePair", "Unit=7", "Unit", true, false},
+    {"NoEqual", "Top=1,Unit", "", false, true},
+    {"Nothing", "", "", true, true},
+    {"CommaAtTheEnd", "Top=1,Unit=7,", "", false, true},
+    {"EmptyAttribute", "Top=1,=7", "", false, false},
+    {"EqualInTheValue", "Top=1,Unit=a=b", "Unit", false, false},
+    {"HighBytes", "Top=1,\xC3\x9Cnit\xA0=7", "\xC3\x9Cnit\xA0", false, false},
+    {"Nul", std::string("Top=1\0,Unit=7", 13), "Unit", false, false},
+    {"FormatDirectives", "%s%n,Unit=%s%n", "Unit", false, false},
+    {"Megabyte", std::string(1 << 20, 'x') + ",Unit=" + std::string(1 << 20, 'y'), "Unit", false,
+     false},
+};
 
-TEST_P(MoClassTest, IsTheAttributeOfTheLastRelativeName) {
-    const MoClass& row = GetParam();
-    const auto client = adapter({{7, row.expected, 1}});
-    client->ceaseAlarm(row.object, 7, "");
-    EXPECT_EQ(platform().sent.size(), 1U);
-    const std::string shown = row.object.c_str(); // up to a NUL
-    Texts expected;
-    if (row.noComma) {
-        expected.push_back(
-            "dolqAdapterImpl|ObjClassParser- NotificationObj has no Comma Delimiter: notificationObject:" +
-            shown);
+TEST_F(AdapterTest, TheClassIsTheAttributeOfTheLastRelativeName) {
+    for (const auto& row : kMoClasses) {
+        SCOPED_TRACE(row.name);
+        v1::freeFmiFactory(); // with the row before
+        const auto client = adapter({{7, row.expected, 1}});
+        client->ceaseAlarm(row.object, 7, "");
+        EXPECT_EQ(platform().sent.size(), 1U);
+        const std::string shown = row.object.c_str(); // up to a NUL
+        Texts expected;
+        if (row.noComma) {
+            expected.push_back(
+                "dolqAdapterImpl|ObjClassParser- NotificationObj has no Comma Delimiter: notificationObject:" +
+                shown);
+        }
+        if (row.noEqual) {
+            expected.push_back(
+                "dolqAdapterImpl| ObjClassParser- NotificationObj has no Equal Delimiter: notificationObject:" +
+                shown);
+        }
+        EXPECT_EQ(platform().traces(8), expected);
     }
-    if (row.noEqual) {
-        expected.push_back(
-            "dolqAdapterImpl| ObjClassParser- NotificationObj has no Equal Delimiter: notificationObject:" +
-            shown);
-    }
-    EXPECT_EQ(platform().traces(8), expected);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, MoClassTest,
-    testing::ValuesIn(std::vector<MoClass>{
-        {"Plain", "Top=1,Unit=7", "Unit", false, false},
-        {"WhiteSpaceAnywhere", "Top=1,\tU n\ni\vt\f \r= 7", "Unit", false, false},
-        {"OnePair", "Unit=7", "Unit", true, false},
-        {"NoEqual", "Top=1,Unit", "", false, true},
-        {"Nothing", "", "", true, true},
-        {"CommaAtTheEnd", "Top=1,Unit=7,", "", false, true},
-        {"OnlyCommas", ",,,", "", false, true},
-        {"EmptyAttribute", "Top=1,=7", "", false, false},
-        {"CommaInTheValue", "Top=1,Unit=a,b", "", false, true},
-        {"EqualInTheValue", "Top=1,Unit=a=b", "Unit", false, false},
-        {"HighBytes", "Top=1,\xC3\x9Cnit\xA0=7", "\xC3\x9Cnit\xA0", false, false},
-        {"Nul", std::string("Top=1\0,Unit=7", 13), "Unit", false, false},
-        {"FormatDirectives", "%s%n,Unit=%s%n", "Unit", false, false},
-        {"Megabyte", std::string(1 << 20, 'x') + ",Unit=" + std::string(1 << 20, 'y'), "Unit",
-         false, false},
-    }),
-    [](const auto& row) { return row.param.name; });
 
 struct Refusal {
     const char* name;
@@ -147,8 +141,6 @@ struct Refusal {
     Texts failures;
     const char* correlation; // of the alarm sent, behind its identity; null when none is sent
 };
-
-class CorrelationTest : public LibraryTest, public testing::WithParamInterface<Refusal> {};
 
 const char kZeroEvent[] =
     "dolqAdapterImpl|Alarm correlation info incomplete due to eventId is zero. Object:Top=1,Unit=7, Fault Id: 7";
@@ -164,24 +156,6 @@ const char kNoComputeName[] =
     "dolqAdapterImpl|Environment variable computeName could not be retreived!";
 const char kSkipped[] =
     "dolqAdapterImpl|No mapping of zero-valued correlatedEvent32Bit to correlationUUID occured.";
-
-TEST_P(CorrelationTest, TracesWhatIsMissing) {
-    const Refusal& row = GetParam();
-    const auto client = adapter();
-    client->raisePrimaryAlarm(PLAIN, std::string("u"), "", ""); // in another environment
-    platform().sent.clear();
-    platform().events.clear();
-    setenv("SYSTEM_UUID", "s", 1);
-    setenv("COMPUTE_NAME", "c", 1);
-    platform().underivableEvents = {13, 14};
-    row.call(*client);
-    EXPECT_EQ(platform().traces(0), row.failures);
-    ASSERT_EQ(platform().sent.size(), row.correlation != nullptr ? 1U : 0U);
-    if (row.correlation != nullptr) {
-        EXPECT_EQ(sentAlarm().additionalInfo,
-                  Texts{R"(CI={"C": [{"I": "s","n": "c"}],)" + std::string(row.correlation)});
-    }
-}
 
 const Refusal kRefusals[] = {
     {"ZeroEvent",
@@ -242,9 +216,41 @@ const Refusal kRefusals[] = {
      },
      {"dolqAdapterImpl|getDerivedCorrelationUUID failed for correlatedEvent32Bit: 13", kSkipped},
      R"("S": ["uuid-5"]})"},
+    {"LeftByAFailedDerivation",
+     [](auto& a) {
+         platform().leftByFailedDerivation = "partial";
+         a.raisePrimaryAlarm(PLAIN, 13, "", "");
+     },
+     {"dolqAdapterImpl|getDerivedCorrelationUUID failed for eventId: 13"},
+     R"("P": "partial"})"},
+    {"LeftBeforeAnEmptyUUID", // whose text is not that of the event before
+     [](auto& a) {
+         a.raiseSecondaryAlarm(PLAIN, "", "", Events{13, 15, 5});
+     },
+     {"dolqAdapterImpl|getDerivedCorrelationUUID failed for correlatedEvent32Bit: 13"},
+     R"("S": ["","uuid-5"]})"},
 };
-INSTANTIATE_TEST_SUITE_P(Table, CorrelationTest, testing::ValuesIn(kRefusals),
-                         [](const auto& row) { return row.param.name; });
+
+TEST_F(AdapterTest, TracesWhatACorrelationLacks) {
+    for (const auto& row : kRefusals) {
+        SCOPED_TRACE(row.name);
+        const auto client = adapter();
+        client->raisePrimaryAlarm(PLAIN, std::string("u"), "", ""); // in another environment
+        platform().sent.clear();
+        platform().events.clear();
+        setenv("SYSTEM_UUID", "s", 1);
+        setenv("COMPUTE_NAME", "c", 1);
+        platform().underivableEvents = {13};
+        platform().eventsWithEmptyUUID = {15};
+        row.call(*client);
+        EXPECT_EQ(platform().traces(0), row.failures);
+        ASSERT_EQ(platform().sent.size(), row.correlation != nullptr ? 1U : 0U);
+        if (row.correlation != nullptr) {
+            EXPECT_EQ(sentAlarm().additionalInfo,
+                      Texts{R"(CI={"C": [{"I": "s","n": "c"}],)" + std::string(row.correlation)});
+        }
+    }
+}
 
 TEST_F(AdapterTest, WithoutACorrelationServiceNoDerivedAlarmIsRaised) {
     const auto client = adapter();
@@ -260,24 +266,6 @@ TEST_F(AdapterTest, WithoutACorrelationServiceNoDerivedAlarmIsRaised) {
     EXPECT_EQ(platform().traces(0).back(), kNoSecondary);
     client->raisePrimaryAlarm(PLAIN, 0, "s", "c"); // which needs none
     EXPECT_EQ(platform().sent.size(), 1U);
-}
-
-TEST_F(AdapterTest, WhatTheCorrelationServiceLeavesCountsForAPrimaryAlarmOnly) {
-    const auto client = adapter();
-    platform().underivableEvents = {13};
-    platform().leftByFailedDerivation = "partial";
-    platform().eventsWithEmptyUUID = {14};
-    client->raisePrimaryAlarm(PLAIN, 13, "s", "c");
-    EXPECT_EQ(sentAlarm().additionalInfo,
-              Texts{R"(CI={"C": [{"I": "s","n": "c"}],"P": "partial"})"});
-    EXPECT_EQ(platform().traces(0),
-              Texts{"dolqAdapterImpl|getDerivedCorrelationUUID failed for eventId: 13"});
-    client->raiseSecondaryAlarm(PLAIN, "s", "c", Events{13, 14, 5});
-    ASSERT_EQ(platform().sent.size(), 2U);
-    EXPECT_EQ(platform().sent[1].additionalInfo,
-              Texts{R"(CI={"C": [{"I": "s","n": "c"}],"S": ["","uuid-5"]})"});
-    const Texts calls = platform().calls(); // each given an empty string
-    EXPECT_EQ(std::count(calls.begin(), calls.end(), "getDerivedCorrelationUUID 14"), 1);
 }
 
 TEST_F(AdapterTest, ListsOfNumbersAreTracedWithoutTheLocalesGrouping) {

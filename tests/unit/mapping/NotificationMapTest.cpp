@@ -21,30 +21,30 @@ struct Lookup {
     bool closingTraceOfV2;
 };
 
-class LookupTest : public LibraryTest, public testing::WithParamInterface<Lookup> {
+class LookupTest : public LibraryTest {
 protected:
     /// Everything a lookup of fault 7 leaves behind in a map of either generation.
-    void check(dolq::MappingI& map, bool closingTrace) {
+    static void check(dolq::MappingI& map, const Lookup& row, bool closingTrace) {
         platform().events.clear();
         std::uint32_t minorType = 4711;
-        EXPECT_EQ(map.getMinorType(7, minorType, GetParam().moClass), GetParam().found != 0);
-        EXPECT_EQ(minorType, GetParam().found != 0 ? GetParam().found : 4711);
+        EXPECT_EQ(map.getMinorType(7, minorType, row.moClass), row.found != 0);
+        EXPECT_EQ(minorType, row.found != 0 ? row.found : 4711);
 
         const std::string unit = "dolqNotificationMapImpl|";
         Texts expected{"4 " + unit + "Calling getMinorType in thread: " + pid() + '.'};
         expected.insert(
-            expected.end(), GetParam().multipleMatches,
+            expected.end(), row.multipleMatches,
             "8 " + unit +
                 "dolq::NotificationMap::getMinorType, found multiple matches for faultId: 7 in thread: " +
                 pid() + '.');
-        if (GetParam().candidate != nullptr) {
+        if (row.candidate != nullptr) {
             expected.push_back(
                 "8 " + unit +
                 " Got no full match of faultId and moClass, but found a single faultId. faultId: 7, moClass: \"" +
-                GetParam().candidate + "\", foundMinorType: 1.");
+                row.candidate + "\", foundMinorType: 1.");
             expected.push_back("0 " + unit +
                                "Found no matching alarm for faultId: 7 and moClass: \"" +
-                               GetParam().candidate + "\", check the alarm mapping configuration.");
+                               row.candidate + "\", check the alarm mapping configuration.");
         }
         if (closingTrace) {
             expected.push_back(
@@ -55,38 +55,38 @@ protected:
     }
 };
 
-TEST_P(LookupTest, FindsTheExactMatchAndTracesWhatElseThereIs) {
+const Lookup kLookups[] = {
+    {"EmptyTable", {}, "A", 0, 0, nullptr, true},
+    {"OtherFaults", {{6, "A"}, {8, "A"}}, "A", 0, 0, nullptr, true},
+    {"SecondOfTwo", {{7, "A"}, {7, "B"}}, "B", 2, 0, nullptr, false},
+    {"ThirdOfThree", {{7, "A"}, {7, "B"}, {7, "C"}}, "C", 3, 1, nullptr, false},
+    {"SingleCandidate", {{7, "A"}, {8, "C"}}, "C", 0, 0, "A", false},
+    {"SeveralOthers", {{7, "A"}, {7, "B"}, {7, "D"}}, "C", 0, 2, nullptr, false},
+    {"EmptyClassIsAClass", {{7, ""}}, "", 1, 0, nullptr, false},
+    {"EmptyClassMatchesNoOther", {{7, ""}}, "X", 0, 0, "", false},
+    {"LetterCase", {{7, "Cell"}}, "cell", 0, 0, "Cell", false},
+    {"NoTrimming", {{7, " A "}}, "A", 0, 0, " A ", false},
+    {"LastMappingWins", {{7, "A"}, {7, "A"}}, "A", 2, 0, nullptr, false},
+};
+
+TEST_F(LookupTest, FindsTheExactMatchAndTracesWhatElseThereIs) {
     const ScopedEnvironment revision("ZBN_REV", "R1");
     const ScopedEnvironment otherNumber("ZBN_NO", "not read here");
-    MappingTable table;
-    dolq::NotificationMap map;
-    std::uint32_t minorType = 0;
-    for (const auto& [faultId, moClass] : GetParam().entries) {
-        table.set(faultId, ++minorType, moClass);
-        map.setMapping(faultId, minorType, moClass);
+    for (const Lookup& row : kLookups) {
+        SCOPED_TRACE(row.name);
+        MappingTable table;
+        dolq::NotificationMap map;
+        std::uint32_t minorType = 0;
+        for (const auto& [faultId, moClass] : row.entries) {
+            table.set(faultId, ++minorType, moClass);
+            map.setMapping(faultId, minorType, moClass);
+        }
+        dolq::NotificationMapV2 mapV2(table);
+        table = {}; // the map keeps its own
+        check(map, row, row.found == 0);
+        check(mapV2, row, row.closingTraceOfV2);
     }
-    dolq::NotificationMapV2 mapV2(table);
-    table = {}; // the map keeps its own
-    check(map, GetParam().found == 0);
-    check(mapV2, GetParam().closingTraceOfV2);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, LookupTest,
-    testing::ValuesIn(std::vector<Lookup>{
-        {"EmptyTable", {}, "A", 0, 0, nullptr, true},
-        {"OtherFaults", {{6, "A"}, {8, "A"}}, "A", 0, 0, nullptr, true},
-        {"SecondOfTwo", {{7, "A"}, {7, "B"}}, "B", 2, 0, nullptr, false},
-        {"ThirdOfThree", {{7, "A"}, {7, "B"}, {7, "C"}}, "C", 3, 1, nullptr, false},
-        {"SingleCandidate", {{7, "A"}, {8, "C"}}, "C", 0, 0, "A", false},
-        {"SeveralOthers", {{7, "A"}, {7, "B"}, {7, "D"}}, "C", 0, 2, nullptr, false},
-        {"EmptyClassIsAClass", {{7, ""}}, "", 1, 0, nullptr, false},
-        {"EmptyClassMatchesNoOther", {{7, ""}}, "X", 0, 0, "", false},
-        {"LetterCase", {{7, "Cell"}}, "cell", 0, 0, "Cell", false},
-        {"NoTrimming", {{7, " A "}}, "A", 0, 0, " A ", false},
-        {"LastMappingWins", {{7, "A"}, {7, "A"}}, "A", 2, 0, nullptr, false},
-    }),
-    [](const auto& row) { return row.param.name; });
 
 class ConfigurationTest : public LibraryTest {
 protected:

@@ -2,7 +2,6 @@
 #include <deque>
 
 #include "LibraryTest.h"
-#include "ntf/NtfImpl.h"
 #include "ntf/dolqNtfSessionImpl.h"
 
 namespace {
@@ -17,34 +16,6 @@ struct Answer {
     Texts events;                    // as if it had not been, without flow and detail traces
     std::size_t sent;
 };
-
-class AnswerTest : public LibraryTest, public testing::WithParamInterface<Answer> {};
-
-TEST_P(AnswerTest, IsAwaitedBeforeTheNotificationIsFreedAndAFailureTraced) {
-    constexpr int kBusyAnswers = 500;
-    const Answer& row = GetParam();
-    const dolq::NotificationData alarm("Unit=7", 0, "text", row.info, 1, 2, "nrPgGrp");
-    const std::shared_ptr<dolq::NtfSessionI> session = dolq::openSession();
-    platform().events.clear();
-    platform().enabledGroups = {0};
-    platform().results[row.call] = row.results;
-    Texts expected = row.events;
-    const auto first =
-        std::find_if(expected.begin(), expected.end(),
-                     [&](const auto& event) { return event.rfind(row.call, 0) == 0; }) -
-        expected.begin();
-    const Texts again{*(expected.begin() + first), "usleep 100000"};
-    for (int i = 0; i < kBusyAnswers; ++i) {
-        platform().results[row.call].push_front(SA_AIS_ERR_TRY_AGAIN);
-        expected.insert(expected.begin() + first, again.begin(), again.end());
-    }
-    session->sendNotification(alarm);
-    EXPECT_EQ(platform().events, expected);
-    EXPECT_EQ(platform().sent.size(), row.sent);
-    platform().sent.clear();
-    session->sendNotification(alarm); // nothing of it reaches the next alarm
-    EXPECT_EQ(sentAlarm().repairActions, Texts{"0 nrPgGrp"});
-}
 
 const Texts kTwo{"first", "2"};
 const std::string kAllocate = "allocate 0 5 2 0 0 1 -1";
@@ -90,21 +61,33 @@ const Answer kAnswers[] = {
      1},
 };
 
-INSTANTIATE_TEST_SUITE_P(Calls, AnswerTest, testing::ValuesIn(kAnswers),
-                         [](const auto& row) { return row.param.name; });
-
-TEST_F(NtfSessionTest, TheWrapperPassesOnWhatItIsGiven) {
-    dolq::NtfImpl ntf;
-    SaNtfHandleT session = 0;
-    SaVersionT version{'B', 2, 3};
-    const SaNtfCallbacksT callbacks{};
-    SaNtfAlarmNotificationT alarm{};
-    ntf.initialize(&session, &callbacks, &version);
-    ntf.alarmNotificationAllocate(session, &alarm, 1, 2, 3, 4, 5, 6, -7);
-    ntf.notificationFree(alarm.notificationHandle);
-    ntf.finalize(session);
-    EXPECT_EQ(platform().events,
-              (Texts{"initialize B 2 3 callbacks", "allocate 1 2 3 4 5 6 -7", "free", "finalize"}));
+TEST_F(NtfSessionTest, AnAnswerIsAwaitedBeforeTheNotificationIsFreedAndAFailureTraced) {
+    for (const auto& row : kAnswers) {
+        SCOPED_TRACE(row.name);
+        constexpr int kBusyAnswers = 500;
+        const dolq::NotificationData alarm("Unit=7", 0, "text", row.info, 1, 2, "nrPgGrp");
+        const std::shared_ptr<dolq::NtfSessionI> session = dolq::openSession();
+        platform().events.clear();
+        platform().sent.clear();
+        platform().enabledGroups = {0};
+        platform().results[row.call] = row.results;
+        Texts expected = row.events;
+        const auto first =
+            std::find_if(expected.begin(), expected.end(),
+                         [&](const auto& event) { return event.rfind(row.call, 0) == 0; }) -
+            expected.begin();
+        const Texts again{*(expected.begin() + first), "usleep 100000"};
+        for (int i = 0; i < kBusyAnswers; ++i) {
+            platform().results[row.call].push_front(SA_AIS_ERR_TRY_AGAIN);
+            expected.insert(expected.begin() + first, again.begin(), again.end());
+        }
+        session->sendNotification(alarm);
+        EXPECT_EQ(platform().events, expected);
+        EXPECT_EQ(platform().sent.size(), row.sent);
+        platform().sent.clear();
+        session->sendNotification(alarm); // nothing of it reaches the next alarm
+        EXPECT_EQ(sentAlarm().repairActions, Texts{"0 nrPgGrp"});
+    }
 }
 
 TEST_F(NtfSessionTest, ARefusedSessionDropsEveryAlarmAndSaysSo) {
@@ -137,38 +120,36 @@ struct Cut {
     std::size_t sent;
 };
 
-class CutTest : public LibraryTest, public testing::WithParamInterface<Cut> {};
+const Cut kCuts[] = {
+    {"Longest", std::string(kLongest, 'x'), kLongest},
+    {"OneMore", std::string(kLongest + 1, 'x'), kLongest},
+    {"SixteenBitsAround", std::string(65536 + 7, 'x'), kLongest},
+    {"WholeCharacter", std::string(kLongest - 3, 'x') + "\xE2\x82\xAC" + "x", kLongest},
+    {"SplitInThree", std::string(kLongest - 2, 'x') + "\xE2\x82\xAC", kLongest - 2},
+    {"SplitInFour", std::string(kLongest - 3, 'x') + "\xF0\x9F\x9A\xA8", kLongest - 3},
+    {"NotUtf8", std::string(kLongest + 9, '\x80'), kLongest},
+    {"NulInside", std::string("a\0b", 3), 3},
+    {"FormatDirectives", "%s%n\xFF", 5},
+};
 
-TEST_P(CutTest, ATextIsSentAsFarAsItGoesAndTheCutIsTraced) {
-    const auto client = adapter();
-    const std::string& given = GetParam().given;
-    raise(*client, kObject, given, {given});
-    EXPECT_EQ(sentAlarm().additionalText, given.substr(0, GetParam().sent));
-    EXPECT_EQ(sentAlarm().additionalInfo.back(), given.substr(0, GetParam().sent));
-    const std::string lengths =
-        ", length:" + std::to_string(given.size()) + ", sent:" + std::to_string(GetParam().sent);
-    EXPECT_EQ(platform().traces(0),
-              given.size() == GetParam().sent
-                  ? Texts{}
-                  : (Texts{"dolqNtfSessionImpl|Alarm field cut: field:additionalText" + lengths,
-                           "dolqNtfSessionImpl|Alarm field cut: field:additionalInfo, entry:1" +
-                               lengths}));
+TEST_F(NtfSessionTest, ATextIsSentAsFarAsItGoesAndTheCutIsTraced) {
+    for (const auto& row : kCuts) {
+        SCOPED_TRACE(row.name);
+        const auto client = adapter();
+        const std::string& given = row.given;
+        raise(*client, kObject, given, {given});
+        EXPECT_EQ(sentAlarm().additionalText, given.substr(0, row.sent));
+        EXPECT_EQ(sentAlarm().additionalInfo.back(), given.substr(0, row.sent));
+        const std::string lengths =
+            ", length:" + std::to_string(given.size()) + ", sent:" + std::to_string(row.sent);
+        EXPECT_EQ(platform().traces(0),
+                  given.size() == row.sent
+                      ? Texts{}
+                      : (Texts{"dolqNtfSessionImpl|Alarm field cut: field:additionalText" + lengths,
+                               "dolqNtfSessionImpl|Alarm field cut: field:additionalInfo, entry:1" +
+                                   lengths}));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, CutTest,
-    testing::ValuesIn(std::vector<Cut>{
-        {"Longest", std::string(kLongest, 'x'), kLongest},
-        {"OneMore", std::string(kLongest + 1, 'x'), kLongest},
-        {"SixteenBitsAround", std::string(65536 + 7, 'x'), kLongest},
-        {"WholeCharacter", std::string(kLongest - 3, 'x') + "\xE2\x82\xAC" + "x", kLongest},
-        {"SplitInThree", std::string(kLongest - 2, 'x') + "\xE2\x82\xAC", kLongest - 2},
-        {"SplitInFour", std::string(kLongest - 3, 'x') + "\xF0\x9F\x9A\xA8", kLongest - 3},
-        {"NotUtf8", std::string(kLongest + 9, '\x80'), kLongest},
-        {"NulInside", std::string("a\0b", 3), 3},
-        {"FormatDirectives", "%s%n\xFF", 5},
-    }),
-    [](const auto& row) { return row.param.name; });
 
 TEST_F(NtfSessionTest, ANotificationObjectIsSentUpTo599Bytes) {
     const auto client = adapter();
