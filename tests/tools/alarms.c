@@ -4,7 +4,6 @@
 #include <saNtf.h>
 #include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
 
 static void require(SaAisErrorT result, const char* call) {
     if (result != SA_AIS_OK) {
@@ -64,7 +63,7 @@ static void print(const SaNtfAlarmNotificationT* alarm) {
            alarm->numMonitoredAttributes);
 }
 
-int main(int argc, char** argv) {
+int main(void) {
     SaVersionT version = {'A', 1, 1};
     SaNtfHandleT session;
     SaNtfAlarmNotificationFilterT filter;
@@ -75,14 +74,8 @@ int main(int argc, char** argv) {
     SaAisErrorT result;
 
     require(saNtfInitialize(&session, NULL, &version), "saNtfInitialize");
-    require(
-        saNtfAlarmNotificationFilterAllocate(session, &filter, 0, argc > 1 ? 1 : 0, 0, 0, 0, 0, 0),
-        "saNtfAlarmNotificationFilterAllocate");
-    if (argc > 1) {
-        SaNameT* name = filter.notificationFilterHeader.notificationObjects;
-        name->length = (SaUint16T)strlen(argv[1]);
-        memcpy(name->value, argv[1], name->length);
-    }
+    require(saNtfAlarmNotificationFilterAllocate(session, &filter, 0, 0, 0, 0, 0, 0, 0),
+            "saNtfAlarmNotificationFilterAllocate");
     filters.alarmFilterHandle = filter.notificationFilterHandle;
     require(saNtfNotificationReadInitialize(everything, &filters, &reading),
             "saNtfNotificationReadInitialize");
