@@ -145,14 +145,15 @@ std::vector<Finding> MappingFileChecker::read(const std::string& path, const std
 }
 
 void MappingFileChecker::onNotLoaded(const TiXmlDocument& document) {
-    XmlProblem reason{document.ErrorRow(), document.ErrorCol(), document.ErrorDesc()};
+    XmlProblem reason{document.ErrorRow(), document.ErrorCol(), document.ErrorDesc(), false};
     if (!m_whyUnread.empty()) {
-        reason = {0, 0, m_whyUnread};
+        reason = {0, 0, m_whyUnread, false};
     } else if (!m_problems.empty()) {
         reason = m_problems.back();
         m_problems.pop_back();
     } else if (!document.Error()) {
-        reason = {0, 0, "it has no element, too many levels of them, or too many attributes"};
+        reason = {0, 0, "it has no element, too many levels of them, or too many attributes",
+                  false};
     }
     add({{m_file, reason.line, reason.column}, Rule::NotLoaded, {reason.text}});
 }

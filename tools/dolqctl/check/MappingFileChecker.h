@@ -24,6 +24,7 @@ struct XmlProblem {
     int line;
     int column;
     std::string text;
+    bool isHarmless; ///< TinyXML reads on after it
 };
 
 /// What a parser finds that keeps to the rules of XML, up to where TinyXML may stop. TinyXML, which
