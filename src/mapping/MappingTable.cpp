@@ -1,6 +1,7 @@
 #include "mapping/MappingTable.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <utility>
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -12,15 +11,15 @@ namespace dolq {
 // How much of each field a notification carries. The sizes given to the service and the copies into
 // its memory come from these functions alone, so that they agree whatever the client gave.
 
-/// What is sent of a text: all of it, or as many whole UTF-8 characters as a 16-bit size with the
-/// terminating NUL can express.
-std::uint16_t sentLength(const std::string& text);
+/// The bytes that are sent of a text, with the terminating NUL: all of it, or as many whole UTF-8
+/// characters as a 16-bit size can express.
+std::uint16_t sentSize(const std::string& text);
 
 /// How many entries of a list are sent.
 std::uint16_t sentCount(const std::vector<std::string>& list);
 
-/// Copies the first `length` bytes of `text`, and a NUL, into `length + 1` bytes.
-void copyText(const std::string& text, std::uint16_t length, char* destination);
+/// Fills `size` bytes, of which there is at least one, with the beginning of `text` and a NUL.
+void copyText(const std::string& text, std::uint16_t size, char* destination);
 
 /// Copies up to 599 bytes of `text` and fills the rest of the name with NUL bytes.
 void copyName(const std::string& text, SaNameT& name);

@@ -148,19 +148,15 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
 
     // Two blanks before the code, in the texts below, too: operators filter traces by them.
     SaNtfAlarmNotificationT notification{};
-    const auto lengthAdditionalText =
-        static_cast<std::uint16_t>(sentLength(data.additionalText) + 1); // with its NUL
-    const std::uint16_t numAdditionalInfo = sentCount(data.additionalInfo);
-    SaAisErrorT result = allocateAlarm(m_ntfHandle, &notification, lengthAdditionalText,
-                                       numAdditionalInfo, hasProgramGroup(data) ? 1 : 0);
+    SaAisErrorT result =
+        allocateAlarm(m_ntfHandle, &notification, sentSize(data.additionalText),
+                      sentCount(data.additionalInfo), hasProgramGroup(data) ? 1 : 0);
     if (result != SA_AIS_OK) {
         DOLQ_DROP(lostAlarm("allocate refused", result, data), m_traceObject, kFailure,
                   "Allocate Alarm:  errorCode:%x", result);
         return;
     }
     AllocatedAlarm alarm(*this, notification.notificationHandle);
-    notification.notificationHeader.lengthAdditionalText = lengthAdditionalText;
-    notification.notificationHeader.numAdditionalInfo = numAdditionalInfo;
     result = populateAlarm(notification, data);
     if (result != SA_AIS_OK) {
         static_cast<void>(alarm.free());
@@ -201,7 +197,7 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
         // A failure counts only when no entry of additional information follows, for the result is
         // that of the last value: an alarm without its program group is worth more than none.
         result =
-            fillValue(handle, data.programGroup, sentLength(data.programGroup), action.actionValue);
+            fillValue(handle, data.programGroup, sentSize(data.programGroup), action.actionValue);
     }
     notification.thresholdInformation->thresholdId = kThresholdId;
 
@@ -220,26 +216,24 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
     header.notificationClassId->majorId = static_cast<SaUint16T>(data.majorId);
     header.notificationClassId->minorId = static_cast<SaUint16T>(data.minorId);
     header.numCorrelatedNotifications = 0;
-    const auto textLength = static_cast<std::uint16_t>(header.lengthAdditionalText - 1);
-    traceCut("additionalText", data.additionalText.size(), textLength);
-    copyText(data.additionalText, textLength, header.additionalText);
-
+    header.lengthAdditionalText = sentSize(data.additionalText);
+    header.numAdditionalInfo = sentCount(data.additionalInfo);
+    traceCut("additionalText", data.additionalText.size(), header.lengthAdditionalText - 1U);
     traceCut("additionalInfo", data.additionalInfo.size(), header.numAdditionalInfo);
-
+    copyText(data.additionalText, header.lengthAdditionalText, header.additionalText);
     // The ids of the entries stay as the service allocated them: the place of an entry tells what
     // it is.
     for (SaUint16T i = 0; i < header.numAdditionalInfo; ++i) {
         SaNtfAdditionalInfoT& info = header.additionalInfo[i];
         info.infoType = SA_NTF_VALUE_STRING;
         const std::string& text = data.additionalInfo[i];
-        const std::uint16_t length = sentLength(text);
-        if (length != text.size()) {
+        const std::uint16_t size = sentSize(text);
+        if (size - 1U != text.size()) {
             DOLQ_TRACE(m_traceObject, kFailure,
                        "Alarm field cut: field:additionalInfo, entry:%u, length:%u, sent:%u",
-                       std::uint32_t{i}, static_cast<std::uint32_t>(text.size()),
-                       std::uint32_t{length});
+                       std::uint32_t{i}, static_cast<std::uint32_t>(text.size()), size - 1U);
         }
-        result = fillValue(handle, text, length, info.infoValue);
+        result = fillValue(handle, text, size, info.infoValue);
         if (result != SA_AIS_OK) {
             return result;
         }
@@ -248,13 +242,12 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
 }
 
 SaAisErrorT NtfSessionImpl::fillValue(SaNtfNotificationHandleT handle, const std::string& text,
-                                      std::uint16_t length, SaNtfValueT& value) {
-    const auto size = static_cast<SaUint16T>(length + 1);
+                                      std::uint16_t size, SaNtfValueT& value) {
     void* block = nullptr; // the service owns it, with the notification
     const SaAisErrorT result =
         retryWhileBusy([&] { return m_ntf->ptrValAllocate(handle, size, &block, &value); });
     if (result == SA_AIS_OK) {
-        copyText(text, length, static_cast<char*>(block));
+        copyText(text, size, static_cast<char*>(block));
     }
     return result;
 }
@@ -299,10 +292,10 @@ SaAisErrorT NtfSessionImpl::freeAlarm(SaNtfNotificationHandleT handle) {
     return retryWhileBusy([&] { return m_ntf->notificationFree(handle); });
 }
 
-void NtfSessionImpl::traceCut(const char* field, std::size_t length, std::uint16_t sent) const {
+void NtfSessionImpl::traceCut(const char* field, std::size_t length, std::size_t sent) const {
     if (sent != length) {
         DOLQ_TRACE(m_traceObject, kFailure, "Alarm field cut: field:%s, length:%u, sent:%u", field,
-                   static_cast<std::uint32_t>(length), std::uint32_t{sent});
+                   static_cast<std::uint32_t>(length), static_cast<std::uint32_t>(sent));
     }
 }
 

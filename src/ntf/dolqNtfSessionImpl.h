@@ -38,15 +38,15 @@ private:
     SaAisErrorT sendAlarm(SaNtfNotificationHandleT handle);
     SaAisErrorT freeAlarm(SaNtfNotificationHandleT handle);
 
-    /// Fills in an allocated notification, whose header has its two sizes already. The event time
-    /// and the ids that the service gives stay as they are.
+    /// Fills in a notification that was allocated for `data`. The event time and the ids that the
+    /// service gives stay as they are.
     SaAisErrorT populateAlarm(SaNtfAlarmNotificationT& notification, const NotificationData& data);
-    /// Allocates a string value of the notification and copies `length` bytes of `text` into it.
+    /// Allocates a string value of `size` bytes and copies as much of `text` and a NUL into it.
     SaAisErrorT fillValue(SaNtfNotificationHandleT handle, const std::string& text,
-                          std::uint16_t length, SaNtfValueT& value);
+                          std::uint16_t size, SaNtfValueT& value);
 
     /// Traces a field that is longer than a notification can carry.
-    void traceCut(const char* field, std::size_t length, std::uint16_t sent) const;
+    void traceCut(const char* field, std::size_t length, std::size_t sent) const;
 
     std::shared_ptr<NtfI> m_ntf;
     SaNtfHandleT m_ntfHandle = 0; // 0: no session
