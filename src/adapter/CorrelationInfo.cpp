@@ -1,59 +1,46 @@
 #include "adapter/CorrelationInfo.h"
 
+#include <cstddef>
+#include <initializer_list>
 #include <string_view>
+
+#include "common/Joined.h"
 
 namespace dolq {
 
 namespace {
 
-// What stands around the values. The blanks are part of the format: one after each colon, none
-// after a comma.
-constexpr std::string_view kBeforeSystemUUID = R"(CI={"C": [{"I": ")";
-constexpr std::string_view kBeforeComputeName = R"(","n": ")";
-constexpr std::string_view kBeforePrimary = R"("}],"P": ")";
-constexpr std::string_view kAfterPrimary = R"("})";
-constexpr std::string_view kBeforeSecondary = R"("}],"S": [)";
-constexpr std::string_view kAfterSecondary = R"(]})";
-
-/// The pieces that both forms begin with, in a string with room for `rest` more characters.
-std::string beginWithIdentity(const std::string& systemUUID, const std::string& computeName,
-                              std::size_t rest) {
-    std::string info;
-    info.reserve(kBeforeSystemUUID.size() + systemUUID.size() + kBeforeComputeName.size() +
-                 computeName.size() + rest);
-    info.append(kBeforeSystemUUID).append(systemUUID);
-    info.append(kBeforeComputeName).append(computeName);
-    return info;
+/// In one block of memory: every alarm that is raised has such a text.
+std::string concatenated(std::initializer_list<std::string_view> pieces) {
+    std::size_t length = 0;
+    for (const std::string_view piece : pieces) {
+        length += piece.size();
+    }
+    std::string text;
+    text.reserve(length);
+    for (const std::string_view piece : pieces) {
+        text += piece;
+    }
+    return text;
 }
 
 } // namespace
 
+// The blanks are part of the format: one after each colon, none after a comma.
+
 std::string makePrimaryCorrelationInfo(const std::string& systemUUID,
                                        const std::string& computeName,
                                        const std::string& correlationUUID) {
-    std::string info =
-        beginWithIdentity(systemUUID, computeName,
-                          kBeforePrimary.size() + correlationUUID.size() + kAfterPrimary.size());
-    info.append(kBeforePrimary).append(correlationUUID).append(kAfterPrimary);
-    return info;
+    return concatenated({R"(CI={"C": [{"I": ")", systemUUID, R"(","n": ")", computeName,
+                         R"("}],"P": ")", correlationUUID, R"("})"});
 }
 
 std::string makeSecondaryCorrelationInfo(const std::string& systemUUID,
                                          const std::string& computeName,
                                          const std::vector<std::string>& correlationUUIDs) {
-    std::size_t rest = kBeforeSecondary.size() + kAfterSecondary.size();
-    for (const std::string& uuid : correlationUUIDs) {
-        rest += uuid.size() + 3; // two quotes and a comma
-    }
-    std::string info = beginWithIdentity(systemUUID, computeName, rest);
-    info.append(kBeforeSecondary);
-    const char* separator = "";
-    for (const std::string& uuid : correlationUUIDs) {
-        info.append(separator).append(1, '"').append(uuid).append(1, '"');
-        separator = ",";
-    }
-    info.append(kAfterSecondary);
-    return info;
+    const std::string list = common::joined(correlationUUIDs, R"(",")");
+    return concatenated({R"(CI={"C": [{"I": ")", systemUUID, R"(","n": ")", computeName,
+                         R"("}],"S": [")", list, R"("]})"});
 }
 
 } // namespace dolq

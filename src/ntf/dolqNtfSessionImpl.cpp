@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include "common/CancellationHeld.h"
+#include "common/Joined.h"
 #include "ntf/FieldLimits.h"
 #include "ntf/NtfImpl.h"
 #include "trace/Drop.h"
@@ -49,25 +50,6 @@ template <typename Call> SaAisErrorT retryWhileBusy(Call call) {
         result = callWhole();
     }
     return result;
-}
-
-/// The entries joined by ", ", or "Empty".
-std::string joined(const std::vector<std::string>& list) {
-    if (list.empty()) {
-        return "Empty";
-    }
-    constexpr std::string_view kSeparator = ", ";
-    std::size_t length = 0;
-    for (const std::string& entry : list) {
-        length += entry.size() + kSeparator.size();
-    }
-    std::string text;
-    text.reserve(length);
-    text = list.front();
-    for (std::size_t i = 1; i < list.size(); ++i) {
-        text.append(kSeparator).append(list[i]);
-    }
-    return text;
 }
 
 /// For the probe.
@@ -134,7 +116,8 @@ NtfSessionImpl::~NtfSessionImpl() {
 
 void NtfSessionImpl::sendNotification(const NotificationData& data) {
     // Made whether or not the trace is on.
-    const std::string additionalInfo = joined(data.additionalInfo);
+    const std::string additionalInfo =
+        data.additionalInfo.empty() ? "Empty" : common::joined(data.additionalInfo);
     DOLQ_TRACE(
         m_traceObject, kFlow,
         "SendNotification: notificationObject:%s, perceivedSeverity:%u, additionalText:%s, additionalInfo:%s, majorId:%u, minorId:%u, programGroup:%s",

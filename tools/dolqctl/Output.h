@@ -7,7 +7,11 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "common/Joined.h"
+
 namespace dolqctl {
+
+using common::joined;
 
 // All that commands print goes through here, as the raw text that it is: the functions that print
 // write control characters, broken UTF-8 and backslashes as `\n`, `\t`, `\xNN` or `\\`, so that
@@ -38,14 +42,5 @@ std::size_t distance(const std::string& one, const std::string& other);
 
 /// Whether somebody who wrote `name` may have meant `meant`: at most two letters differ.
 bool isMisspelt(const std::string& name, const std::string& meant);
-
-/// "minor, major": the texts of any list.
-template <typename Texts> std::string joined(const Texts& texts, const char* separator = ", ") {
-    std::string all;
-    for (const auto& text : texts) {
-        all += (all.empty() ? "" : separator) + std::string(text);
-    }
-    return all;
-}
 
 } // namespace dolqctl
