@@ -10,15 +10,12 @@ namespace ruxa::zum2::v1 {
 
 namespace {
 
-constexpr char kSystemVariable[] = "SYSTEM_UUID";
-
 /// The namespace of systems that have no UUID of their own. It must never change: the processes of
 /// such a system agree on an event's UUID only as long as they share it.
 constexpr char kCommonNamespace[] = "3d62c8cf-a42b-431b-aa61-e0a12f7393d0";
 
 void readNamespace(uuid_t& systemNamespace) {
-    const char* const system = common::trustedEnvironment(kSystemVariable);
-    if (uuid_parse(system, systemNamespace) != 0) {
+    if (uuid_parse(common::trustedEnvironment("SYSTEM_UUID"), systemNamespace) != 0) {
         uuid_parse(kCommonNamespace, systemNamespace);
     }
 }

@@ -4,8 +4,6 @@
 
 namespace platform::ntf {
 
-ValueBlocks::ValueBlocks(std::size_t limit) : m_limit(limit) {}
-
 void* ValueBlocks::allocate(SaUint16T size, SaNtfValueT& value) {
     if (size > m_limit - m_used) {
         return nullptr;

@@ -13,7 +13,7 @@ namespace platform::ntf {
 class ValueBlocks {
 public:
     /// `limit`: of the bytes of all blocks together.
-    explicit ValueBlocks(std::size_t limit);
+    explicit ValueBlocks(std::size_t limit) : m_limit(limit) {}
 
     /// Makes `value` point to a new zeroed block, which is returned; null beyond the limit.
     void* allocate(SaUint16T size, SaNtfValueT& value);
