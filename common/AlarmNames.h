@@ -1,7 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <string_view>
 
 /// The names of an alarm's codes in logs, in traces and on the command line.
 namespace common {
@@ -28,6 +30,12 @@ constexpr const char* kProgramGroupNames[] = {"gratPgGrp", "wratPgGrp", "lratPgG
 /// The name of a code in one of these tables, or "unknown".
 template <typename Names> constexpr const char* nameOf(std::uint32_t code, const Names& names) {
     return code < std::size(names) ? names[code] : "unknown";
+}
+
+/// The code of a name in one of these tables, or one that has no name.
+template <typename Names> std::uint32_t codeOf(std::string_view name, const Names& names) {
+    return static_cast<std::uint32_t>(std::find(std::begin(names), std::end(names), name) -
+                                      std::begin(names));
 }
 
 } // namespace common

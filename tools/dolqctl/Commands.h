@@ -27,80 +27,53 @@ public:
 /// so. Throws CommandError, for a program without the library, too.
 std::string takeOnVariables(const std::string& pid);
 
-// What the commands are given, and the commands: each prints its answer and returns the exit code.
-// An option that is not given is empty.
-
-/// Which load module a program belongs to.
-struct Identity {
-    std::string productNumber;
-    std::string revision;
-};
-
-struct MappingsArguments {
-    Identity identity;
-    std::string alarm; ///< as written, e.g. 2/17
+/// The options of all commands; one that is not given is empty. `--product` and `--revision` are
+/// not here: they become the environment variables in whose place they are given.
+struct Arguments {
     bool json = false;
-};
-int runMappings(const MappingsArguments& arguments);
 
-struct CheckArguments {
+    std::string alarm; ///< of `mappings`, as written, e.g. 2/17
+
+    // check
     std::vector<std::string> files;
     bool discovered = false; ///< instead of `files`, those of the load module
-    Identity identity;
-    std::string faults;               ///< a file that declares them
-    std::vector<std::string> allowed; ///< rules
+    std::string faults;      ///< a file that declares them
+    std::vector<std::string> allowed;
     bool strict = false;
-    bool json = false;
-};
-int runCheck(const CheckArguments& arguments);
 
-/// How a diagnosis is made and printed.
-struct ReportArguments {
+    // doctor and explain
     std::string pid;    ///< of the running program to look at, if any
     std::string source; ///< what `takeOnVariables` said
     bool all = false;   ///< a line also for each thing that is in order
-    bool json = false;
-};
 
-struct ExplainArguments : ReportArguments {
+    // explain, raise, cease, and alarms
     std::uint32_t faultId = 0;
     std::string object;
-    Identity identity;
-    bool identityGiven = false; ///< each alarm names the program's system and compute node
-};
-int runExplain(const ExplainArguments& arguments);
+    std::string severity; ///< a name
 
-struct CeaseArguments {
-    std::uint32_t faultId = 0;
-    std::string object;
-    Identity identity;
-};
-int runCease(const CeaseArguments& arguments);
-
-struct RaiseArguments : CeaseArguments {
-    std::uint32_t severity = 0; ///< a client's code
+    // raise
     std::string text;
     std::vector<std::string> info;
-    std::optional<std::uint32_t> programGroup; ///< a client's code
+    std::string programGroup; ///< a name
     std::vector<std::uint32_t> eventIds;
     std::vector<std::string> eventUuids; ///< instead of `eventIds`
     std::string systemUuid;
     std::string computeName;
-};
-int runRaise(const RaiseArguments& arguments);
 
-struct AlarmsArguments {
+    // alarms
     std::optional<std::uint32_t> vendor;
-    std::optional<std::uint32_t> severity; ///< the least, a SaNtfSeverityT
-    std::string object;
-    std::optional<std::int64_t> since; ///< so many seconds ago
-    std::optional<std::uint32_t> limit;
+    std::optional<std::uint32_t> since; ///< so many seconds ago
     bool history = false;
     bool isLong = false;
-    bool json = false;
 };
-int runAlarms(const AlarmsArguments& arguments);
 
-int runDoctor(const ReportArguments& arguments);
+// The commands: each prints its answer and returns the exit code.
+int runMappings(const Arguments& arguments);
+int runCheck(const Arguments& arguments);
+int runExplain(const Arguments& arguments);
+int runRaise(const Arguments& arguments);
+int runCease(const Arguments& arguments);
+int runAlarms(const Arguments& arguments);
+int runDoctor(const Arguments& arguments);
 
 } // namespace dolqctl

@@ -36,7 +36,7 @@ void Diagnosis::add(Observation observation) {
     m_observations.insert(place, std::move(observation));
 }
 
-void Diagnosis::print(const ReportArguments& arguments, const std::string& verdict) const {
+void Diagnosis::print(const Arguments& arguments, const std::string& verdict) const {
     if (arguments.json) {
         nlohmann::ordered_json document = {
             {"source", arguments.source}, {"verdict", verdict}, {"failures", failures()}};

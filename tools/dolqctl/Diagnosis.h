@@ -44,7 +44,7 @@ public:
 
     /// Prints whose variables were looked at, what is in order, in one line or with `all` in one
     /// each, what is not, and at the end `verdict`.
-    void print(const ReportArguments& arguments, const std::string& verdict) const;
+    void print(const Arguments& arguments, const std::string& verdict) const;
 
 private:
     void add(Observation observation);

@@ -6,6 +6,7 @@
 
 #include "Output.h"
 #include "SharedObject.h"
+#include "common/Environment.h"
 #include "common/LoadModuleNames.h"
 
 namespace dolqctl {
@@ -36,12 +37,14 @@ std::string quoted(const Identity& identity) {
     return inQuotes(identity.productNumber) + ' ' + inQuotes(identity.revision);
 }
 
-Discovery discover(const Identity& identity) {
+Discovery discover() {
     SharedObject handler(kLoadModuleLibrary);
     auto* const getLoadModules = handler.function<decltype(Velk_get_lms)>("Velk_get_lms");
     auto* const freeBuffers = handler.function<decltype(Velk_free_buffers)>("Velk_free_buffers");
     Discovery discovery;
-    discovery.identity = identity;
+    const Identity& identity =
+        discovery.identity = {common::environment(common::kProductNumberVariable),
+                              common::environment(common::kRevisionVariable)};
     for (std::string category : common::kLoadModuleCategories) {
         Velk_lm_list list{};
         if (const int error = getLoadModules(nullptr, category.data(), &list); error != VELK_OK) {

@@ -3,16 +3,20 @@
 #include <string>
 #include <vector>
 
-#include "Commands.h"
-
 namespace dolqctl {
+
+/// Which load module a program belongs to.
+struct Identity {
+    std::string productNumber;
+    std::string revision;
+};
 
 /// "product" "revision": white space counts.
 std::string quoted(const Identity& identity);
 
 /// The node's load modules as the load-module handler gives them, in the library's order.
 struct Discovery {
-    Identity identity;                     ///< of the load module looked for
+    Identity identity;                     ///< of the load module that the environment names
     bool isFound = false;                  ///< there is one
     std::vector<Identity> loadModules;     ///< all of them
     std::vector<std::string> mappingFiles; ///< of the one looked for, in reading order
@@ -23,6 +27,6 @@ struct Discovery {
 };
 
 /// Throws CommandError when the handler cannot be loaded.
-Discovery discover(const Identity& identity);
+Discovery discover();
 
 } // namespace dolqctl

@@ -1,10 +1,8 @@
 // `alarms`: what the notifications of the service amount to.
 #include <algorithm>
 #include <ctime>
-#include <functional>
 #include <iomanip>
 #include <iostream>
-#include <map>
 #include <set>
 #include <sstream>
 #include <unordered_map>
@@ -216,33 +214,23 @@ void printLong(const std::vector<Alarm>& alarms) {
 }
 
 /// The option that leaves the alarm out; null when it is shown.
-const char* leavesOut(const AlarmsArguments& arguments, const Alarm& alarm) {
+const char* leavesOut(const Arguments& arguments, const Alarm& alarm) {
     const Time changed = alarm.isCeased ? alarm.endTime : alarm.lastTime; // unknown: may be young
     return arguments.vendor.value_or(alarm.raised.classId.vendorId) != alarm.raised.classId.vendorId
                ? "--vendor"
-           : arguments.severity.value_or(0) > alarm.raised.severity ? "--severity"
+           : !arguments.severity.empty() &&
+                   common::codeOf(arguments.severity, common::kSeverityNames) >
+                       alarm.raised.severity
+               ? "--severity"
            : arguments.since && changed &&
                    *changed / kNsPerSecond < std::time(nullptr) - *arguments.since
                ? "--since"
                : nullptr;
 }
 
-/// "1 critical, 2 minor": how many there are of each severity, the worst first.
-std::string severitiesText(const std::vector<Alarm>& alarms) {
-    std::map<std::uint32_t, std::size_t, std::greater<>> counts;
-    for (const Alarm& alarm : alarms) {
-        ++counts[alarm.raised.severity];
-    }
-    std::string text;
-    for (const auto& [severity, count] : counts) {
-        text += (text.empty() ? "" : ", ") + std::to_string(count) + ' ' + nameOf(severity);
-    }
-    return text;
-}
-
 } // namespace
 
-int runAlarms(const AlarmsArguments& arguments) {
+int runAlarms(const Arguments& arguments) {
     const std::string object = arguments.object.substr(0, kLongestObject);
     AlarmList list = readAlarms(object, arguments.history);
     std::vector<Alarm>& alarms = list.alarms;
@@ -260,16 +248,12 @@ int runAlarms(const AlarmsArguments& arguments) {
               [&](const Alarm& left, const Alarm& right) { return rank(left) > rank(right); });
     const std::string what = arguments.history ? "alarm" : "active alarm";
     const std::string of = object.empty() ? "" : " of " + nameText(arguments.object);
-    std::string summary = counted(alarms.size(), what) + of + ": " + severitiesText(alarms);
+    std::string summary = counted(alarms.size(), what) + of;
     if (alarms.empty()) {
         summary = "No " + what + 's' + of;
         summary += found == 0
                        ? ""
                        : ": " + joined(options, " and ") + " left out " + std::to_string(found);
-    }
-    if (arguments.limit && *arguments.limit < alarms.size()) {
-        alarms.resize(*arguments.limit);
-        summary += "; " + std::to_string(alarms.size()) + " shown";
     }
     if (arguments.json) {
         Json json = {{"notifications", list.notifications},

@@ -77,15 +77,12 @@ std::string arrivalText(const Notification& arrived, const std::string& object, 
 
 /// Calls `operation` on an adapter of the library, as an application would, and looks whether what
 /// is `expected` arrived; `next` leads to the cause when it did not.
-int send(const CeaseArguments& arguments, Notification expected, const std::string& next,
+int send(const Arguments& arguments, Notification expected, const std::string& next,
          const std::function<void(FaultManagementI&)>& operation) {
     using namespace ruxa::fm::dolq::v2;
-    // Before the library and the trace backend read them.
-    setenv("ZBN_NO", arguments.identity.productNumber.c_str(), 1);
-    setenv("ZBN_REV", arguments.identity.revision.c_str(), 1);
     const bool isTracedHere =
         std::getenv("RUXA_TRACE_GROUPS") == nullptr && std::getenv("RUXA_TRACE_SINK") == nullptr;
-    setenv("RUXA_TRACE_GROUPS", "0,4", 0);
+    setenv("RUXA_TRACE_GROUPS", "0,4", 0); // before the trace backend reads it
     SharedObject library(kDolqLibrary);
     auto* const getFactory = library.function<FmiFactory*()>(kGetFactory);
     auto* const freeFactory = library.function<void()>("_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv");
@@ -142,16 +139,13 @@ int send(const CeaseArguments& arguments, Notification expected, const std::stri
     }
 }
 
-std::string explanation(bool isIdentityGiven) {
-    return std::string("dolqctl explain with the same --object, --fault, --product and "
-                       "--revision") +
-           (isIdentityGiven ? ", and --identity-given" : "") +
-           "; if that finds nothing, look up the traces' errorCode in troubleshooting.md";
-}
+constexpr char kExplanation[] =
+    "dolqctl explain with the same --object, --fault, --product and --revision; if that finds "
+    "nothing, look up the traces' errorCode in troubleshooting.md";
 
 } // namespace
 
-int runRaise(const RaiseArguments& arguments) {
+int runRaise(const Arguments& arguments) {
     const bool hasSystem = !arguments.systemUuid.empty();
     const bool hasComputer = !arguments.computeName.empty();
     const auto& ids = arguments.eventIds;
@@ -160,29 +154,28 @@ int runRaise(const RaiseArguments& arguments) {
     const std::string next = hasSystem != hasComputer
                                  ? "give both --system-uuid and --compute-name, or neither"
                              : isUncaused ? "give an --event-id other than 0"
-                                          : explanation(hasSystem);
+                                          : kExplanation;
     Notification expected;
-    expected.severity = static_cast<std::uint32_t>(
-        std::find(std::begin(common::kSeverityNames), std::end(common::kSeverityNames),
-                  common::kClientSeverityNames[arguments.severity]) -
-        common::kSeverityNames);
+    expected.severity = common::codeOf(arguments.severity, common::kSeverityNames);
     expected.text = arguments.text;
     expected.info.emplace_back();
     for (const std::string& text : arguments.info) {
         expected.info.push_back({0, SA_NTF_VALUE_STRING, text});
     }
     return send(arguments, expected, next, [=](FaultManagementI& alarms) {
+        const std::uint32_t severity =
+            common::codeOf(arguments.severity, common::kClientSeverityNames);
         const std::uint32_t group =
-            arguments.programGroup.value_or(std::size(common::kProgramGroupNames) - 1); // none
+            common::codeOf(arguments.programGroup, common::kProgramGroupNames);
         const auto raiseFor = [&](const auto& events) {
             using Event = typename std::decay_t<decltype(events)>::value_type;
             if (events.size() > 1) {
                 alarms.raiseSecondaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
-                                           arguments.info, arguments.severity, arguments.systemUuid,
+                                           arguments.info, severity, arguments.systemUuid,
                                            arguments.computeName, events, group);
             } else {
                 alarms.raisePrimaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
-                                         arguments.info, arguments.severity,
+                                         arguments.info, severity,
                                          events.empty() ? Event() : events.front(),
                                          arguments.systemUuid, arguments.computeName, group);
             }
@@ -192,8 +185,8 @@ int runRaise(const RaiseArguments& arguments) {
     });
 }
 
-int runCease(const CeaseArguments& arguments) {
-    return send(arguments, {}, explanation(true), [=](FaultManagementI& alarms) {
+int runCease(const Arguments& arguments) {
+    return send(arguments, {}, kExplanation, [=](FaultManagementI& alarms) {
         alarms.ceaseAlarm(arguments.object, arguments.faultId, {});
     });
 }

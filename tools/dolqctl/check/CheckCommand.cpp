@@ -122,13 +122,13 @@ void print(const Finding& finding) {
 
 } // namespace
 
-int runCheck(const CheckArguments& arguments) {
+int runCheck(const Arguments& arguments) {
     refuseWrongRules(arguments.allowed);
     std::vector<std::string> paths = arguments.files;
     bool isComplete = true;
     bool isMissing = false;
     if (arguments.discovered) {
-        const Discovery discovery = discover(arguments.identity);
+        const Discovery discovery = discover();
         paths = discovery.mappingFiles;
         isComplete = discovery.problems.empty();
         if (paths.empty()) {

@@ -16,6 +16,7 @@
 #include "SharedObject.h"
 #include "Waiting.h"
 #include "common/Environment.h"
+#include "common/LoadModuleNames.h"
 
 namespace dolqctl {
 
@@ -105,7 +106,7 @@ void checkTraces(Diagnosis& diagnosis) {
 }
 
 void checkIdentity(Diagnosis& diagnosis) {
-    for (const char* const name : {"ZBN_NO", "ZBN_REV"}) {
+    for (const char* const name : {common::kProductNumberVariable, common::kRevisionVariable}) {
         checkVariable(diagnosis, name, "no load module is found, and so no mapping", R"(\s)",
                       "white space counts", "compare it with the load modules'");
     }

@@ -1,6 +1,5 @@
 #include "Commands.h"
 #include "Output.h"
-#include "common/Environment.h"
 #include "doctor/Checks.h"
 
 namespace dolqctl {
@@ -24,7 +23,7 @@ void checkMappings(Diagnosis& diagnosis, const Inventory& inventory) {
 
 } // namespace
 
-int runDoctor(const ReportArguments& arguments) {
+int runDoctor(const Arguments& arguments) {
     Diagnosis diagnosis;
     checkSettings(diagnosis);
     checkTraces(diagnosis);
@@ -33,7 +32,7 @@ int runDoctor(const ReportArguments& arguments) {
     checkCorrelationService(diagnosis);
     Discovery discovery;
     try {
-        discovery = discover({common::environment("ZBN_NO"), common::environment("ZBN_REV")});
+        discovery = discover();
         const Inventory inventory = readMappingFiles(discovery.mappingFiles);
         checkMappings(diagnosis, inventory);
         checkLoadModule(diagnosis, discovery, inventory);

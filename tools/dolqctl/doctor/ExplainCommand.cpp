@@ -88,8 +88,8 @@ std::string reservations(const Diagnosis& diagnosis) {
 
 } // namespace
 
-int runExplain(const ExplainArguments& arguments) {
-    const Discovery discovery = discover(arguments.identity);
+int runExplain(const Arguments& arguments) {
+    const Discovery discovery = discover();
     const Inventory inventory = readMappingFiles(discovery.mappingFiles);
     const dolq::MoClass moClass = dolq::parseMoClass(arguments.object);
     const auto found = inventory.mappings.find({arguments.faultId, moClass.name});
@@ -97,9 +97,7 @@ int runExplain(const ExplainArguments& arguments) {
     Diagnosis diagnosis;
     // What fails here stops some alarms, not all.
     checkCorrelationService(diagnosis);
-    if (!arguments.identityGiven) {
-        checkReporter(diagnosis);
-    }
+    checkReporter(diagnosis);
     checkObject(diagnosis, arguments.object);
     if (isMapped) {
         checkLoadModule(diagnosis, discovery, inventory);

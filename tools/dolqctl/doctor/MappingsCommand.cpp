@@ -30,8 +30,8 @@ std::vector<std::string> problemsOf(const Discovery& discovery, const Inventory&
 
 } // namespace
 
-int runMappings(const MappingsArguments& arguments) {
-    const Discovery discovery = discover(arguments.identity);
+int runMappings(const Arguments& arguments) {
+    const Discovery discovery = discover();
     const Inventory inventory = readMappingFiles(discovery.mappingFiles);
     std::vector<std::string> problems = problemsOf(discovery, inventory);
     Json mappings = Json::array();
