@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <regex>
 #include <set>
 #include <string>
 #include <thread>
@@ -51,12 +52,12 @@ private:
     std::unique_ptr<ruxa::fm::fmi::v1::FaultManagementI> m_adapter;
 };
 
-/// A folder with a notification log of its own. Each process reads the environment anew.
+/// A folder with a notification log and traces of its own. Each process reads the environment anew.
 class LoadTest : public testing::Test {
 protected:
     LoadTest() {
         setenv("RUXA_NTF_LOG", m_log.c_str(), 1);
-        setenv("RUXA_TRACE_SINK", ("file:" + m_folder.path().string() + "/trace.log").c_str(), 1);
+        setenv("RUXA_TRACE_SINK", ("file:" + m_traces.string()).c_str(), 1);
         setenv("VELK_MANIFEST_DIR", m_folder.path().c_str(), 1); // which holds no manifest
     }
 
@@ -73,6 +74,7 @@ protected:
 
     const TemporaryFolder m_folder;
     const std::filesystem::path m_log = m_folder.path() / "log.jsonl";
+    const std::filesystem::path m_traces = m_folder.path() / "traces";
 };
 
 TEST_F(LoadTest, MainReturnsWhileThreadsRaiseAlarms) {
@@ -93,6 +95,7 @@ TEST_F(LoadTest, AForkedChildRaisesAlarmsOfItsOwnWhileThreadsRaiseTheirs) {
     GTEST_SKIP() << "a forked child may inherit a locked mutex of its runtime's allocator";
 #endif
     constexpr int kChildren = 220;
+    setenv("RUXA_TRACE_GROUPS", "4", 1); // an entry, a lookup and the sending of each alarm
     std::atomic<bool> stop{false};
     std::vector<std::thread> threads;
     for (int thread = 0; thread < 4; ++thread) {
@@ -122,6 +125,13 @@ TEST_F(LoadTest, AForkedChildRaisesAlarmsOfItsOwnWhileThreadsRaiseTheirs) {
         ofChildren += alarm.at("notificationObject") == "Child=1,Alarm=1" ? 1 : 0;
     }
     EXPECT_EQ(ofChildren, kChildren);
+    const std::regex whole("^[-0-9]{10}T[0-9:.]{15}Z [0-9]+ [0-9]+ \\S+ 4 dolq\\w+:[0-9]+ .{25,}");
+    int tracesOfChildren = 0;
+    for (const std::string& line : linesOf(m_traces)) {
+        EXPECT_TRUE(line.empty() || std::regex_search(line, whole)) << line;
+        tracesOfChildren += line.find("Object:Child=1,Alarm=1") != std::string::npos ? 1 : 0;
+    }
+    EXPECT_EQ(tracesOfChildren, 3 * kChildren);
 }
 
 } // namespace
