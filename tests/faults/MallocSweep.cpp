@@ -12,7 +12,6 @@
 #include <string>
 #include <utility>
 
-#include <saNtf.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -43,34 +42,6 @@ void load() {
     adapterV2 = v2::getFmiFactory()->createFaultManagement();
 }
 
-/// What was sent, with the standard's own calls; its session releases what is left of it.
-void readAlarms() {
-    SaNtfHandleT session = 0;
-    SaVersionT version = {'A', 1, 1};
-    saNtfInitialize(&session, nullptr, &version); // without a handle the next calls are refused
-    SaNtfAlarmNotificationFilterT filter{};
-    saNtfAlarmNotificationFilterAllocate(session, &filter, 0, 1, 0, 0, 0, 0, 0);
-    const SaNtfSearchCriteriaT criteria{SA_NTF_SEARCH_ONLY_FILTER, 0, 0};
-    const SaNtfNotificationTypeFilterHandlesT filters{0, 0, 0, filter.notificationFilterHandle, 0};
-    SaNtfReadHandleT reading = 0;
-    saNtfNotificationReadInitialize(criteria, &filters, &reading);
-    SaNtfNotificationsT read{};
-    while (saNtfNotificationReadNext(reading, SA_NTF_SEARCH_YOUNGER, &read) == SA_AIS_OK) {
-        const SaNtfAlarmNotificationT& alarm = read.notification.alarmNotification;
-        if (alarm.notificationHeader.numAdditionalInfo != 0) {
-            void* text = nullptr;
-            SaUint16T size = 0;
-            saNtfPtrValGet(alarm.notificationHandle,
-                           &alarm.notificationHeader.additionalInfo[0].infoValue, &text, &size);
-            break; // and leave the notification
-        }
-        saNtfNotificationFree(alarm.notificationHandle);
-    }
-    saNtfNotificationFilterFree(filter.notificationFilterHandle);
-    saNtfNotificationReadFinalize(reading);
-    saNtfFinalize(session);
-}
-
 struct Step {
     const char* name;
     std::function<void()> prepare;
@@ -90,14 +61,7 @@ std::vector<Step> allSteps() {
          [] { adapterV2 = v2::getFmiFactory()->createFaultManagement(); }},
         {"unmapped alarm", load, [] { adapterV2->ceaseAlarm(kUnitObject, 8, kName); }},
         {"cease", load, [] { adapterV1->ceaseAlarm(kUnitObject, 7, kName); }},
-        {"destruction", load, free},
-        {"reading",
-         [] {
-             fs::remove(getenv("RUXA_NTF_LOG")); // which has all the alarms so far
-             load();
-             kOperations[0].call(*adapterV1);
-         },
-         readAlarms}};
+        {"destruction", load, free}};
     for (const Operation& operation : kOperations) {
         if (operation.programGroup != nullptr) { // the others do nothing but a part of that
             steps.push_back({operation.name, load, [&operation] { operation.call(*adapterV1); }});
