@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <functional>
 #include <new>
+#include <numeric>
+#include <random>
 
 #include "LibraryTest.h"
 #include "Operations.h"
@@ -202,27 +204,47 @@ TEST_F(AllocationTest, AMappingIsSetWholeOrNotAtAll) {
     }
 }
 
-TEST(MappingTableAllocation, ATableKeepsWhatItHoldsAndBeginsNoEmptyBlock) {
-    constexpr std::uint32_t kMappings = 1100; // several blocks
-    for (const bool ascending : {true, false}) {
+TEST(MappingTable, HoldsEachKeyOnceInOrderHoweverItIsFilledAndWhateverFails) {
+    constexpr std::uint32_t kMappings = 2000; // several blocks
+    std::vector<std::uint32_t> ascending(kMappings);
+    std::iota(ascending.begin(), ascending.end(), 0U);
+    const std::vector<std::uint32_t> descending(ascending.rbegin(), ascending.rend());
+    std::vector<std::uint32_t> shuffled = ascending;
+    std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937(1));
+    const auto faultId = [](std::uint32_t i) { return i / 3 * 6000000U; }; // over all 32 bits
+    const auto moClass = [](std::uint32_t i) { return kClass + std::string(i % 3, 'A'); };
+    for (const auto& order : {ascending, descending, shuffled}) {
         dolq::MappingTable table;
-        for (std::uint32_t held = 0; held < kMappings;) {
-            bool failed = true;
-            for (long position = 1; failed; ++position) {
-                startFailingMalloc(position);
-                try {
-                    table.set(ascending ? held : kMappings - held, 1, kClass);
-                } catch (const std::bad_alloc&) {
+        std::uint32_t set = 0;
+        for (const std::uint32_t round : {0U, 1U}) { // the second replaces
+            for (const std::uint32_t i : order) {
+                bool failed = true;
+                for (long position = 1; failed; ++position) {
+                    startFailingMalloc(position);
+                    try {
+                        table.set(faultId(i), i + round, moClass(i));
+                    } catch (const std::bad_alloc&) {
+                    }
+                    failed = stopFailingMalloc();
+                    set += failed ? 0 : 1;
+                    std::size_t entries = 0;
+                    for (const auto& block : table.blocks()) {
+                        ASSERT_TRUE(!block.empty() && block.size() <= 512);
+                        entries += block.size();
+                    }
+                    ASSERT_EQ(entries, std::min(set, kMappings));
                 }
-                failed = stopFailingMalloc();
-                held += failed ? 0 : 1;
-                std::size_t entries = 0;
-                for (const auto& block : table.blocks()) {
-                    ASSERT_FALSE(block.empty());
-                    entries += block.size();
-                }
-                ASSERT_EQ(entries, held);
             }
+            std::uint32_t held = 0;
+            for (const auto& block : table.blocks()) {
+                for (const auto& entry : block) {
+                    EXPECT_EQ(entry.faultId, faultId(held));
+                    EXPECT_EQ(entry.moClass, moClass(held));
+                    EXPECT_EQ(entry.minorType, held + round);
+                    ++held;
+                }
+            }
+            EXPECT_TRUE(order != ascending || table.blocks().size() == 4); // all of them full
         }
     }
 }

@@ -1,7 +1,3 @@
-#include <algorithm>
-#include <numeric>
-#include <random>
-
 #include "LibraryTest.h"
 #include "mapping/ConfigurationParserFactory.h"
 #include "mapping/dolqNotificationMapImpl.h"
@@ -142,37 +138,6 @@ TEST_F(ConfigurationTest, AnInstalledParserServesEveryFileName) {
     EXPECT_EQ(sentAlarm().majorId, 5U);
     EXPECT_EQ(Slot::getInstance()->createParser(""), nullptr);
     Slot::reset();
-}
-
-TEST(MappingTable, HoldsEachKeyOnceInOrderHoweverItIsFilled) {
-    constexpr std::uint32_t kMappings = 2000; // several blocks
-    std::vector<std::uint32_t> ascending(kMappings);
-    std::iota(ascending.begin(), ascending.end(), 0U);
-    const std::vector<std::uint32_t> descending(ascending.rbegin(), ascending.rend());
-    std::vector<std::uint32_t> shuffled = ascending;
-    std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937(1));
-    const auto faultId = [](std::uint32_t i) { return i / 3 * 6000000U; }; // over all 32 bits
-    const auto moClass = [](std::uint32_t i) { return std::string(i % 3, 'A'); };
-    for (const auto& order : {ascending, descending, shuffled}) {
-        MappingTable table;
-        for (const std::uint32_t round : {0U, 1U}) { // the second replaces
-            for (const std::uint32_t i : order) {
-                table.set(faultId(i), i + round, moClass(i));
-            }
-            std::uint32_t held = 0;
-            for (const auto& block : table.blocks()) {
-                EXPECT_TRUE(!block.empty() && block.size() <= 512);
-                for (const auto& entry : block) {
-                    EXPECT_EQ(entry.faultId, faultId(held));
-                    EXPECT_EQ(entry.moClass, moClass(held));
-                    EXPECT_EQ(entry.minorType, held + round);
-                    ++held;
-                }
-            }
-            EXPECT_EQ(held, kMappings);
-            EXPECT_TRUE(order != ascending || table.blocks().size() == 4); // all of them full
-        }
-    }
 }
 
 } // namespace
