@@ -25,8 +25,9 @@ public:
     /// Makes an adapter with a session of its own with the notification service. The caller owns it
     /// and deletes it before the factory is freed. Blocks while the service answers "try again",
     /// without limit. An adapter is returned even if the service refuses the session: it then drops
-    /// every alarm with a trace, and does not ask again. A session costs time and memory in the
-    /// service, so make few adapters and keep them.
+    /// every alarm with a trace, and does not ask again. Throws only when memory is exhausted or a
+    /// platform library throws. A session costs time and memory in the service, so make few
+    /// adapters and keep them.
     virtual fmi::v1::FaultManagementI* createFaultManagement() = 0;
 
     /// Returns the factory's table: always the same object, never null, owned by the factory.

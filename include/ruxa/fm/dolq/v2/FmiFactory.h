@@ -11,7 +11,8 @@
 
 #include "ruxa/fm/fmi/v1/FaultManagementI.h"
 
-/// The second generation: an adapter is a shared pointer, and the mappings are fixed.
+/// The second generation: an adapter is a shared pointer, and the mappings are fixed. It shares
+/// nothing with the first: a thread that uses both has two factories with a table each.
 namespace ruxa::fm::dolq::v2 {
 
 /// Makes alarm interfaces over one thread's fault-to-alarm table, which is fixed once read. Takes
@@ -24,8 +25,9 @@ public:
     /// Makes an adapter with a session of its own with the notification service. Drop the last
     /// pointer to it before the factory is freed. Blocks while the service answers "try again",
     /// without limit. An adapter is returned even if the service refuses the session: it then drops
-    /// every alarm with a trace, and does not ask again. A session costs time and memory in the
-    /// service, so make few adapters and keep them.
+    /// every alarm with a trace, and does not ask again. Throws only when memory is exhausted or a
+    /// platform library throws. A session costs time and memory in the service, so make few
+    /// adapters and keep them.
     virtual std::shared_ptr<fmi::v1::FaultManagementI> createFaultManagement() = 0;
 };
 

@@ -42,15 +42,16 @@ enum ProgramGroup : std::uint32_t {
 /// exceptions are those of memory exhaustion and those of platform libraries.
 ///
 /// An adapter takes no lock. Several threads may call it at the same time, provided that nobody
-/// changes the mappings of its factory meanwhile. It must not be destroyed while a call runs.
+/// changes the mappings of its factory or the process's environment meanwhile. It must not be
+/// destroyed while a call runs.
 ///
 /// A thread that is cancelled (pthread_cancel, deferred) ends in a pause between two attempts to
 /// reach a busy service. Its alarm is then lost unless the service has it already; no memory and no
 /// lock stays behind. While the service is not busy, a call runs to its end and the cancellation
 /// stays pending, as far as the platform's trace backend and correlation service let it. The same
-/// holds for `createFaultManagement`; no other operation ends a thread. A destructor of the client
-/// that ceases an alarm must disable cancellation (pthread_setcancelstate), for a cancellation
-/// within a destructor ends the process.
+/// holds for `createFaultManagement`. The library's other operations always run to their end, if
+/// the trace backend lets them. A destructor of the client that ceases an alarm must disable
+/// cancellation (pthread_setcancelstate), for a cancellation within a destructor ends the process.
 ///
 /// Parameters, wherever they occur:
 /// - `notificationObject`: the faulty object's distinguished name, for instance
@@ -64,8 +65,8 @@ enum ProgramGroup : std::uint32_t {
 ///   bytes.
 /// - `additionalInfo`: free UTF-8 texts, sent in this order after the correlation. Empty entries
 ///   are left out, each text is cut to 65534 bytes, and the list to 65535 entries. The service
-///   allows less: OpenSAF refuses an alarm whose entries together have more than 32767 bytes, the
-///   correlation and a NUL byte for each entry included.
+///   allows less: OpenSAF has room for 32767 bytes in all, for the entries, the correlation and the
+///   program group, each with a NUL byte. An alarm with an entry that finds no room is dropped.
 /// - `perceivedSeverity`: a `PerceivedSeverity` code.
 /// - `programGroup`: a `ProgramGroup` code. Operations without this parameter send none.
 /// - `systemUUID`, `computeName`: the identity of the reporting system, sent as it is given. If
@@ -142,9 +143,10 @@ public:
     /// refused if none remains, or if the node has no correlation service. Each of these leaves a
     /// trace.
     ///
-    /// Name the type of the list: `{"a", "b"}`, `{0}` and `{}` fit this operation and the one for
-    /// correlation UUIDs alike, so that a call with them is ambiguous and does not compile. Write
-    /// `std::vector<std::uint32_t>{4711}` or `std::vector<std::string>{"a", "b"}`.
+    /// Name the type of the list: `{}`, `{0}`, `{"a", "b"}` and, for GCC, any single number fit
+    /// this operation and the one for correlation UUIDs alike, so that a call with them is
+    /// ambiguous and does not compile. Write `std::vector<std::uint32_t>{4711}` or
+    /// `std::vector<std::string>{"a", "b"}`.
     virtual void raiseSecondaryAlarm(const std::string& notificationObject, std::uint32_t faultId,
                                      const std::string& faultIdName,
                                      const std::string& additionalText,
