@@ -26,7 +26,8 @@ std::string concatenated(std::initializer_list<std::string_view> pieces) {
 
 } // namespace
 
-// The blanks are part of the format: one after each colon, none after a comma.
+// Both texts begin alike, yet each stands here whole, as receivers see it. The blanks are part of
+// the format: one after each colon, none after a comma.
 
 std::string makePrimaryCorrelationInfo(const std::string& systemUUID,
                                        const std::string& computeName,

@@ -1,3 +1,6 @@
+// Objects are named by containment: each relative name stands for something inside the one before
+// it, and the last one is the object's own. So its class is looked for from the end of the name.
+
 #include "adapter/MoClass.h"
 
 #include <algorithm>

@@ -27,6 +27,7 @@ namespace {
 
 constexpr char kTraceUnit[] = "dolqAdapterImpl";
 
+// In a trace, an empty entry could not be told from none.
 const std::string kEmptyString = "<empty string>";
 
 /// The perceived severity of ITU-T X.733 as the notification service numbers it, indexed by the
@@ -60,6 +61,8 @@ void AdapterImpl::raiseAlarm(const std::string& notificationObject, std::uint32_
 
 void AdapterImpl::ceaseAlarm(const std::string& notificationObject, std::uint32_t faultId,
                              const std::string& faultIdName) {
+    // Receivers know the alarm that ends by its object and its class id, so nothing else is needed:
+    // no system identity, no correlation, no texts.
     const AlarmProbe probe(notificationObject, faultId);
     DOLQ_TRACE(m_traceObject, kFlow,
                " Cease Alarm initiated: notificationObject:%s, faultId:%u, faultIdName:%s",
@@ -335,6 +338,7 @@ void AdapterImpl::raiseSecondaryAlarmForEvents32Bit(
                     "No mapping of zero-valued correlatedEvent32Bit to correlationUUID occured.");
                 continue;
             }
+            // An event without a UUID costs no other event.
             std::string correlationUUID;
             if (!api->getDerivedCorrelationUUID(event, correlationUUID)) {
                 DOLQ_TRACE(m_traceObject, kFailure,
@@ -457,6 +461,7 @@ void AdapterImpl::sendNotification(const std::string& notificationObject,
 }
 
 SaNtfSeverityT AdapterImpl::mapPerceivedSeverity(std::uint32_t perceivedSeverity) const {
+    // A code that nobody knows is no reason to lose an alarm.
     if (perceivedSeverity >= std::size(kSeverityOfCode)) {
         DOLQ_TRACE(m_traceObject, kFlow,
                    "Raise Alarm called with unknown perceived severity: perceivedSeverity:%u",
@@ -467,6 +472,7 @@ SaNtfSeverityT AdapterImpl::mapPerceivedSeverity(std::uint32_t perceivedSeverity
 }
 
 std::string AdapterImpl::programGroupName(std::uint32_t programGroup) const {
+    // The table ends in the name for "none", which stands for every code beyond, too.
     constexpr std::uint32_t kNone = std::size(common::kProgramGroupNames) - 1;
     const char* const name = common::kProgramGroupNames[std::min(programGroup, kNone)];
     DOLQ_TRACE(m_traceObject, kFlow, " Alarm program group: %s", name);

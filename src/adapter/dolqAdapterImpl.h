@@ -115,6 +115,7 @@ private:
                                      std::uint32_t perceivedSeverity, std::uint32_t eventId,
                                      const std::string& systemUUID, const std::string& computeName,
                                      const std::string& programGroupName);
+    /// A primary alarm is sent without a correlation UUID, too; that is traced.
     void raisePrimaryAlarmImpl(const std::string& notificationObject, std::uint32_t faultId,
                                const std::string& faultIdName, const std::string& additionalText,
                                const std::vector<std::string>& additionalInfo,
@@ -132,6 +133,7 @@ private:
                                            const std::string& computeName,
                                            const std::vector<std::uint32_t>& correlatedEvents32Bit,
                                            const std::string& programGroupName);
+    /// A secondary alarm is refused without a correlation UUID.
     void raiseSecondaryAlarmImpl(const std::string& notificationObject, std::uint32_t faultId,
                                  const std::string& faultIdName, const std::string& additionalText,
                                  const std::vector<std::string>& additionalInfo,

@@ -32,8 +32,7 @@ FmiFactory* getFmiFactory() {
     if (FmiFactory* const factory = Slot::getPtr()) {
         return factory;
     }
-    // Neither the load-module handler nor TinyXML survives a thread that is cancelled within.
-    const common::CancellationHeld held;
+    const common::CancellationHeld held; // as the configurator asks
     FmiFactory* const factory = Slot::getInstance();
     // The run fills the map of the factory just stored, which it gets by calling this function
     // again. An exception leaves the factory stored with what was read.

@@ -32,8 +32,7 @@ FmiFactory* getFmiFactory() {
     if (FmiFactory* const factory = Slot::getPtr()) {
         return factory;
     }
-    // Neither the load-module handler nor TinyXML survives a thread that is cancelled within.
-    const common::CancellationHeld held;
+    const common::CancellationHeld held; // as the configurator asks
     ::dolq::MappingTable mapping;
     ::dolq::xmlconf::runMappingConfiguratorV2(mapping);
     auto factory = std::make_unique<::dolq::FmiFactoryImplV2>(std::move(mapping));

@@ -1,3 +1,6 @@
+// Who interprets the configuration file that a v1 client names. The library itself has one parser,
+// which does not look at the file, so any name gets it; no name means no configuration.
+
 #include "mapping/ConfigurationParserFactory.h"
 
 #include <utility>

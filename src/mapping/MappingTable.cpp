@@ -1,3 +1,6 @@
+// Setting a mapping finds its place by bisection, first the block and then the entry in it. A block
+// that is full is split in two, so that no insertion moves the entries of more than one block.
+
 #include "mapping/MappingTable.h"
 
 #include <algorithm>

@@ -16,6 +16,7 @@ namespace {
 
 constexpr char kTraceUnit[] = "dolqNotificationMapImpl";
 
+/// OtherClass: the table has entries of the fault, but none for the class.
 enum class Lookup { Match, OtherClass, NoEntry };
 
 // What the texts below call a thread is the process id. Operators look for that number and for

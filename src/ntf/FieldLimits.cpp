@@ -1,3 +1,7 @@
+// An alarm whose texts are too long is worth more with its texts cut than not sent. Here is what a
+// notification can carry of each: counts and sizes have 16 bits in the standard's interface, and
+// names 600 bytes in the headers that the library is built with. The session traces every cut.
+
 #include "ntf/FieldLimits.h"
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// All that the library calls of the notification service. Nothing is added to the calls, neither
+// attempts nor traces nor conversions: the NtfI of a test then replaces the service alone.
+
 #include "ntf/NtfImpl.h"
 
 namespace dolq {

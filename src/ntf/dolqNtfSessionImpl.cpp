@@ -29,6 +29,7 @@ namespace {
 
 constexpr char kTraceUnit[] = "dolqNtfSessionImpl";
 
+// The part of the notification class id that keeps the alarms of different vendors apart.
 constexpr SaUint32T kVendorId = RUXA_DOLQ_VENDOR_ID;
 constexpr SaNtfElementIdT kThresholdId = 255; // by which receivers know that there is no threshold
 // For services that neither set the event time when they allocate nor when they send.
@@ -63,7 +64,7 @@ LostAlarm lostAlarm(const char* cause, SaAisErrorT code, const NotificationData&
 }
 
 bool hasProgramGroup(const NotificationData& data) {
-    return std::string_view(data.programGroup) != kNoProgramGroup; // lengths first, unlike strings
+    return data.programGroup != std::string_view(kNoProgramGroup);
 }
 
 } // namespace
@@ -75,7 +76,8 @@ public:
         : m_session(session), m_handle(handle) {}
     ~AllocatedAlarm() {
         if (m_allocated) {
-            const common::CancellationHeld held; // also in a pause
+            // Not even in a pause may the thread end here: it would leave a destructor.
+            const common::CancellationHeld held;
             static_cast<void>(free());
         }
     }
@@ -95,6 +97,7 @@ private:
 };
 
 NtfSessionImpl::NtfSessionImpl(std::shared_ptr<NtfI> ntf) : m_ntf(std::move(ntf)) {
+    // The first version of the standard's interface. The service writes its own in its place.
     SaVersionT version{'A', 1, 1};
     const SaAisErrorT result = initializeSession(&m_ntfHandle, &version);
     if (result != SA_AIS_OK) {
@@ -106,6 +109,7 @@ NtfSessionImpl::NtfSessionImpl(std::shared_ptr<NtfI> ntf) : m_ntf(std::move(ntf)
 NtfSessionImpl::~NtfSessionImpl() {
     const common::CancellationHeld held;
     try {
+        // Also for a session that was refused: the trace then says that there was none.
         const SaAisErrorT result = finalizeSession(m_ntfHandle);
         if (result != SA_AIS_OK) {
             DOLQ_TRACE(m_traceObject, kFailure, "Finalize Session: errorCode:%x", result);
@@ -129,12 +133,13 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
         return;
     }
 
-    // Two blanks before the code, in the texts below, too: operators filter traces by them.
+    // Handle 0, so that an answer of success without a notification is seen when it is filled.
     SaNtfAlarmNotificationT notification{};
     SaAisErrorT result =
         allocateAlarm(m_ntfHandle, &notification, sentSize(data.additionalText),
                       sentCount(data.additionalInfo), hasProgramGroup(data) ? 1 : 0);
     if (result != SA_AIS_OK) {
+        // Two blanks before the code, in the texts below, too: operators filter traces by them.
         DOLQ_DROP(lostAlarm("allocate refused", result, data), m_traceObject, kFailure,
                   "Allocate Alarm:  errorCode:%x", result);
         return;
@@ -154,6 +159,7 @@ void NtfSessionImpl::sendNotification(const NotificationData& data) {
                   "Send Alarm:  errorCode:%x", result);
         return;
     }
+    // The alarm is with the service, so it is not lost by what follows.
     result = alarm.free();
     if (result != SA_AIS_OK) {
         DOLQ_TRACE(m_traceObject, kFailure, "Free Alarm:  errorCode:%x", result);
@@ -166,9 +172,10 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
     if (handle == 0) {
         return SA_AIS_ERR_BAD_HANDLE;
     }
-    // Every alarm has a perceived severity, a probable cause, a trend and threshold information.
+    // The alarm information of ITU-T X.733: perceived severity, probable cause, trend indication,
+    // proposed repair actions and threshold information.
     *notification.perceivedSeverity = static_cast<SaNtfSeverityT>(data.perceivedSeverity);
-    // The last three are the same for all alarms: what they could tell is in the class id below.
+    // Cause, trend and threshold are the same for all alarms: the class id below says more.
     *notification.probableCause = SA_NTF_UNSPECIFIED_REASON;
     *notification.trend = SA_NTF_TREND_NO_CHANGE;
 
@@ -186,6 +193,8 @@ SaAisErrorT NtfSessionImpl::populateAlarm(SaNtfAlarmNotificationT& notification,
 
     // The header is that of any notification: what happened, to which object, and texts.
     SaNtfNotificationHeaderT& header = notification.notificationHeader;
+    // The first type of the alarms' range: which one of X.733 it is (communications, quality of
+    // service, processing error, equipment, environmental) is not known here.
     *header.eventType = SA_NTF_ALARM_NOTIFICATIONS_START;
     if constexpr (kSetsEventTime) {
         *header.eventTime = static_cast<SaTimeT>(SA_TIME_UNKNOWN);

@@ -25,6 +25,7 @@ namespace {
 
 constexpr char kTraceUnit[] = "dolqXmlConfigurator";
 
+/// A text of the handler's, which may be missing.
 std::string textOf(const char* text) { return text != nullptr ? text : ""; }
 
 /// What one successful query of the load-module handler allocated.
@@ -86,6 +87,8 @@ private:
     const TraceObject& m_traceObject;
 };
 
+/// Stores through the interface that v1 clients have, too. So a mapping without a class leaves the
+/// traces of the deprecated operation as well.
 class LoaderV1 final : public Loader {
 public:
     LoaderV1(const std::string& fileName, const TraceObject& traceObject,
@@ -104,6 +107,7 @@ private:
     ruxa::fm::dolq::v1::ConfigurationI& m_configuration;
 };
 
+/// Stores in the table from which the map of the v2 factory will be made.
 class LoaderV2 final : public Loader {
 public:
     LoaderV2(const std::string& fileName, const TraceObject& traceObject, MappingTable& mapping)
@@ -181,6 +185,7 @@ std::vector<std::string> MappingXmlConfigurator::findMappingFiles(const std::str
         return paths;
     }
     for (const Velk_lm& loadModule : LoadModules(list)) {
+        // Another revision may map the same faults to other alarms.
         if (productNumber != textOf(loadModule.productNumber) ||
             revision != textOf(loadModule.revision)) {
             continue;
@@ -190,6 +195,7 @@ std::vector<std::string> MappingXmlConfigurator::findMappingFiles(const std::str
             if (textOf(file.tag) != common::kMappingFileTag) {
                 continue;
             }
+            // A copy, for files are read when the handler's buffers are freed.
             std::string path = textOf(file.path);
             DOLQ_TRACE(
                 m_traceObject, kDetail,

@@ -12,7 +12,9 @@ namespace dolq::xmlconf {
 
 /// Fills a fault-to-alarm table from the alarm mapping files of the load module that the program
 /// belongs to. Made for one run. Nothing is reported back: what is missing or wrong is traced, and
-/// the run continues without it. Throws when memory is exhausted or the trace backend throws.
+/// the run continues without it. Throws when memory is exhausted or the trace backend throws. The
+/// caller holds a cancellation of the thread back until the run is over, for neither the
+/// load-module handler nor TinyXML survives a thread that ends within it.
 class MappingXmlConfigurator {
 public:
     MappingXmlConfigurator() = default;
