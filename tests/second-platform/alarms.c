@@ -1,5 +1,5 @@
 /* Prints the alarms that the notification service has, the oldest first: what any program sees that
-   knows the standard's header alone. Its argument, if any, is a part of the objects' names. */
+   knows the standard's header alone. */
 
 #include <saNtf.h>
 #include <stdio.h>
@@ -16,48 +16,34 @@ static void printName(const char* field, const SaNameT* name) {
     printf("%s: %.*s\n", field, (int)name->length, (const char*)name->value);
 }
 
-static void printValue(const char* field, unsigned id, SaNtfValueTypeT type,
-                       SaNtfNotificationHandleT notification, const SaNtfValueT* value) {
+static void printString(const char* field, unsigned id, SaNtfNotificationHandleT notification,
+                        const SaNtfValueT* value) {
     void* text = NULL;
     SaUint16T size = 0;
-    printf("%s %u: ", field, id);
-    if (type == SA_NTF_VALUE_STRING &&
-        saNtfPtrValGet(notification, value, &text, &size) == SA_AIS_OK) {
-        printf("%.*s (%u bytes)\n", (int)size, (const char*)text, (unsigned)size);
-    } else {
-        printf("of type %d\n", (int)type);
-    }
+    require(saNtfPtrValGet(notification, value, &text, &size), "saNtfPtrValGet");
+    printf("%s %u: %.*s (%u bytes)\n", field, id, (int)size, (const char*)text, (unsigned)size);
 }
 
 static void print(const SaNtfAlarmNotificationT* alarm) {
     const SaNtfNotificationHeaderT* header = &alarm->notificationHeader;
     unsigned i;
-    printf("notification: %llu\n", *header->notificationId);
-    printf("event time: %lld\n", *header->eventTime);
-    printf("event type: %#x\n", (unsigned)*header->eventType);
+    printf("notification: %llu\nevent type: %#x\n", *header->notificationId,
+           (unsigned)*header->eventType);
     printName("object", header->notificationObject);
     printName("notifying object", header->notifyingObject);
     printf("class: %u:%u/%u\n", header->notificationClassId->vendorId,
            header->notificationClassId->majorId, header->notificationClassId->minorId);
-    printf("severity: %d\n", (int)*alarm->perceivedSeverity);
-    printf("probable cause: %d\n", (int)*alarm->probableCause);
-    printf("trend: %d\n", (int)*alarm->trend);
-    printf("threshold: %u\n", alarm->thresholdInformation->thresholdId);
-    if (header->lengthAdditionalText != 0) {
-        printf("text: %s (%u bytes)\n", header->additionalText, header->lengthAdditionalText);
-    }
-    for (i = 0; i < header->numCorrelatedNotifications; ++i) {
-        printf("correlated: %llu\n", header->correlatedNotifications[i]);
-    }
+    printf("severity: %d\nprobable cause: %d\ntrend: %d\nthreshold: %u\ntext: %s (%u bytes)\n",
+           (int)*alarm->perceivedSeverity, (int)*alarm->probableCause, (int)*alarm->trend,
+           alarm->thresholdInformation->thresholdId, header->additionalText,
+           header->lengthAdditionalText);
     for (i = 0; i < header->numAdditionalInfo; ++i) {
-        const SaNtfAdditionalInfoT* info = &header->additionalInfo[i];
-        printValue("info", info->infoId, info->infoType, alarm->notificationHandle,
-                   &info->infoValue);
+        printString("info", header->additionalInfo[i].infoId, alarm->notificationHandle,
+                    &header->additionalInfo[i].infoValue);
     }
     for (i = 0; i < alarm->numProposedRepairActions; ++i) {
-        const SaNtfProposedRepairActionT* action = &alarm->proposedRepairActions[i];
-        printValue("repair action", action->actionId, action->actionValueType,
-                   alarm->notificationHandle, &action->actionValue);
+        printString("repair action", alarm->proposedRepairActions[i].actionId,
+                    alarm->notificationHandle, &alarm->proposedRepairActions[i].actionValue);
     }
     printf("specific problems: %u, monitored attributes: %u\n\n", alarm->numSpecificProblems,
            alarm->numMonitoredAttributes);
