@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -59,17 +60,22 @@ TEST(Descriptor, IsNeverThatOfAStandardStream) {
     ::close(kept);
 }
 
-int g_leased = -1; // a descriptor whose holder is told of others that open its file
-
 TEST_F(RegularFile, AFileThatAnotherHoldsALeaseOnIsWaitedFor) {
     const TemporaryFile file("text");
-    g_leased = ::open(file.path().c_str(), O_RDONLY | O_CLOEXEC);
-    const auto before = std::signal(SIGIO, [](int) { ::fcntl(g_leased, F_SETLEASE, F_UNLCK); });
-    ASSERT_EQ(::fcntl(g_leased, F_SETLEASE, F_WRLCK), 0);
+    const auto before = std::signal(SIGIO, SIG_IGN); // which tells the holder of who opens the file
+    const int leased = ::open(file.path().c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::fcntl(leased, F_SETLEASE, F_WRLCK), 0);
+    std::thread holder([leased] {
+        while (::fcntl(leased, F_GETLEASE) == F_WRLCK) {
+            std::this_thread::yield();
+        }
+        ::fcntl(leased, F_SETLEASE, F_UNLCK);
+    });
     std::string content;
     EXPECT_EQ(readRegularFile(file.path(), 10, content), 0);
     EXPECT_EQ(content, "text");
-    ::close(g_leased);
+    holder.join();
+    ::close(leased);
     std::signal(SIGIO, before);
 }
 
