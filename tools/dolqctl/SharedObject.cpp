@@ -1,6 +1,7 @@
 #include "SharedObject.h"
 
 #include <csignal>
+#include <iostream>
 
 #include <dlfcn.h>
 #include <sys/resource.h>
@@ -20,6 +21,7 @@ void* load(const char* soname, int flags = 0) {
 
 /// A file that is cut off kills who loads it, so a child does first.
 bool killsItsLoader(const char* soname) {
+    std::cout.flush(); // or the child of a sanitizer's build prints it again
     const pid_t child = ::fork();
     if (child == 0) {
         std::signal(SIGBUS, SIG_DFL); // which may be a sanitizer's
