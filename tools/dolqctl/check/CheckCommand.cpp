@@ -1,8 +1,6 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iostream>
 #include <map>
 #include <regex>
 #include <set>
@@ -10,7 +8,6 @@
 #include <system_error>
 
 #include <nlohmann/json.hpp>
-#include <sys/mman.h>
 
 #include "Commands.h"
 #include "Discovery.h"
@@ -23,60 +20,36 @@ namespace dolqctl {
 namespace {
 
 void refuseWrongRules(const std::vector<std::string>& allowed) {
-    std::set<std::string> names;
-    for (const RuleText& rule : ruleTexts()) {
-        names.insert(rule.name);
+    std::set<std::string> names; // of those that can be allowed
+    for (const RuleText& each : kRuleTexts) {
+        if (each.severity != Severity::LostFile) {
+            names.insert(each.name);
+        }
     }
     for (const std::string& rule : allowed) {
         if (names.count(rule) == 0) {
-            throw CommandError("there is no rule " + inQuotes(rule) + "; the rules are " +
-                               joined(names));
-        }
-        if (rule == "not-loaded" || rule == "no-mapping") {
-            throw CommandError("the rule " + inQuotes(rule) +
-                               " cannot be allowed: nothing of such a file is used");
+            throw CommandError("--allow: " + inQuotes(rule) + " is none of " + joined(names));
         }
     }
-}
-
-/// The path of an unnamed file that holds the standard input: the reader takes regular files only.
-std::string keptStandardInput() {
-    std::string path = "/proc/self/fd/" + std::to_string(memfd_create("", MFD_CLOEXEC));
-    std::ofstream(path, std::ios::binary) << std::cin.rdbuf();
-    return path;
 }
 
 /// What is read, each load module's files by a checker of its own.
 struct Report {
     std::map<LoadModule, MappingFileChecker> checkers;
-    std::map<std::string, std::set<LoadModule>> readers; ///< of each file
-    std::vector<std::string> files;                      ///< each once
+    std::vector<std::string> files; ///< each once
     std::vector<Finding> findings;
 };
 
 /// Reads a file of `loadModule` on top of those before it; with `orManifest` also those it names.
-void read(Report& report, const LoadModule& loadModule, const std::string& path,
-          const std::string& name, bool orManifest) {
-    std::error_code error; // of a file that is not there
-    const auto canonical = std::filesystem::weakly_canonical(name, error);
-    std::set<LoadModule>& readers = report.readers[error ? name : canonical.string()];
-    const bool isFirst = readers.empty();
-    if (!readers.insert(loadModule).second) {
-        return;
+void read(Report& report, const LoadModule& loadModule, const std::string& file, bool orManifest) {
+    if (std::find(report.files.begin(), report.files.end(), file) == report.files.end()) {
+        report.files.push_back(file);
     }
-    constexpr std::size_t kMost = 10; // of one rule, as the help says
     std::vector<LoadModuleFile> named;
-    MappingFileChecker& checker = report.checkers.try_emplace(loadModule, kMost).first->second;
-    for (Finding& each : checker.read(path, name, orManifest ? &named : nullptr)) {
-        if (isFirst || each.rule == Rule::Override) { // the others are known
-            report.findings.push_back(std::move(each));
-        }
-    }
-    if (isFirst) {
-        report.files.push_back(name);
-    }
-    for (const auto& [module, file] : named) {
-        read(report, module, file, file, false);
+    const auto findings = report.checkers[loadModule].read(file, orManifest ? &named : nullptr);
+    report.findings.insert(report.findings.end(), findings.begin(), findings.end());
+    for (const auto& [module, path] : named) {
+        read(report, module, path, false);
     }
 }
 
@@ -112,21 +85,12 @@ void addUnmappedFaults(const std::string& path, Report& report) {
     }
 }
 
-void print(const Finding& finding) {
-    const bool isError = finding.severity() == Severity::Error;
-    const std::string more =
-        finding.more > 0 ? " (and " + std::to_string(finding.more) + " more)" : "";
-    printLine(positionText(finding.position) + (isError ? ": error: " : ": warning: ") +
-              finding.message() + more + " [" + finding.name() + ']');
-}
-
 } // namespace
 
 int runCheck(const Arguments& arguments) {
     refuseWrongRules(arguments.allowed);
     std::vector<std::string> paths = arguments.files;
     bool isComplete = true;
-    bool isMissing = false;
     if (arguments.discovered) {
         const Discovery discovery = discover();
         paths = discovery.mappingFiles;
@@ -141,47 +105,56 @@ int runCheck(const Arguments& arguments) {
         throw CommandError("name a mapping FILE or give --discovered");
     }
     Report report;
+    bool isMissing = false;
     for (const std::string& path : paths) {
         std::error_code error;
-        if (path != "-" && !arguments.discovered && !std::filesystem::exists(path, error) &&
-            !error) {
-            tell("there is no file " + inQuotes(path));
-            isMissing = true;
-        } else {
-            read(report, {}, path == "-" ? keptStandardInput() : path, path, !arguments.discovered);
-        }
+        isMissing = isMissing || (path != "-" && !std::filesystem::exists(path, error) && !error);
+        read(report, {}, path, !arguments.discovered);
     }
-    std::vector<Finding>& findings = report.findings;
     for (const auto& [loadModule, checker] : report.checkers) {
         const std::vector<Finding> similar = checker.findSimilarClasses();
-        findings.insert(findings.end(), similar.begin(), similar.end());
+        report.findings.insert(report.findings.end(), similar.begin(), similar.end());
     }
     if (!arguments.faults.empty()) {
         addUnmappedFaults(arguments.faults, report);
     }
-    const auto isAllowed = [&allowed = arguments.allowed](const Finding& finding) {
-        return std::find(allowed.begin(), allowed.end(), finding.name()) != allowed.end();
-    };
-    findings.erase(std::remove_if(findings.begin(), findings.end(), isAllowed), findings.end());
     std::size_t errors = 0;
     std::size_t warnings = 0;
-    for (const Finding& finding : findings) {
-        (finding.severity() == Severity::Error ? errors : warnings) += 1 + finding.more;
+    auto list = nlohmann::ordered_json::array();
+    std::set<std::string> lines; // several load modules can have a file
+    for (const Finding& each : report.findings) {
+        const auto& [file, line, column] = each.position;
+        const std::string rule = each.ruleText().name;
+        const std::string severity = each.isError() ? "error" : "warning";
+        const auto& [text, isNew] = lines.insert(positionText(each.position) + ": " + severity +
+                                                 ": " + each.message + " [" + rule + ']');
+        const auto& allowed = arguments.allowed;
+        if (!isNew || std::find(allowed.begin(), allowed.end(), rule) != allowed.end()) {
+            continue;
+        }
+        ++(each.isError() ? errors : warnings);
+        if (arguments.json) {
+            list.push_back({{"file", file},
+                            {"line", line},
+                            {"column", column},
+                            {"severity", severity},
+                            {"rule", rule},
+                            {"message", each.message}});
+        } else {
+            printLine(*text);
+        }
     }
     if (arguments.json) {
-        printJson(nlohmann::ordered_json{{"files", report.files},
-                                         {"errors", errors},
-                                         {"warnings", warnings},
-                                         {"findings", findings}});
+        printJson({{"files", report.files},
+                   {"errors", errors},
+                   {"warnings", warnings},
+                   {"findings", list}});
     } else {
-        for (const Finding& finding : findings) {
-            print(finding);
-        }
         printLine(counted(errors, "error") + ", " + counted(warnings, "warning") + " in " +
                   counted(report.files.size(), "file"));
     }
     const bool isFine = isComplete && errors == 0 && (!arguments.strict || warnings == 0);
-    return isMissing ? kError : isFine ? kFine : kFindings;
+    return isMissing && !arguments.discovered ? kError : isFine ? kFine : kFindings;
 }
 
 } // namespace dolqctl

@@ -3,17 +3,17 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <cwchar>
-#include <cwctype>
-#include <sstream>
+#include <fstream>
+#include <iostream>
+#include <tuple>
+
+#include <sys/mman.h>
 
 #include "Output.h"
 #include "adapter/MinorType.h"
 #include "common/RegularFile.h"
-#include "common/XmlDocument.h"
 #include "xmlconf/MappingFileFormat.h"
 #include "xmlconf/MappingFileReader.h"
 
@@ -26,65 +26,11 @@ using dolq::xmlconf::kMapping;
 using dolq::xmlconf::kMinorType;
 using dolq::xmlconf::kMoClass;
 
-/// Characters with which a class is hardly that of an object.
-constexpr std::pair<const char*, Rule> kOddCharacters[] = {
-    {"\t\n\v\f\r=", Rule::ClassNeverMatches},
-    {";|/\\+*?\"'`<>", Rule::ClassCharacter},
-    {"!#$%&()@[]^{}~:", Rule::ClassPunctuation}};
-
-/// "131073 (2/1)".
-std::string minorTypeText(std::uint32_t minorType) {
-    return std::to_string(minorType) + " (" + alarmText(minorType) + ')';
-}
-
-/// What a class looks like.
-struct Look {
-    bool isUtf8 = true;
-    wchar_t beyondAscii = 0; ///< the first such character, or 0
-    wchar_t misleading = 0;  ///< the first that looks like another one there, or like nothing, or 0
-    std::wstring folded;
-};
-
-Look lookOf(const std::string& text) {
-    constexpr wchar_t kAccented = L'\uFFFD';
-    Look look;
-    bool isLatin = false;
-    wchar_t shared = 0; // the first letter of an alphabet that shares shapes with the Latin one
-    const auto keepFirst = [](wchar_t& first, wchar_t c, bool is) {
-        first = first == 0 && is ? c : first;
-    };
-    for (std::size_t at = 0, length = 0; at < text.size(); at += length) {
-        wchar_t c = 0;
-        std::mbstate_t state{};
-        length = std::mbrtowc(&c, &text[at], text.size() - at, &state);
-        if (length == 0 || length > text.size()) {
-            return {false, 0, 0, {text.begin(), text.end()}};
-        }
-        // NOLINTNEXTLINE(bugprone-signed-char-misuse): a wchar_t is no char
-        const auto character = static_cast<wint_t>(c);
-        const bool isUnseen = std::iswspace(character) != 0 || std::iswcntrl(character) != 0 ||
-                              c == 0xA0 || c == 0xAD || (c >= 0x2000 && c < 0x2070) ||
-                              (c >= 0x180B && wcwidth(c) == 0);
-        isLatin = isLatin || (c < 0x80 && std::iswalpha(character) != 0);
-        keepFirst(shared, c, (c >= 0x370 && c < 0x530) || (c > 0xFF00 && c < 0xFF5F));
-        keepFirst(look.beyondAscii, c, c >= 0x80);
-        keepFirst(look.misleading, c, c >= 0x80 && isUnseen);
-        if (c >= 0x300 && c < 0x370 && !look.folded.empty()) { // combines with the one before it
-            look.folded.back() = kAccented;
-        } else if (!isUnseen) {
-            const bool isAccented = (c >= 0xC0 && c < 0x250) || (c >= 0x1E00 && c < 0x1F00);
-            look.folded += isAccented ? kAccented : static_cast<wchar_t>(std::towlower(character));
-        }
-    }
-    keepFirst(look.misleading, shared, isLatin);
-    return look;
-}
-
-/// "U+00A0"
-std::string codePoint(wchar_t character) {
-    char name[sizeof("U+FFFFFFFF")];
-    std::snprintf(name, sizeof(name), "U+%04X", static_cast<unsigned>(character));
-    return name;
+/// The path of an unnamed file that holds the standard input: the reader takes regular files only.
+std::string keptStandardInput() {
+    std::string path = "/proc/self/fd/" + std::to_string(memfd_create("", MFD_CLOEXEC));
+    std::ofstream(path, std::ios::binary) << std::cin.rdbuf();
+    return path;
 }
 
 std::string withoutDigits(std::string text) {
@@ -96,10 +42,9 @@ std::string withoutDigits(std::string text) {
 
 /// Whether a blank stands between two other characters of one class.
 bool hasInnerBlank(const std::string& list) {
-    std::istringstream classes(list);
-    for (std::string each; std::getline(classes, each, ',');) {
-        const std::size_t first = each.find_first_not_of(' ');
-        if (first != each.npos && each.find(' ', first) < each.find_last_not_of(' ')) {
+    for (std::size_t next = 0, at = list.find(' '); at != list.npos; at = list.find(' ', next)) {
+        next = std::min(list.find_first_not_of(' ', at), list.size());
+        if (at > 0 && list[at - 1] != ',' && next < list.size() && list[next] != ',') {
             return true;
         }
     }
@@ -108,250 +53,252 @@ bool hasInnerBlank(const std::string& list) {
 
 } // namespace
 
-std::string alarmText(std::uint32_t minorType) {
-    return std::to_string(dolq::majorIdOf(minorType)) + '/' +
-           std::to_string(dolq::minorIdOf(minorType));
+const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name) {
+    const TiXmlAttribute* attribute = element.FirstAttribute();
+    while (attribute != nullptr && std::strcmp(attribute->Name(), name) != 0) {
+        attribute = attribute->Next();
+    }
+    return attribute;
 }
 
-std::string characterBeyondAscii(const std::string& text) {
-    const wchar_t character = lookOf(text).beyondAscii;
-    return character != 0 ? codePoint(character) : std::string();
+std::string textOf(const TiXmlElement& element, const char* name) {
+    const char* const value = element.Attribute(name);
+    return value != nullptr ? value : "";
 }
 
-std::wstring folded(const std::string& text) { return lookOf(text).folded; }
-
-std::vector<Finding> MappingFileChecker::read(const std::string& path, const std::string& name,
+std::vector<Finding> MappingFileChecker::read(const std::string& name,
                                               std::vector<LoadModuleFile>* manifestFiles) {
+    const std::string path = name == "-" ? keptStandardInput() : name;
     std::string text;
     const int error = common::readRegularFile(path, text.max_size(), text);
-    m_whyUnread = error == EISDIR || error == EINVAL ? "not a regular file"
-                  : error != 0                       ? std::strerror(error)
-                  : text.empty()                     ? "it is empty"
-                                                     : "";
-    m_hasNul = text.find('\0') != text.npos;
-    m_problems = text.empty() ? std::vector<XmlProblem>() : findXmlProblems(std::move(text));
+    if (error == 0) {
+        m_problems = findXmlProblems(name, text);
+    } else {
+        m_problems = {{{name},
+                       Rule::NotWellFormed,
+                       {error == EINVAL ? "it is no regular file" : std::strerror(error)}}};
+    }
     m_file = name;
     m_manifestFiles = manifestFiles;
     m_mapsNothing = true;
     const bool isRead = dolq::xmlconf::readMappingFile(path, *this);
-    beginElement(nullptr);
+    m_element.reset();
     if (isRead && m_mapsNothing) {
-        add({{name}, Rule::NoMapping});
+        add({{name}, Rule::NoMapping, {}});
     }
-    for (const XmlProblem& each : m_problems) {
-        add({{name, each.line, each.column}, Rule::NotWellFormed, {each.text}});
+    m_findings.insert(m_findings.end(), m_problems.begin(), m_problems.end());
+    std::stable_sort(m_findings.begin(), m_findings.end(), [](const auto& one, const auto& other) {
+        return std::tie(one.position.line, one.position.column) <
+               std::tie(other.position.line, other.position.column);
+    });
+    return std::exchange(m_findings, {});
+}
+
+FilePosition MappingFileChecker::positionOf(const TiXmlBase& part) const {
+    return {m_file, part.Row(), part.Column()};
+}
+
+void MappingFileChecker::add(Finding finding) {
+    finding.element = m_element;
+    m_findings.push_back(std::move(finding));
+}
+
+void MappingFileChecker::add(Rule rule, const TiXmlBase& part,
+                             const std::vector<std::string>& texts) {
+    add({positionOf(part), rule, texts});
+}
+
+void MappingFileChecker::beginElement(const TiXmlElement& element) {
+    m_element = std::make_shared<const MappingElement>(
+        MappingElement{positionOf(element), textOf(element, kFaultId), textOf(element, kMoClass)});
+}
+
+/// Adds text, and elements of another name than `read`, for which the file may be refused. The
+/// depth is bounded: the reader gives no deeper document to the parser.
+void MappingFileChecker::addUnread(const TiXmlElement& element, const std::string& read,
+                                   bool isRefused) {
+    for (const auto* node = element.FirstChild(); node != nullptr; node = node->NextSibling()) {
+        const TiXmlElement* const child = node->ToElement();
+        beginElement(child != nullptr ? *child : element);
+        if (node->ToText() != nullptr) {
+            const bool isLost = node->ValueStr().find('=') != std::string::npos;
+            add(isLost ? Rule::LostMapping : Rule::Unread, *node, {inQuotes(node->ValueStr())});
+        } else if (child != nullptr && child->ValueStr() != read) {
+            const bool isLost = child->Attribute(kFaultId) != nullptr || child->Attribute("path");
+            add(isRefused ? Rule::NotLoaded
+                : isLost  ? Rule::LostMapping
+                          : Rule::Unread,
+                *child, {'<' + child->ValueStr() + '>'});
+            addUnread(*child);
+        }
     }
-    return takeFindings();
+}
+
+void MappingFileChecker::addUnreadAttributes(const TiXmlElement& element,
+                                             const std::vector<std::string>& known) {
+    for (const auto* each = element.FirstAttribute(); each != nullptr; each = each->Next()) {
+        const std::string name = each->Name();
+        const auto meant = std::find_if(known.begin(), known.end(), [&](const auto& other) {
+            return element.Attribute(other) == nullptr &&
+                   (isMisspelt(name, other) || other.find(name) != other.npos);
+        });
+        if (meant != known.end()) {
+            add(Rule::LostAttribute, *each, {name, *meant});
+        } else if (std::find(known.begin(), known.end(), name) == known.end()) {
+            add(Rule::UnreadAttribute, *each, {name});
+        }
+    }
 }
 
 void MappingFileChecker::onNotLoaded(const TiXmlDocument& document) {
-    XmlProblem reason{document.ErrorRow(), document.ErrorCol(), document.ErrorDesc(), false};
-    if (!m_whyUnread.empty()) {
-        reason = {0, 0, m_whyUnread, false};
-    } else if (!m_problems.empty()) {
-        reason = m_problems.back();
+    if (!m_problems.empty()) {
+        add({m_problems.back().position, Rule::NotLoaded, {m_problems.back().message}});
         m_problems.pop_back();
-    } else if (!document.Error()) {
-        reason = {0, 0, "it has no element, too many levels of them, or too many attributes",
-                  false};
+    } else {
+        add({{m_file, document.ErrorRow(), document.ErrorCol()},
+             Rule::NotLoaded,
+             {document.Error() ? document.ErrorDesc()
+                               : "it has no element, too many levels, or too many attributes"}});
     }
-    add({{m_file, reason.line, reason.column}, Rule::NotLoaded, {reason.text}});
 }
 
 void MappingFileChecker::onRoot(const TiXmlElement& root) {
     const TiXmlElement* const first = root.FirstChildElement();
-    if (m_manifestFiles == nullptr || !isMisspelt(root.ValueStr(), "loadModules") ||
-        (first != nullptr && first->ValueStr() == kMapping)) {
-        if (root.ValueStr() != "alarmMappings") {
-            add(Rule::RootName, root, {root.ValueStr()});
-        }
-        checkChildren(root);
-        return;
-    }
-    m_mapsNothing = false;
-    const auto* const document = dynamic_cast<const common::XmlDocument*>(root.GetDocument());
-    if (m_hasNul || root.NextSiblingElement() != nullptr ||
-        (document != nullptr && !document->isLoadedWhole())) {
-        onNotLoaded({}); // the problem is there
-    } else {
+    if (m_manifestFiles != nullptr && isMisspelt(root.ValueStr(), "loadModules") &&
+        (first == nullptr || first->ValueStr() != kMapping)) {
+        m_mapsNothing = false;
         checkManifest(root);
-    }
-}
-
-/// The depth is bounded: the reader gives no deeper document to the parser.
-void MappingFileChecker::checkChildren(const TiXmlElement& element) {
-    const bool isRoot = element.Parent()->ToDocument() != nullptr;
-    addUnreadText(element);
-    for (const TiXmlElement* child = element.FirstChildElement(); child != nullptr;
-         child = child->NextSiblingElement()) {
-        const std::string& name = child->ValueStr();
-        beginElement(child);
-        if (name == kMapping && isRoot) {
-            checkMapping(*child);
-        } else if (name == kMapping) {
-            add(Rule::LostElement, *child, {name, "only those in the root element are"});
-        } else if (child->Attribute(kFaultId) != nullptr ||
-                   child->Attribute(kMinorType) != nullptr || isMisspelt(name, kMapping)) {
-            add(Rule::LostElement, *child, {name, "did you mean 'mapping'?"});
-        } else {
-            add(Rule::UnknownElement, *child, {name});
-        }
-        checkChildren(*child);
+    } else {
+        addUnread(root, kMapping);
     }
 }
 
 void MappingFileChecker::checkMapping(const TiXmlElement& element) {
+    addUnread(element);
+    beginElement(element);
+    addUnreadAttributes(element, {kFaultId, kMinorType, kMoClass});
     const std::optional<std::uint32_t> faultId = checkNumber(element, kFaultId);
     const std::optional<std::uint32_t> minorType = checkNumber(element, kMinorType);
     if (minorType && (dolq::majorIdOf(*minorType) == 0 || dolq::minorIdOf(*minorType) == 0)) {
-        const TiXmlAttribute& attribute = *findAttribute(element, kMinorType);
-        const std::string text = std::to_string(*minorType);
-        if (dolq::majorIdOf(*minorType) != 0) {
-            add(Rule::NoMinorId, attribute, {text, alarmText(*minorType)});
-        } else if (faultId.value_or(0) > 0xFFFF && *faultId <= 0x7FFFFFFF) {
-            add(Rule::SwappedIds, attribute, {text, std::to_string(*faultId), alarmText(*faultId)});
-        } else {
-            add(Rule::NoMajorId, attribute, {text, std::to_string(131072 + *minorType)});
-        }
+        const bool isFaultId = dolq::majorIdOf(*minorType) == 0 && faultId.value_or(0) > 0xFFFF;
+        add(isFaultId ? Rule::SwappedIds : Rule::ZeroId, *findAttribute(element, kMinorType),
+            {std::to_string(*minorType), alarmText(*minorType)});
     }
-    if (const TiXmlAttribute* const list = findAttribute(element, kMoClass)) {
-        if (list->ValueStr().find_first_not_of(' ') == std::string::npos) {
-            add(Rule::NoClass, *list, {list->ValueStr()});
-        } else if (hasInnerBlank(list->ValueStr())) {
-            add(Rule::BlankInClass, *list, {list->ValueStr()});
-        }
-    } else {
-        add(Rule::MissingClass, element);
+    const TiXmlAttribute* const list = findAttribute(element, kMoClass);
+    if (list == nullptr) {
+        return;
     }
-    addUnknownAttributes(element, {kFaultId, kMinorType, kMoClass});
+    if (list->ValueStr().find_first_not_of(' ') == std::string::npos) {
+        add(Rule::NoClass, *list, {list->ValueStr()});
+    } else if (hasInnerBlank(list->ValueStr())) {
+        add(Rule::BlankInClass, *list, {list->ValueStr()});
+    }
 }
 
 /// Returns the number if it is what is written.
 std::optional<std::uint32_t> MappingFileChecker::checkNumber(const TiXmlElement& element,
                                                              const char* name) {
     int number = 0;
-    const int outcome = element.QueryIntAttribute(name, &number); // as the reader asks
-    if (outcome == TIXML_NO_ATTRIBUTE) {
-        add(Rule::MissingAttribute, element, {name});
+    if (element.QueryIntAttribute(name, &number) != TIXML_SUCCESS) { // as the reader asks
+        add(Rule::NoNumber, element, {name});
         return std::nullopt;
     }
     const TiXmlAttribute& attribute = *findAttribute(element, name);
     const std::string value = attribute.Value();
-    errno = 0;
+    const auto stored = static_cast<std::uint32_t>(number);
     char* rest = nullptr;
     const long long meant = std::strtoll(value.c_str(), &rest, 10);
-    const auto stored = static_cast<std::uint32_t>(number);
-    const bool isOther = errno == ERANGE || (meant != number && meant != stored);
-    const bool hasRest = rest[std::strspn(rest, " \t\n\v\f\r")] != '\0';
-    const bool isLost = outcome != TIXML_SUCCESS || isOther || hasRest;
-    if (isLost || meant < 0 || meant != number) {
-        add(outcome != TIXML_SUCCESS ? Rule::NotAnInteger
-            : isOther                ? Rule::OtherNumber
-            : hasRest                ? Rule::TextAfterNumber
-            : meant < 0              ? Rule::NegativeNumber
-                                     : Rule::Beyond32Bits,
-            attribute, {name, value, std::to_string(stored), std::to_string(number)});
+    if (rest[std::strspn(rest, " \t\n\v\f\r")] != '\0' || (meant != number && meant != stored)) {
+        add(Rule::OtherNumber, attribute, {name, value, std::to_string(stored)});
+        return std::nullopt;
     }
-    return isLost ? std::nullopt : std::optional(stored);
+    if (number < 0) {
+        add(Rule::NegativeNumber, attribute,
+            {name, value, std::to_string(stored), std::to_string(number)});
+    }
+    return stored;
 }
 
 void MappingFileChecker::onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
                                                std::uint32_t minorType) {
-    beginElement(&element);
-    record({faultId, {}, minorType, positionOf(element)});
+    checkMapping(element);
+    onMapping(element, faultId, minorType, {});
 }
 
 void MappingFileChecker::onMapping(const TiXmlElement& element, std::uint32_t faultId,
                                    std::uint32_t minorType, const std::string& moClass) {
-    beginElement(&element);
-    if (record({faultId, moClass, minorType, positionOf(element)})) {
-        checkClass(*findAttribute(element, kMoClass), moClass);
+    if (!record({faultId, moClass}, {minorType, positionOf(element)})) {
+        return;
+    }
+    if (moClass.empty()) {
+        add(Rule::MissingClass, element);
+        return;
+    }
+    const TiXmlAttribute& list = *findAttribute(element, kMoClass);
+    if (moClass.find_first_of("\t\n\v\f\r=;|/\\+*?\"'`<>()[]{}^$!&") != std::string::npos) {
+        add(Rule::ClassCharacter, list, {moClass});
+    }
+    const Look look = lookOf(moClass);
+    if (!look.beyondAscii.empty()) {
+        add(look.misleads ? Rule::Misleading : Rule::BeyondAscii, list,
+            {moClass, look.beyondAscii});
+    }
+    if (!look.misleads) {
+        const Use first{moClass, positionOf(list), 0};
+        ++m_uses.try_emplace(withoutDigits(moClass), first).first->second.count;
     }
 }
 
 /// False for one that the same element has given already.
-bool MappingFileChecker::record(const Mapping& mapping) {
+bool MappingFileChecker::record(const Mappings::key_type& fault, const Mapping& mapping) {
     m_mapsNothing = false;
-    std::vector<Mapping>& history = m_mappings[{mapping.faultId, mapping.moClass}];
-    const Mapping earlier = history.empty() ? Mapping() : history.back();
-    const bool sameFile = earlier.position.file == mapping.position.file;
-    const bool sameElement = sameFile && earlier.position.line == mapping.position.line &&
-                             earlier.position.column == mapping.position.column;
-    if (!history.empty() && !(sameElement && mapping.moClass.empty())) {
-        const bool isEqual = earlier.minorType == mapping.minorType;
-        add({mapping.position,
-             !sameFile ? Rule::Override
-             : isEqual ? Rule::Repeated
-                       : Rule::Duplicate,
-             {std::to_string(mapping.faultId), mapping.moClass, minorTypeText(mapping.minorType),
-              minorTypeText(earlier.minorType)},
-             earlier.position});
-    }
-    if (!sameElement) {
-        history.push_back(mapping);
-    }
-    return !sameElement;
-}
-
-void MappingFileChecker::checkClass(const TiXmlAttribute& list, const std::string& moClass) {
-    if (moClass.empty()) {
-        add(Rule::EmptyClass, list);
-        return;
-    }
-    for (const auto& [characters, rule] : kOddCharacters) {
-        if (moClass.find_first_of(characters) != std::string::npos) {
-            add(rule, list, {moClass});
+    std::vector<Mapping>& history = m_mappings[fault];
+    if (!history.empty()) {
+        const auto& [minorType, position] = history.back();
+        if (positionText(position) == positionText(mapping.position)) {
+            return false;
         }
+        const bool isLost = position.file == m_file && minorType != mapping.minorType;
+        add({mapping.position,
+             isLost ? Rule::Duplicate : Rule::Override,
+             {std::to_string(fault.first), fault.second, alarmText(mapping.minorType),
+              alarmText(minorType), positionText(position)}});
     }
-    const Look look = lookOf(moClass);
-    if (!look.isUtf8) {
-        add(Rule::NotUtf8, list, {moClass});
-    } else if (look.misleading != 0) {
-        add(Rule::Misleading, list, {moClass, codePoint(look.misleading)});
-    } else if (look.beyondAscii != 0) {
-        add(Rule::BeyondAscii, list, {moClass, codePoint(look.beyondAscii)});
-    }
-    const FilePosition position = positionOf(list);
-    const auto& [other, first] =
-        m_spellings.try_emplace(look.folded, moClass, position).first->second;
-    if (other != moClass && look.misleading == 0) {
-        add({position, Rule::ClassCase, {moClass, other}, first});
-    }
-    ++m_uses.try_emplace(withoutDigits(moClass), Use{moClass, position, 0}).first->second.count;
+    history.push_back(mapping);
+    return true;
 }
 
 std::vector<Finding> MappingFileChecker::findSimilarClasses() const {
     constexpr std::size_t kOften = 10;
-    std::vector<std::pair<std::string, Use>> rare;
     std::vector<std::pair<std::string, Use>> often;
     for (const auto& each : m_uses) {
-        const std::size_t size = each.first.size();
-        if (size >= 4 && size <= 100 && (each.second.count == 1 || each.second.count >= kOften)) {
-            (each.second.count == 1 ? rare : often).push_back(each);
+        if (each.second.count >= kOften) {
+            often.push_back(each);
         }
     }
+    std::map<std::wstring, const Use*> spellings;
     std::vector<Finding> findings;
-    for (const auto& [letters, use] : rare) {
-        for (const auto& [others, other] : often) {
-            const std::size_t longer = std::max(letters.size(), others.size());
-            const std::size_t most = letters.size() == 4 ? 1 : 2; // letters that differ
-            if (longer - std::min(letters.size(), others.size()) <= most &&
-                distance(letters, others) <= most) {
-                findings.push_back({use.first,
-                                    Rule::SimilarClass,
-                                    {use.name, other.name, std::to_string(other.count)}});
-                break;
-            }
+    for (const auto& [letters, use] : m_uses) {
+        const Use* other = spellings.try_emplace(lookOf(letters).folded, &use).first->second;
+        const std::size_t most = letters.size() == 4 ? 1 : 2; // letters that differ
+        const bool isRare = use.count == 1 && letters.size() >= 4 && letters.size() <= 100;
+        for (auto each = often.begin(); isRare && other == &use && each != often.end(); ++each) {
+            other = distance(letters, each->first) <= most ? &each->second : other;
+        }
+        if (other != &use) {
+            findings.push_back({use.first,
+                                Rule::SimilarClass,
+                                {use.name, other->name, positionText(other->first)}});
         }
     }
     return findings;
 }
 
 Inventory readMappingFiles(const std::vector<std::string>& paths) {
-    MappingFileChecker checker(1000); // what is left out could be what is asked for
+    MappingFileChecker checker;
     std::vector<Finding> findings;
     for (const std::string& path : paths) {
-        const std::vector<Finding> those = checker.read(path, path);
+        const std::vector<Finding> those = checker.read(path);
         findings.insert(findings.end(), those.begin(), those.end());
     }
     return {checker.mappings(), findings};

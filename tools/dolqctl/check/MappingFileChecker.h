@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -10,7 +11,7 @@
 
 #include <tinyxml.h>
 
-#include "check/Rules.h"
+#include "MappingFiles.h"
 #include "xmlconf/MappingFileObserverI.h"
 
 namespace dolqctl {
@@ -19,31 +20,20 @@ namespace dolqctl {
 using LoadModule = std::vector<std::string>;
 using LoadModuleFile = std::pair<LoadModule, std::string>; ///< one of its mapping files
 
-/// What is not well-formed in a text.
-struct XmlProblem {
-    int line;
-    int column;
-    std::string text;
-    bool isHarmless; ///< TinyXML reads on after it
-};
-
 /// What a parser finds that keeps to the rules of XML, up to where TinyXML may stop. TinyXML, which
 /// reads files for programs, does not; without a problem it may take something else than is
 /// written.
-std::vector<XmlProblem> findXmlProblems(std::string text);
+std::vector<Finding> findXmlProblems(const std::string& file, const std::string& text);
 
 /// Looks at the mapping files of a load module while the library's reader reads them, and finds
 /// what the reader skips, or takes for something else than what is written.
 class MappingFileChecker final : public dolq::xmlconf::MappingFileObserverI {
 public:
-    /// Of one file and rule, `most` findings are kept.
-    explicit MappingFileChecker(std::size_t most) : m_most(most) {}
-
-    /// Reads `path`, calls it `name`, and returns what is wrong in it, by position. With
-    /// `manifestFiles`, a file is a manifest if its root says so: an error is one that the embedded
-    /// load-module handler refuses, or a mapping file that the library does not find in it; those
-    /// that are there are added to `manifestFiles`, and not read.
-    std::vector<Finding> read(const std::string& path, const std::string& name,
+    /// Reads the file `name`, or with "-" the standard input, and returns what is wrong in it, by
+    /// position. With `manifestFiles`, a file is a manifest if its root says so: an error is one
+    /// that the embedded load-module handler refuses, or a mapping file that the library does not
+    /// find in it; those that are there are added to `manifestFiles`, and not read.
+    std::vector<Finding> read(const std::string& name,
                               std::vector<LoadModuleFile>* manifestFiles = nullptr);
 
     /// What has been read.
@@ -54,31 +44,31 @@ public:
     void onNotLoaded(const TiXmlDocument& document) override;
     void onNoRoot() override { onNotLoaded({}); }
     void onRoot(const TiXmlElement& root) override;
+    void onSkipped(const TiXmlElement& element) override { checkMapping(element); }
     void onMappingWithoutClass(const TiXmlElement& element, std::uint32_t faultId,
                                std::uint32_t minorType) override;
+    void onClassList(const TiXmlElement& element, std::uint32_t /*faultId*/,
+                     std::uint32_t /*minorType*/, const char* /*classes*/) override {
+        checkMapping(element);
+    }
     void onMapping(const TiXmlElement& element, std::uint32_t faultId, std::uint32_t minorType,
                    const std::string& moClass) override;
 
 private:
-    // Collect findings (Findings.cpp).
     FilePosition positionOf(const TiXmlBase& part) const;
-    void beginElement(const TiXmlElement* element);
     void add(Finding finding);
-    void add(Rule rule, const TiXmlBase& part, std::vector<std::string> texts = {});
-    void addUnreadText(const TiXmlElement& element);
-    void addUnknownAttributes(const TiXmlElement& element, const std::vector<const char*>& known);
-    std::vector<Finding> takeFindings();
+    void add(Rule rule, const TiXmlBase& part, const std::vector<std::string>& texts = {});
+    void addUnread(const TiXmlElement& element, const std::string& read = {},
+                   bool isRefused = false);
+    void addUnreadAttributes(const TiXmlElement& element, const std::vector<std::string>& known);
 
-    void checkChildren(const TiXmlElement& element);
+    void beginElement(const TiXmlElement& element);
     void checkMapping(const TiXmlElement& element);
     std::optional<std::uint32_t> checkNumber(const TiXmlElement& element, const char* name);
-    void checkClass(const TiXmlAttribute& list, const std::string& moClass);
-    bool record(const Mapping& mapping);
+    bool record(const Mappings::key_type& fault, const Mapping& mapping);
 
     // Of manifests (ManifestChecker.cpp).
     void checkManifest(const TiXmlElement& root);
-    std::vector<std::string> checkElement(const TiXmlElement& element, const char* expected,
-                                          const std::vector<const char*>& names);
     void checkFile(const TiXmlElement& file, const LoadModule& loadModule);
 
     /// How classes occur that differ in digits alone.
@@ -88,26 +78,21 @@ private:
         std::size_t count;
     };
 
-    const std::size_t m_most;
     Mappings m_mappings;
     std::map<std::string, Use> m_uses; ///< by class without digits
-    /// By `folded`: the first class, and where it is.
-    std::map<std::wstring, std::pair<std::string, FilePosition>> m_spellings;
 
     // Of the file that is read:
     std::string m_file;
     std::vector<LoadModuleFile>* m_manifestFiles = nullptr;
-    std::string m_whyUnread;
-    std::vector<XmlProblem> m_problems;
-    bool m_hasNul = false;
+    std::vector<Finding> m_problems;
     bool m_mapsNothing = true;
-    const TiXmlElement* m_about = nullptr;           ///< what the next findings are about, or null
-    std::shared_ptr<const MappingElement> m_element; ///< made of it when a finding needs it
+    std::shared_ptr<const MappingElement> m_element; ///< what the next findings are about, or null
     std::vector<Finding> m_findings;
-    /// By rule: how many are kept, and where the last one of them is.
-    std::map<Rule, std::pair<std::size_t, std::size_t>> m_kept;
 };
 
 const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name);
+
+/// Its value; empty without one.
+std::string textOf(const TiXmlElement& element, const char* name);
 
 } // namespace dolqctl

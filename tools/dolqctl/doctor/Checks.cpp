@@ -142,7 +142,7 @@ void checkCorrelationService(Diagnosis& diagnosis) {
 void checkLoadModule(Diagnosis& diagnosis, const Discovery& discovery, const Inventory& inventory) {
     for (const Finding& each : inventory.findings) {
         if (each.costsTheFile()) {
-            diagnosis.fail("mapping files", positionText(each.position) + ": " + each.message(),
+            diagnosis.fail("mapping files", positionText(each.position) + ": " + each.message,
                            "its alarms are lost", "correct the file");
         }
     }

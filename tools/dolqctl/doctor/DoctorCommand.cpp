@@ -10,7 +10,7 @@ namespace {
 void checkMappings(Diagnosis& diagnosis, const Inventory& inventory) {
     std::size_t errors = 0;
     for (const Finding& each : inventory.findings) {
-        errors += each.severity() == Severity::Error && !each.costsTheFile() ? 1 + each.more : 0;
+        errors += each.isError() && !each.costsTheFile() ? 1 : 0;
     }
     if (errors > 0) {
         diagnosis.warn("mappings", counted(errors, "error"),

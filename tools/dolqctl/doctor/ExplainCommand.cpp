@@ -36,8 +36,8 @@ void checkUsed(Diagnosis& diagnosis, const std::vector<Mapping>& history,
     diagnosis.ok(kMapping, "alarm " + alarmText(used.minorType) + " at " + place);
     for (const Finding& each : findings) {
         if (each.element != nullptr && positionText(each.element->position) == place &&
-            (each.severity() == Severity::Error || (!used.moClass.empty() && !each.other))) {
-            diagnosis.warn(kMapping, positionText(each.position) + ": " + each.message(),
+            each.isError()) {
+            diagnosis.warn(kMapping, positionText(each.position) + ": " + each.message,
                            "it may be another alarm than what is meant", "correct the element");
         }
     }
@@ -50,14 +50,14 @@ void checkUnmapped(Diagnosis& diagnosis, std::uint32_t faultId, const std::strin
     for (auto each = inventory.mappings.lower_bound({faultId, ""});
          each != inventory.mappings.end() && each->first.first == faultId; ++each) {
         const std::string& other = each->first.second;
-        const bool isNear = !moClass.empty() && folded(other) == folded(moClass);
+        const bool isNear = !moClass.empty() && lookOf(other).folded == lookOf(moClass).folded;
         others.insert(isNear ? others.begin() : others.end(),
                       (other.empty() ? "objects without a class" : inQuotes(other)) +
                           (isNear ? " (at " + positionText(each->second.back().position) +
                                         "; mind letter case and white space)"
                                   : ""));
     }
-    const std::string odd = characterBeyondAscii(moClass);
+    const std::string odd = lookOf(moClass).beyondAscii;
     diagnosis.fail(kMapping,
                    others.empty() ? "no mapping file that is read maps the fault"
                                   : "the fault is mapped for " + joined(others) +
@@ -67,9 +67,8 @@ void checkUnmapped(Diagnosis& diagnosis, std::uint32_t faultId, const std::strin
                    kDropped,
                    "map it; see also 'dolqctl mappings' and 'dolqctl check --discovered'");
     for (const Finding& each : inventory.findings) {
-        if (each.severity() == Severity::Error &&
-            each.isAbout(faultId, others.empty() ? "" : moClass)) {
-            diagnosis.fail(kMapping, positionText(each.position) + ": " + each.message(), kDropped,
+        if (each.isError() && each.isAbout(faultId, others.empty() ? "" : moClass)) {
+            diagnosis.fail(kMapping, positionText(each.position) + ": " + each.message, kDropped,
                            "correct the element");
         }
     }

@@ -21,8 +21,8 @@ std::vector<std::string> problemsOf(const Discovery& discovery, const Inventory&
         problems.push_back(discovery.whyNoMappingFile());
     }
     for (const Finding& each : inventory.findings) {
-        if (each.severity() == Severity::Error) {
-            problems.push_back(positionText(each.position) + ": " + each.message());
+        if (each.isError()) {
+            problems.push_back(positionText(each.position) + ": " + each.message);
         }
     }
     return problems;
