@@ -25,7 +25,10 @@ protected:
     ScopedEnvironment m_rev{"ZBN_REV", "R1A"};
 };
 
-TEST_F(FactoryTest, EachGenerationIsConfiguredOnceAndByItself) {
+TEST_F(FactoryTest, EachGenerationAndThreadHasItsOwnWhichIsConfiguredOnce) {
+    v1::freeFmiFactory(); // none yet
+    v2::freeFmiFactory();
+    EXPECT_EQ(platform().events, Texts{});
     v1::FmiFactory* const first = v1::getFmiFactory();
     EXPECT_EQ(v1::getFmiFactory(), first);
     EXPECT_EQ(runs(), 1U);
@@ -33,51 +36,35 @@ TEST_F(FactoryTest, EachGenerationIsConfiguredOnceAndByItself) {
     EXPECT_EQ(v2::getFmiFactory(), second);
     EXPECT_EQ(runs(), 2U);
 
-    first->getConfiguration()->setMapping(8, 1, "Unit"); // of v1 alone
-    const std::unique_ptr<FaultManagementI> adapter(first->createFaultManagement());
-    const std::shared_ptr<FaultManagementI> adapterV2 = second->createFaultManagement();
-    adapter->ceaseAlarm(kObject, 7, "");
-    adapterV2->ceaseAlarm(kObject, 7, "");
-    adapter->ceaseAlarm(kObject, 8, "");
-    adapterV2->ceaseAlarm(kObject, 8, "");
-    EXPECT_EQ(platform().sent.size(), 3U);
-    EXPECT_EQ(
-        platform().traces(0),
-        Texts{"dolqAdapterImpl|Minor type not found. notificationObject:Top=1,Unit=7, faultId:8"});
+    v1::ConfigurationI* const configuration = first->getConfiguration();
+    EXPECT_EQ(first->getConfiguration(), configuration);
+    configuration->setMapping(8, 1, "Unit"); // of this v1 factory alone
+    const std::shared_ptr<FaultManagementI> ofFirst(first->createFaultManagement());
+    std::thread([&] {
+        EXPECT_NE(v1::getFmiFactory(), first);
+        EXPECT_NE(v2::getFmiFactory(), second);
+        const std::shared_ptr<FaultManagementI> ofThread(
+            v1::getFmiFactory()->createFaultManagement());
+        for (const auto& client : {ofFirst, second->createFaultManagement(), ofThread}) {
+            client->ceaseAlarm(kObject, 7, "");
+            client->ceaseAlarm(kObject, 8, "");
+        }
+        v1::freeFmiFactory();
+        v2::freeFmiFactory();
+    }).join();
+    EXPECT_EQ(platform().sent.size(), 4U); // not the second's nor the thread's of fault 8
+    EXPECT_EQ(runs(), 4U);
+    EXPECT_EQ(v1::getFmiFactory(), first);
 }
 
 TEST_F(FactoryTest, AFreedFactoryTakesTheClientsMappingsWithIt) {
-    v1::freeFmiFactory(); // none yet
-    v2::freeFmiFactory();
-    EXPECT_EQ(platform().events, Texts{});
-    v1::ConfigurationI* const configuration = v1::getFmiFactory()->getConfiguration();
-    EXPECT_EQ(v1::getFmiFactory()->getConfiguration(), configuration);
-    configuration->setMapping(8, 1, "Unit");
+    v1::getFmiFactory()->getConfiguration()->setMapping(8, 1, "Unit");
     v1::freeFmiFactory();
     const auto client = adapter({});
     client->ceaseAlarm(kObject, 8, "");
     EXPECT_TRUE(platform().sent.empty());
     client->ceaseAlarm(kObject, 7, "");
     EXPECT_EQ(platform().sent.size(), 1U);
-}
-
-TEST_F(FactoryTest, ThreadsHaveFactoriesOfTheirOwn) {
-    v1::FmiFactory* const mine = v1::getFmiFactory();
-    v2::FmiFactory* const mineV2 = v2::getFmiFactory();
-    mine->getConfiguration()->setMapping(8, 1, "Unit");
-    std::thread([&] {
-        EXPECT_NE(v1::getFmiFactory(), mine);
-        EXPECT_NE(v2::getFmiFactory(), mineV2);
-        const std::unique_ptr<FaultManagementI> client(
-            v1::getFmiFactory()->createFaultManagement());
-        client->ceaseAlarm(kObject, 8, "");
-        client->ceaseAlarm(kObject, 7, "");
-        v1::freeFmiFactory();
-        v2::freeFmiFactory();
-    }).join();
-    EXPECT_EQ(platform().sent.size(), 1U);
-    EXPECT_EQ(runs(), 4U);
-    EXPECT_EQ(v1::getFmiFactory(), mine);
 }
 
 TEST_F(FactoryTest, AConfigurationThatThrowsLeavesAV1FactoryAndNoV2Factory) {

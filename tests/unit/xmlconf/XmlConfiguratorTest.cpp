@@ -3,10 +3,11 @@
 
 namespace {
 
+using Entries = std::vector<std::tuple<std::uint32_t, std::string, std::uint32_t>>;
+
 struct MappingFile {
-    const char* name;
     std::string elements; // of the root
-    std::vector<std::tuple<std::uint32_t, std::string, std::uint32_t>> entries;
+    Entries entries;
     Texts traces; // with <file> for the file's name
 };
 
@@ -22,7 +23,7 @@ std::string withFile(std::string text, const std::string& path) {
 
 /// The entries of a table, ordered by fault id and class.
 auto entriesOf(const dolq::MappingTable& table) {
-    decltype(MappingFile::entries) entries;
+    Entries entries;
     for (const auto& block : table.blocks()) {
         for (const auto& entry : block) {
             entries.emplace_back(entry.faultId, entry.moClass, entry.minorType);
@@ -55,32 +56,26 @@ TEST_F(MappingFileTest, GivesBothGenerationsTheSameEntries) {
         deepest.insert(0, "<a>").append("</a>");
     }
     std::vector<MappingFile> rows{
-        {"NoElements", deepest, {}, {}},
-        {"OtherAndNestedElements",
-         R"(<note faultid="1" minor_type_id="2"/><g><mapping faultid="1" minor_type_id="2"/></g>)",
+        {deepest, {}, {}},
+        {R"(<note faultid="1" minor_type_id="2"/><g><mapping faultid="1" minor_type_id="2"/></g>)",
          {},
          {}},
-        {"NoClass",
-         R"(<mapping faultid="101" minor_type_id="65538"/>)",
+        {R"(<mapping faultid="101" minor_type_id="65538"/>)",
          {{101, "", 65538}},
          {"0 dolqXmlConfigurator|Alarm mapping entry is missing managed object class for fault '101'.",
           "8 dolqXmlConfigurator|Call DOLQ with faultid=101 and minor_type_id=65538"}},
-        {"Negative",
-         R"(<mapping faultid="-1" minor_type_id="-2" managed_object_class="A"/>)",
+        {R"(<mapping faultid="-1" minor_type_id="-2" managed_object_class="A"/>)",
          {{4294967295U, "A", 4294967294U}},
          called("faultid=-1,  minor_type_id=-2 and managed_object_class=A ")},
-        {"TextBehindTheNumber",
-         R"(<mapping faultid="12abc" minor_type_id="2" managed_object_class="A"/>)",
+        {R"(<mapping faultid="12abc" minor_type_id="2" managed_object_class="A"/>)",
          {{12, "A", 2}},
          called("faultid=12,  minor_type_id=2 and managed_object_class=A ")},
-        {"BadElementsAlone",
-         R"(<mapping minor_type_id="2"/><mapping faultid="12"/><mapping faultid="1" minor_type_id="x7"/>
+        {R"(<mapping minor_type_id="2"/><mapping faultid="12"/><mapping faultid="1" minor_type_id="x7"/>
             <mapping faultid="" minor_type_id="3"/><mapping faultid="1" minor_type_id="2" managed_object_class="A"/>)",
          {{1, "A", 2}},
          {kSkipped, kSkipped, kSkipped, kSkipped,
           "8 dolqXmlConfigurator|Call DOLQ with faultid=1,  minor_type_id=2 and managed_object_class=A "}},
-        {"LaterElementWins",
-         R"(<mapping faultid="1" minor_type_id="2" managed_object_class="A"/><mapping faultid="1" minor_type_id="3" managed_object_class="A"/>)",
+        {R"(<mapping faultid="1" minor_type_id="2" managed_object_class="A"/><mapping faultid="1" minor_type_id="3" managed_object_class="A"/>)",
          {{1, "A", 3}},
          {"8 dolqXmlConfigurator|Call DOLQ with faultid=1,  minor_type_id=2 and managed_object_class=A ",
           "8 dolqXmlConfigurator|Call DOLQ with faultid=1,  minor_type_id=3 and managed_object_class=A "}},
@@ -92,8 +87,7 @@ TEST_F(MappingFileTest, GivesBothGenerationsTheSameEntries) {
                                                    {"  ", {}},
                                                    {"\tA ", {"\tA"}}};
     for (const auto& [list, classes] : lists) {
-        rows.push_back({list,
-                        R"(<mapping faultid="1" minor_type_id="2" managed_object_class=")" +
+        rows.push_back({R"(<mapping faultid="1" minor_type_id="2" managed_object_class=")" +
                             std::string(list) + "\"/>",
                         {},
                         called("faultid=1,  minor_type_id=2 and managed_object_class=" +
@@ -103,7 +97,7 @@ TEST_F(MappingFileTest, GivesBothGenerationsTheSameEntries) {
         }
     }
     for (const MappingFile& row : rows) {
-        SCOPED_TRACE(row.name);
+        SCOPED_TRACE(row.elements);
         const TemporaryFile file(std::string("<?xml version=\"1.0\"?><any>") + row.elements +
                                  "</any>");
         dolq::xmlconf::MappingXmlConfigurator configurator;
