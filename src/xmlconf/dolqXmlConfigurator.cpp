@@ -6,7 +6,9 @@
 
 #include "xmlconf/dolqXmlConfigurator.h"
 
+#include <cstddef>
 #include <iterator>
+#include <utility>
 
 #include <Velk.h>
 #include <ruxa/fm/dolq/v1/FmiFactory.h>

@@ -43,7 +43,8 @@ enum ProgramGroup : std::uint32_t {
 ///
 /// An adapter takes no lock. Several threads may call it at the same time, provided that nobody
 /// changes the mappings of its factory or the process's environment meanwhile. It must not be
-/// destroyed while a call runs.
+/// destroyed while a call runs. After `fork`, the child makes adapters of its own. No call may come
+/// from a signal handler.
 ///
 /// A thread that is cancelled (pthread_cancel, deferred) ends in a pause between two attempts to
 /// reach a busy service. Its alarm is then lost unless the service has it already; no memory and no
