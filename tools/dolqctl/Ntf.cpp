@@ -1,51 +1,94 @@
 #include "Ntf.h"
 
-#include <memory>
+#include <csignal>
+#include <mutex>
+#include <optional>
 
+#include "Output.h"
 #include "common/AisNames.h"
 
 namespace dolqctl {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr auto kPause = 100ms;
+constexpr auto kQuiet = 1s;
+constexpr auto kLimit = 30s;
+
+volatile std::sig_atomic_t givenUp = 0; // by this signal
+
+/// The latest call of `ask`, for the thread that waits.
+struct {
+    std::mutex mutex;
+    const char* name = "";
+    SaAisErrorT answer = SA_AIS_OK; ///< the last one that was not the end; OK: there was none
+    std::optional<Clock::time_point> start;
+    Clock::duration waited{}; ///< for earlier calls that did not succeed
+    bool isTold = false;
+} latest;
+
+} // namespace
 
 NtfError::NtfError(const std::string& call, SaAisErrorT answer)
     : CommandError(call + " answers " + common::aisText(answer) +
                    (common::aisMeaning(answer).empty() ? "" : ": ") +
                    std::string(common::aisMeaning(answer))) {}
 
-Ntf::Ntf(Waiting& waiting) : m_waiting(waiting) {
-    auto* const initialize = function<decltype(saNtfInitialize)>("saNtfInitialize");
-    const auto handle = std::make_shared<SaNtfHandleT>(0);
-    call("saNtfInitialize", [=] {
-        SaVersionT version{'A', 1, 1};
-        return initialize(handle.get(), nullptr, &version);
+void heedSignals() {
+    const auto giveUp = [](int signal) { givenUp = signal; };
+    std::signal(SIGINT, giveUp);
+    std::signal(SIGTERM, giveUp);
+}
+
+void checkPatience() {
+    const std::lock_guard lock(latest.mutex);
+    const std::string text =
+        latest.name + (latest.answer == SA_AIS_OK ? " has not answered"
+                                                  : " answers " + common::aisText(latest.answer));
+    const auto waited = latest.waited + (latest.start ? Clock::now() - *latest.start : 0s);
+    if (givenUp != 0) {
+        throw GivenUp("given up: " + text, givenUp);
+    }
+    if (waited >= kLimit) {
+        throw GivenUp("given up after " + std::to_string(kLimit.count()) + " s of waiting: " + text,
+                      0);
+    }
+    if (waited >= kQuiet && !std::exchange(latest.isTold, true)) {
+        tell("waiting for the notification service: " + text + ". Ctrl-C gives up.");
+    }
+}
+
+SaAisErrorT ask(const char* name, const std::function<SaAisErrorT()>& call) {
+    SaAisErrorT answer = SA_AIS_OK;
+    do {
+        {
+            const std::lock_guard lock(latest.mutex);
+            latest.name = name;
+            latest.answer = answer;
+            latest.start = Clock::now();
+        }
+        answer = call();
+        const bool isBusy = answer == SA_AIS_ERR_TRY_AGAIN;
+        std::this_thread::sleep_for(isBusy ? kPause : 0ms);
+        const std::lock_guard lock(latest.mutex);
+        latest.waited += answer == SA_AIS_OK ? 0s : Clock::now() - *latest.start;
+        latest.start.reset();
+    } while (answer == SA_AIS_ERR_TRY_AGAIN);
+    return answer;
+}
+
+Ntf::Ntf() {
+    SaVersionT version{'A', 1, 1};
+    ask<decltype(saNtfInitialize)>("saNtfInitialize", [&](auto* initialize) {
+        return initialize(&m_handle, nullptr, &version);
     });
-    m_handle = *handle;
 }
 
 Ntf::~Ntf() {
-    try {
-        auto* const finalize = function<decltype(saNtfFinalize)>("saNtfFinalize");
-        m_waiting.call("saNtfFinalize", [=, handle = m_handle] { return finalize(handle); });
-    } catch (const std::exception&) { // what was asked for is known
-    }
-}
-
-SaNtfAlarmNotificationT Ntf::allocateAlarm() {
-    auto* const allocate =
-        function<decltype(saNtfAlarmNotificationAllocate)>("saNtfAlarmNotificationAllocate");
-    const auto notification = std::make_shared<SaNtfAlarmNotificationT>();
-    call("saNtfAlarmNotificationAllocate", [=, handle = m_handle] {
-        return allocate(handle, notification.get(), 0, 1, 1, 0, 0, 1, SA_NTF_ALLOC_SYSTEM_LIMIT);
-    });
-    return *notification;
-}
-
-SaAisErrorT Ntf::call(const char* name, const std::function<SaAisErrorT()>& call,
-                      SaAisErrorT alsoFine) {
-    const SaAisErrorT answer = m_waiting.call(name, call);
-    if (answer != SA_AIS_OK && answer != alsoFine) {
-        throw NtfError(name, answer);
-    }
-    return answer;
+    dolqctl::ask("saNtfFinalize", [this] { return m_finalize(m_handle); });
 }
 
 } // namespace dolqctl

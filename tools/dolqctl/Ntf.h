@@ -1,12 +1,16 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
+#include <future>
 #include <string>
+#include <thread>
+#include <utility>
 
 #include <saNtf.h>
 
+#include "Commands.h"
 #include "SharedObject.h"
-#include "Waiting.h"
 
 namespace dolqctl {
 
@@ -16,12 +20,42 @@ public:
     NtfError(const std::string& call, SaAisErrorT answer);
 };
 
-/// A session with the notification service that programs here are given. Calls throw GivenUp when
-/// the waiting is over.
+/// The notification service is asked nothing more: the time was up, or the user gave up.
+class GivenUp : public CommandError {
+public:
+    GivenUp(const std::string& text, int by) : CommandError(text), signal(by) {}
+    const int signal; ///< the user's; 0: the time was up
+};
+
+/// Ends `await`, not the program, at SIGINT and SIGTERM from now on.
+void heedSignals();
+
+/// Throws GivenUp when the calls of `ask` that did not succeed have taken 30 s in all. Tells on
+/// standard error, once, that they have taken more than a second.
+void checkPatience();
+
+/// The result of `work`, which asks the notification service. It runs on a thread of its own, which
+/// is left behind when it is given up: `work` owns what it uses. Throws as `checkPatience`, and
+/// what `work` throws.
+template <typename Work> auto await(Work work) {
+    std::packaged_task<decltype(work())()> task(std::move(work));
+    auto result = task.get_future();
+    std::thread(std::move(task)).detach();
+    while (result.wait_for(std::chrono::milliseconds(100)) == std::future_status::timeout) {
+        checkPatience();
+    }
+    return result.get();
+}
+
+/// Inside `await`: the answer of `call`, which is repeated while that is "try again". `name` tells
+/// people what is called, and lasts as long as the program.
+SaAisErrorT ask(const char* name, const std::function<SaAisErrorT()>& call);
+
+/// Inside `await`: a session with the notification service that programs here are given.
 class Ntf {
 public:
     /// Opens it. Throws NtfError, and CommandError when the service's library cannot be loaded.
-    explicit Ntf(Waiting& waiting);
+    Ntf();
     /// Closes it; what was allocated in it ends.
     ~Ntf();
     Ntf(const Ntf&) = delete;
@@ -29,21 +63,24 @@ public:
 
     SaNtfHandleT handle() const { return m_handle; }
 
-    /// A notification like those of the library, the session's. Throws NtfError.
-    SaNtfAlarmNotificationT allocateAlarm();
-
     /// A function of the service. Throws CommandError when it has none of that name.
     template <typename Function> Function* function(const char* name) {
         return m_service.function<Function>(name);
     }
 
-    /// As Waiting::call; throws NtfError for answers other than SA_AIS_OK and `alsoFine`.
-    SaAisErrorT call(const char* name, const std::function<SaAisErrorT()>& call,
-                     SaAisErrorT alsoFine = SA_AIS_OK);
+    /// Asks by `call` the function of that name, which it is given. Throws NtfError for other
+    /// answers than SA_AIS_OK.
+    template <typename Function, typename Call> void ask(const char* name, const Call& call) {
+        auto* const given = function<Function>(name);
+        const SaAisErrorT answer = dolqctl::ask(name, [&] { return call(given); });
+        if (answer != SA_AIS_OK) {
+            throw NtfError(name, answer);
+        }
+    }
 
 private:
-    Waiting& m_waiting;
     SharedObject m_service{kNtfLibrary};
+    decltype(saNtfFinalize)* const m_finalize = function<decltype(saNtfFinalize)>("saNtfFinalize");
     SaNtfHandleT m_handle = 0;
 };
 

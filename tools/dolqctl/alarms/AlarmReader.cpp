@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <memory>
 
+#include "Ntf.h"
 #include "Output.h"
+#include "common/AlarmNames.h"
 #include "common/Escape.h"
 
 namespace dolqctl {
@@ -13,9 +14,9 @@ namespace dolqctl {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using Json = nlohmann::ordered_json;
 
 constexpr int kSessions = 4;
-constexpr std::size_t kBatch = 100; // a batch is a call, so that a call takes no second
 constexpr std::chrono::seconds kTimeout{5};
 constexpr char kReadNext[] = "saNtfNotificationReadNext";
 
@@ -30,90 +31,61 @@ std::string textOf(const void* text, std::size_t size) {
     return first == nullptr ? "" : std::string(first, ::strnlen(first, size));
 }
 
-/// A reading in a session. A call that was left behind still uses it.
-class Reading {
-public:
-    explicit Reading(Ntf& ntf)
-        : m_readNext(ntf.function<decltype(saNtfNotificationReadNext)>(kReadNext)),
-          m_getPtrVal(ntf.function<decltype(saNtfPtrValGet)>("saNtfPtrValGet")),
-          m_free(ntf.function<decltype(saNtfNotificationFree)>("saNtfNotificationFree")) {}
+/// A value with the number that the sender gave it; null for other types than string.
+Json toJson(const SaNtfAlarmNotificationT& alarm, SaUint16T id, std::uint32_t type,
+            const SaNtfValueT& value, decltype(saNtfPtrValGet)* getPtrVal) {
+    constexpr const char* kTypes[] = {"uint8",    "int8",   "uint16",    "int16",  "uint32",
+                                      "int32",    "float",  "uint64",    "int64",  "double",
+                                      "ldapName", "string", "ipAddress", "binary", "array"};
+    void* data = nullptr;
+    SaUint16T size = 0;
+    const bool isText = type == SA_NTF_VALUE_STRING &&
+                        getPtrVal(alarm.notificationHandle, &value, &data, &size) == SA_AIS_OK;
+    Json json; // member by member, which is faster
+    json["id"] = id;
+    json["type"] = common::nameOf(type, kTypes);
+    json["value"] = isText ? Json(textOf(data, size)) : Json();
+    return json;
+}
 
-    SaNtfAlarmNotificationFilterT filter{};
-    SaNtfReadHandleT handle = 0;
-    std::vector<Notification> batch;
-    bool isEndDoubtful = false; ///< it may be that of the list of a service that has restarted
-
-    SaAisErrorT readBatch() {
-        while (batch.size() < kBatch) {
-            const SaAisErrorT before = m_answer;
-            const Clock::time_point start = Clock::now();
-            SaNtfNotificationsT notification{};
-            m_answer = m_readNext(handle, SA_NTF_SEARCH_YOUNGER, &notification);
-            if (m_answer != SA_AIS_OK) {
-                isEndDoubtful = before == SA_AIS_ERR_TRY_AGAIN;
-                // A time-out by another name: the next call would leave a notification out.
-                const bool isLate =
-                    m_answer == SA_AIS_ERR_TRY_AGAIN && Clock::now() - start >= kTimeout;
-                return isLate ? SA_AIS_ERR_TIMEOUT : m_answer;
-            }
-            batch.push_back(recordOf(notification.notification.alarmNotification));
-            m_free(notification.notification.alarmNotification.notificationHandle);
+Json contentOf(const SaNtfAlarmNotificationT& alarm, decltype(saNtfPtrValGet)* getPtrVal) {
+    constexpr const char* kTrends[] = {"moreSevere", "noChange", "lessSevere"};
+    const auto list = [&](SaUint16T count, const auto* elements) {
+        Json values = Json::array();
+        for (SaUint16T i = 0; i < count; ++i) {
+            const auto& [id, type, value] = elements[i];
+            values.push_back(toJson(alarm, id, type, value, getPtrVal));
         }
-        return SA_AIS_OK;
+        return values;
+    };
+    const SaNtfNotificationHeaderT& header = alarm.notificationHeader;
+    Json correlated = Json::array(); // ids as texts: many readers keep only 53 bits of a number
+    for (SaUint16T i = 0; i < header.numCorrelatedNotifications; ++i) {
+        correlated.push_back(std::to_string(header.correlatedNotifications[i]));
     }
-
-private:
-    Notification recordOf(SaNtfAlarmNotificationT& alarm) const {
-        const SaNtfNotificationHeaderT& header = alarm.notificationHeader;
-        Notification record;
-        record.id = *header.notificationId;
-        record.eventTimeNs = static_cast<std::int64_t>(*header.eventTime);
-        record.eventType = *header.eventType;
-        record.object = textOf(*header.notificationObject);
-        record.notifyingObject = textOf(*header.notifyingObject);
-        record.classId = *header.notificationClassId;
-        record.severity = *alarm.perceivedSeverity;
-        record.cause = *alarm.probableCause;
-        record.trend = *alarm.trend;
-        const auto list = [&](SaUint16T count, auto* elements) {
-            std::vector<Value> values;
-            for (SaUint16T i = 0; i < count; ++i) {
-                auto& [id, type, value] = elements[i];
-                values.push_back(valueOf(alarm, id, type, value));
-            }
-            return values;
-        };
-        record.text = textOf(header.additionalText, header.lengthAdditionalText);
-        record.info = list(header.numAdditionalInfo, header.additionalInfo);
-        record.repairActions = list(alarm.numProposedRepairActions, alarm.proposedRepairActions);
-        record.monitoredAttributes = list(alarm.numMonitoredAttributes, alarm.monitoredAttributes);
-        for (SaUint16T i = 0; i < alarm.numSpecificProblems; ++i) {
-            auto& [id, classId, type, value] = alarm.specificProblems[i];
-            record.specificProblems.push_back(valueOf(alarm, id, type, value));
-        }
-        SaNtfThresholdInformationT& threshold = *alarm.thresholdInformation;
-        record.threshold = valueOf(alarm, threshold.thresholdId, threshold.thresholdValueType,
-                                   threshold.thresholdValue);
-        record.correlated = {header.correlatedNotifications,
-                             header.correlatedNotifications + header.numCorrelatedNotifications};
-        return record;
+    Json problems = Json::array();
+    for (SaUint16T i = 0; i < alarm.numSpecificProblems; ++i) {
+        const auto& [id, classId, type, value] = alarm.specificProblems[i];
+        problems.push_back(toJson(alarm, id, type, value, getPtrVal));
     }
-
-    Value valueOf(const SaNtfAlarmNotificationT& alarm, std::uint16_t id, std::uint32_t type,
-                  SaNtfValueT& value) const {
-        void* data = nullptr;
-        SaUint16T size = 0;
-        const bool isText =
-            type == SA_NTF_VALUE_STRING &&
-            m_getPtrVal(alarm.notificationHandle, &value, &data, &size) == SA_AIS_OK;
-        return {id, type, isText ? std::optional(textOf(data, size)) : std::nullopt};
-    }
-
-    decltype(saNtfNotificationReadNext)* const m_readNext;
-    decltype(saNtfPtrValGet)* const m_getPtrVal;
-    decltype(saNtfNotificationFree)* const m_free;
-    SaAisErrorT m_answer = SA_AIS_OK;
-};
+    const SaNtfThresholdInformationT& threshold = *alarm.thresholdInformation;
+    Json json;
+    json["text"] = textOf(header.additionalText, header.lengthAdditionalText);
+    json["info"] = list(header.numAdditionalInfo, header.additionalInfo);
+    json["repairActions"] = list(alarm.numProposedRepairActions, alarm.proposedRepairActions);
+    json["notificationId"] = std::to_string(*header.notificationId);
+    json["notifyingObject"] = textOf(*header.notifyingObject);
+    json["eventType"] = common::nameOf(*header.eventType - SA_NTF_ALARM_NOTIFICATIONS_START,
+                                       common::kEventTypeNames);
+    json["probableCause"] = *alarm.probableCause;
+    json["trend"] = common::nameOf(*alarm.trend, kTrends);
+    json["threshold"] = toJson(alarm, threshold.thresholdId, threshold.thresholdValueType,
+                               threshold.thresholdValue, getPtrVal);
+    json["specificProblems"] = std::move(problems);
+    json["monitoredAttributes"] = list(alarm.numMonitoredAttributes, alarm.monitoredAttributes);
+    json["correlatedNotifications"] = std::move(correlated);
+    return json;
+}
 
 /// What the service can be asked for: it matches a name that occurs anywhere in another. ASCII,
 /// since a service may replace bytes that are not UTF-8; short enough for one with shorter names.
@@ -153,53 +125,74 @@ void AlarmReader::read(const std::function<void()>& begin,
 }
 
 void AlarmReader::readOnce(const std::function<void(Notification&&)>& take) {
-    Ntf ntf(m_waiting);
-    const auto reading = std::make_shared<Reading>(ntf);
+    Ntf ntf;
+    auto* const readNext = ntf.function<decltype(saNtfNotificationReadNext)>(kReadNext);
+    auto* const getPtrVal = ntf.function<decltype(saNtfPtrValGet)>("saNtfPtrValGet");
+    auto* const free = ntf.function<decltype(saNtfNotificationFree)>("saNtfNotificationFree");
     const std::string name = filterOf(m_object);
-    auto* const allocate = ntf.function<decltype(saNtfAlarmNotificationFilterAllocate)>(
-        "saNtfAlarmNotificationFilterAllocate");
-    ntf.call("saNtfAlarmNotificationFilterAllocate", [=, session = ntf.handle()] {
-        const SaUint16T objects = name.empty() ? 0 : 1;
-        return allocate(session, &reading->filter, 0, objects, 0, 0, 0, 0, 0);
-    });
+    SaNtfAlarmNotificationFilterT filter{};
+    ntf.ask<decltype(saNtfAlarmNotificationFilterAllocate)>(
+        "saNtfAlarmNotificationFilterAllocate", [&](auto* allocate) {
+            return allocate(ntf.handle(), &filter, 0, name.empty() ? 0 : 1, 0, 0, 0, 0, 0);
+        });
     if (!name.empty()) {
-        SaNameT& object = *reading->filter.notificationFilterHeader.notificationObjects;
+        SaNameT& object = *filter.notificationFilterHeader.notificationObjects;
         object.length = static_cast<SaUint16T>(name.size());
         std::memcpy(object.value, name.data(), name.size());
     }
-    auto* const begin =
-        ntf.function<decltype(saNtfNotificationReadInitialize)>("saNtfNotificationReadInitialize");
-    ntf.call("saNtfNotificationReadInitialize", [=] {
-        SaNtfSearchCriteriaT criteria{};
-        criteria.searchMode = SA_NTF_SEARCH_ONLY_FILTER;
-        SaNtfNotificationTypeFilterHandlesT filters{};
-        filters.alarmFilterHandle = reading->filter.notificationFilterHandle;
-        return begin(criteria, &filters, &reading->handle);
-    });
-    for (SaAisErrorT answer = SA_AIS_OK; answer == SA_AIS_OK;) {
-        answer = ntf.call(
-            kReadNext, [=] { return reading->readBatch(); }, SA_AIS_ERR_NOT_EXIST);
-        for (Notification& notification : reading->batch) {
-            if (isMeant(notification.object) &&
-                m_given.emplace(notification.id, notification.eventTimeNs).second) {
-                take(std::move(notification));
-            }
+    SaNtfSearchCriteriaT criteria{};
+    criteria.searchMode = SA_NTF_SEARCH_ONLY_FILTER;
+    SaNtfNotificationTypeFilterHandlesT filters{};
+    filters.alarmFilterHandle = filter.notificationFilterHandle;
+    SaNtfReadHandleT reading = 0;
+    ntf.ask<decltype(saNtfNotificationReadInitialize)>(
+        "saNtfNotificationReadInitialize",
+        [&](auto* initialize) { return initialize(criteria, &filters, &reading); });
+    SaNtfNotificationsT notification{};
+    SaAisErrorT before = SA_AIS_OK;
+    SaAisErrorT answer = SA_AIS_OK;
+    const auto next = [&] {
+        before = answer;
+        const Clock::time_point start = Clock::now();
+        answer = readNext(reading, SA_NTF_SEARCH_YOUNGER, &notification);
+        // A time-out by another name: the next call would leave a notification out.
+        const bool isLate = answer == SA_AIS_ERR_TRY_AGAIN && Clock::now() - start >= kTimeout;
+        return isLate ? SA_AIS_ERR_TIMEOUT : answer;
+    };
+    SaAisErrorT end = SA_AIS_OK;
+    while ((end = ask(kReadNext, next)) == SA_AIS_OK) {
+        const SaNtfAlarmNotificationT& alarm = notification.notification.alarmNotification;
+        const SaNtfNotificationHeaderT& header = alarm.notificationHeader;
+        Notification record{*header.notificationId,
+                            static_cast<std::int64_t>(*header.eventTime),
+                            textOf(*header.notificationObject),
+                            *header.notificationClassId,
+                            *alarm.perceivedSeverity,
+                            {}};
+        if (isMeant(record.object) && m_given.emplace(record.id, record.eventTimeNs).second) {
+            record.content = contentOf(alarm, getPtrVal);
+            take(std::move(record));
         }
-        reading->batch.clear();
+        free(alarm.notificationHandle);
     }
-    if (reading->isEndDoubtful) {
-        throw NtfError(std::string(kReadNext) + ", right after \"try again\",",
-                       SA_AIS_ERR_NOT_EXIST);
+    if (end != SA_AIS_ERR_NOT_EXIST) {
+        throw NtfError(kReadNext, end);
+    }
+    if (before == SA_AIS_ERR_TRY_AGAIN) { // it may be that of the list of a service that restarted
+        throw NtfError(std::string(kReadNext) + ", right after \"try again\",", end);
     }
 }
 
 bool AlarmReader::isMeant(const std::string& object) const {
+    if (m_object.empty()) {
+        return true;
+    }
     // In JSON, where what is not UTF-8 is the same for all services.
     std::string meant = common::jsonString(m_object);
     meant.pop_back();
     const std::string given = common::jsonString(object);
-    return m_object.empty() || (given.compare(0, meant.size(), meant) == 0 &&
-                                (given[meant.size()] == ',' || given[meant.size()] == '"'));
+    return given.compare(0, meant.size(), meant) == 0 &&
+           (given[meant.size()] == ',' || given[meant.size()] == '"');
 }
 
 } // namespace dolqctl

@@ -2,15 +2,14 @@
 #include <algorithm>
 #include <ctime>
 #include <iomanip>
-#include <iostream>
-#include <set>
+#include <optional>
 #include <sstream>
 #include <unordered_map>
 #include <utility>
-
-#include <nlohmann/json.hpp>
+#include <vector>
 
 #include "Commands.h"
+#include "Ntf.h"
 #include "Output.h"
 #include "alarms/AlarmReader.h"
 #include "common/AlarmNames.h"
@@ -50,6 +49,12 @@ struct AlarmList {
     Time since; ///< the first one's
 };
 
+/// "2/17", "18568:3/1" of another vendor than the library's.
+std::string classText(const SaNtfClassIdT& id) {
+    return (id.vendorId == DOLQCTL_VENDOR_ID ? "" : std::to_string(id.vendorId) + ':') +
+           std::to_string(id.majorId) + '/' + std::to_string(id.minorId);
+}
+
 /// Those that are active and, `withCeased`, the others.
 AlarmList readAlarms(const std::string& object, bool withCeased) {
     AlarmList list;
@@ -61,9 +66,7 @@ AlarmList readAlarms(const std::string& object, bool withCeased) {
     const auto take = [&](Notification&& notification) {
         const Time time = known(notification.eventTimeNs);
         list.since = list.since ? list.since : time;
-        const SaNtfClassIdT& id = notification.classId;
-        const std::string key = std::to_string(id.vendorId) + '/' + std::to_string(id.majorId) +
-                                '/' + std::to_string(id.minorId) + ' ' + notification.object;
+        const std::string key = classText(notification.classId) + ' ' + notification.object;
         Alarm& alarm = active[key];
         alarm.place = ++list.notifications;
         if (notification.severity != SA_NTF_SEVERITY_CLEARED) {
@@ -79,8 +82,7 @@ AlarmList readAlarms(const std::string& object, bool withCeased) {
         }
         active.erase(key);
     };
-    Waiting waiting;
-    AlarmReader(waiting, object).read(begin, take);
+    AlarmReader(object).read(begin, take);
     for (auto& [key, alarm] : active) {
         list.alarms.push_back(std::move(alarm));
     }
@@ -89,10 +91,6 @@ AlarmList readAlarms(const std::string& object, bool withCeased) {
 
 const char* nameOf(std::uint32_t severity) {
     return common::nameOf(severity, common::kSeverityNames);
-}
-
-std::string severityOf(const Alarm& alarm) {
-    return (alarm.isCeased ? "ceased " : "") + std::string(nameOf(alarm.raised.severity));
 }
 
 /// "2024-02-29 12:34:56", local; "-" when unknown.
@@ -120,41 +118,6 @@ std::string ageOf(const Alarm& alarm) {
 
 Json toJson(Time time) { return time ? Json(common::formatTime(*time)) : Json(); }
 
-Json toJson(const std::vector<Value>& values) {
-    constexpr const char* kTypes[] = {"uint8",    "int8",   "uint16",    "int16",  "uint32",
-                                      "int32",    "float",  "uint64",    "int64",  "double",
-                                      "ldapName", "string", "ipAddress", "binary", "array"};
-    Json list = Json::array();
-    for (const Value& value : values) {
-        list.push_back({{"id", value.id},
-                        {"type", common::nameOf(value.type, kTypes)},
-                        {"value", value.text ? Json(*value.text) : Json()}});
-    }
-    return list;
-}
-
-/// What it says besides what it is, and when.
-Json contentOf(const Notification& raised) {
-    constexpr const char* kTrends[] = {"moreSevere", "noChange", "lessSevere"};
-    Json correlated = Json::array(); // ids as texts: many readers keep only 53 bits of a number
-    for (const SaNtfIdentifierT id : raised.correlated) {
-        correlated.push_back(std::to_string(id));
-    }
-    return {{"text", raised.text},
-            {"info", toJson(raised.info)},
-            {"repairActions", toJson(raised.repairActions)},
-            {"notificationId", std::to_string(raised.id)},
-            {"notifyingObject", raised.notifyingObject},
-            {"eventType", common::nameOf(raised.eventType - SA_NTF_ALARM_NOTIFICATIONS_START,
-                                         common::kEventTypeNames)},
-            {"probableCause", raised.cause},
-            {"trend", common::nameOf(raised.trend, kTrends)},
-            {"threshold", toJson({raised.threshold}).front()},
-            {"specificProblems", toJson(raised.specificProblems)},
-            {"monitoredAttributes", toJson(raised.monitoredAttributes)},
-            {"correlatedNotifications", correlated}};
-}
-
 Json toJson(const Alarm& alarm) {
     const SaNtfClassIdT& id = alarm.raised.classId;
     Json json = {
@@ -166,95 +129,85 @@ Json toJson(const Alarm& alarm) {
         {"lastTime", toJson(alarm.lastTime)},
         {"endTime", toJson(alarm.endTime)},
         {"timesRaised", alarm.timesRaised}};
-    json.update(contentOf(alarm.raised));
+    json.update(alarm.raised.content);
     return json;
-}
-
-/// "2/17", "18568:3/1" of another vendor than the library's.
-std::string idOf(const Alarm& alarm) {
-    const SaNtfClassIdT& id = alarm.raised.classId;
-    return (id.vendorId == DOLQCTL_VENDOR_ID ? "" : std::to_string(id.vendorId) + ':') +
-           std::to_string(id.majorId) + '/' + std::to_string(id.minorId);
 }
 
 void printList(const std::vector<Alarm>& alarms) {
     std::vector<std::vector<std::string>> rows = {
         {"SEVERITY", "AGE", "LAST RAISED", "TIMES", "ALARM", "OBJECT"}};
     for (const Alarm& alarm : alarms) {
-        rows.push_back({severityOf(alarm), ageOf(alarm), timeText(alarm.lastTime),
-                        std::to_string(alarm.timesRaised), idOf(alarm), alarm.raised.object});
+        rows.push_back(
+            {(alarm.isCeased ? "ceased " : "") + std::string(nameOf(alarm.raised.severity)),
+             ageOf(alarm), timeText(alarm.lastTime), std::to_string(alarm.timesRaised),
+             classText(alarm.raised.classId), alarm.raised.object});
     }
     printTable(std::move(rows));
 }
 
+/// "(uint32) (id 7)" for a value.
+std::string fieldText(const Json& field) {
+    if (field.is_object() && field.contains("type")) {
+        const Json& id = field["id"];
+        return (field["value"].is_null() ? '(' + field["type"].get<std::string>() + ')'
+                                         : fieldText(field["value"])) +
+               (id == 0 ? "" : " (id " + id.dump() + ')');
+    }
+    const std::string text = field.is_string() ? field.get<std::string>()
+                             : field.is_null() ? ""
+                                               : field.dump();
+    return text.empty() ? "-" : text;
+}
+
 void printLong(const std::vector<Alarm>& alarms) {
-    const auto below = [](const std::string& text) { printLine("    " + text); };
-    const auto shown = [](const Json& field) {
-        const bool isValue = field.is_object();
-        const Json& content = isValue ? field["value"] : field;
-        const std::string text = content.is_string() ? content.get<std::string>()
-                                 : isValue           ? '(' + field["type"].get<std::string>() + ')'
-                                                     : content.dump();
-        return (text.empty() ? "-" : text) +
-               (isValue && field["id"] != 0 ? " (id " + field["id"].dump() + ')' : "");
-    };
     for (const Alarm& alarm : alarms) {
-        printLine(severityOf(alarm) + ' ' + idOf(alarm) + " on " + alarm.raised.object);
-        below("active for: " + ageOf(alarm) +
-              (alarm.isCeased ? ", until " + timeText(alarm.endTime) : ""));
-        below("raised: " + counted(alarm.timesRaised, "time") + ", first " +
-              timeText(alarm.firstTime) + ", last " + timeText(alarm.lastTime));
-        const Json all = contentOf(alarm.raised);
+        printList({alarm});
+        const Json all = toJson(alarm);
         for (const auto& [name, content] : all.items()) {
             for (const Json& field : content.is_array() ? content : Json::array({content})) {
-                below(name + ": " + shown(field));
+                printLine("    " + name + ": " + fieldText(field));
             }
         }
     }
-}
-
-/// The option that leaves the alarm out; null when it is shown.
-const char* leavesOut(const Arguments& arguments, const Alarm& alarm) {
-    const Time changed = alarm.isCeased ? alarm.endTime : alarm.lastTime; // unknown: may be young
-    return arguments.vendor.value_or(alarm.raised.classId.vendorId) != alarm.raised.classId.vendorId
-               ? "--vendor"
-           : !arguments.severity.empty() &&
-                   common::codeOf(arguments.severity, common::kSeverityNames) >
-                       alarm.raised.severity
-               ? "--severity"
-           : arguments.since && changed &&
-                   *changed / kNsPerSecond < std::time(nullptr) - *arguments.since
-               ? "--since"
-               : nullptr;
 }
 
 } // namespace
 
 int runAlarms(const Arguments& arguments) {
     const std::string object = arguments.object.substr(0, kLongestObject);
-    AlarmList list = readAlarms(object, arguments.history);
+    AlarmList list =
+        await([=, withCeased = arguments.history] { return readAlarms(object, withCeased); });
     std::vector<Alarm>& alarms = list.alarms;
-    std::set<std::string> options;
-    const auto isLeftOut = [&](const Alarm& alarm) {
-        const char* const option = leavesOut(arguments, alarm);
-        return option != nullptr && (options.insert(option), true);
-    };
     const std::size_t found = alarms.size();
-    alarms.erase(std::remove_if(alarms.begin(), alarms.end(), isLeftOut), alarms.end());
+    std::vector<std::string> leavingOut;
+    const auto leaveOut = [&](const char* option, const auto& isOut) {
+        const auto end = std::remove_if(alarms.begin(), alarms.end(), isOut);
+        if (end != alarms.end()) {
+            leavingOut.emplace_back(option);
+        }
+        alarms.erase(end, alarms.end());
+    };
+    if (arguments.vendor) {
+        leaveOut("--vendor", [&](const Alarm& alarm) {
+            return alarm.raised.classId.vendorId != arguments.vendor;
+        });
+    }
+    if (!arguments.severity.empty()) {
+        const std::uint32_t least = common::codeOf(arguments.severity, common::kSeverityNames);
+        leaveOut("--severity", [&](const Alarm& alarm) { return alarm.raised.severity < least; });
+    }
+    if (arguments.since) {
+        const std::int64_t first = (std::time(nullptr) - *arguments.since) * kNsPerSecond;
+        leaveOut("--since", [&](const Alarm& alarm) {
+            const Time changed = alarm.isCeased ? alarm.endTime : alarm.lastTime;
+            return changed && *changed < first; // unknown: may be young
+        });
+    }
     const auto rank = [&](const Alarm& alarm) { // the worst first, or the latest
         return std::pair(arguments.history ? 0 : alarm.raised.severity, alarm.place);
     };
     std::sort(alarms.begin(), alarms.end(),
               [&](const Alarm& left, const Alarm& right) { return rank(left) > rank(right); });
-    const std::string what = arguments.history ? "alarm" : "active alarm";
-    const std::string of = object.empty() ? "" : " of " + nameText(arguments.object);
-    std::string summary = counted(alarms.size(), what) + of;
-    if (alarms.empty()) {
-        summary = "No " + what + 's' + of;
-        summary += found == 0
-                       ? ""
-                       : ": " + joined(options, " and ") + " left out " + std::to_string(found);
-    }
     if (arguments.json) {
         Json json = {{"notifications", list.notifications},
                      {"since", toJson(list.since)},
@@ -269,13 +222,16 @@ int runAlarms(const Arguments& arguments) {
         arguments.isLong ? printLong(alarms) : printList(alarms);
         printLine();
     }
-    printLine(summary);
+    const std::string of = object.empty() ? "" : " of " + nameText(arguments.object);
+    printLine(counted(alarms.size(), arguments.history ? "alarm" : "active alarm") + of +
+              (leavingOut.empty() ? ""
+                                  : "; " + joined(leavingOut, " and ") + " left out " +
+                                        std::to_string(found - alarms.size())));
     printLine("The service gave " + counted(list.notifications, "notification") + of +
               (list.since ? " since " + timeText(list.since) : ""));
     if (list.notifications == 0 && object.empty()) {
-        printLine(
-            "A cluster's service forgets them when it restarts; the embedded one reads the log "
-            "of RUXA_NTF_LOG, or of this user.");
+        printLine("A cluster's service forgets them when it restarts; the embedded one reads the "
+                  "log of RUXA_NTF_LOG, or of this user.");
     }
     return kFine;
 }

@@ -1,6 +1,7 @@
 // `raise` and `cease`: through the library, as an application would. What arrived is what the
 // notification service gives afterwards and did not give before.
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -9,12 +10,14 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <type_traits>
 
 #include <ruxa/fm/dolq/v2/FmiFactory.h>
 
 #include "Commands.h"
+#include "Ntf.h"
 #include "Output.h"
 #include "alarms/AlarmReader.h"
 #include "common/AlarmNames.h"
@@ -25,58 +28,87 @@ namespace dolqctl {
 namespace {
 
 using ruxa::fm::fmi::v1::FaultManagementI;
+using Json = nlohmann::ordered_json;
 using Milliseconds = std::chrono::duration<double, std::milli>;
+
+/// What became of a call, and what to do next.
+struct Outcome {
+    int exitCode = kError;
+    std::string text;
+    std::string next;
+};
 
 /// What tells it from others on its object, as every service gives it back: none replaces or cuts
 /// anything in here.
 std::string likenessOf(const Notification& notification) {
     constexpr std::size_t kSurelySent = 1000; // bytes of a text
-    std::vector<std::string> texts = {notification.object, notification.text};
-    for (std::size_t i = 1; i < notification.info.size(); ++i) { // behind the correlation info
-        texts.push_back(notification.info[i].text.value_or(""));
-    }
-    std::string all =
-        std::to_string(notification.classId.vendorId) + ' ' + std::to_string(notification.severity);
-    for (const std::string& text : texts) {
-        all += common::jsonString(text).substr(0, kSurelySent);
+    const auto sent = [](const std::string& text) {
+        return common::jsonString(text).substr(0, kSurelySent);
+    };
+    std::string all = std::to_string(notification.classId.vendorId) + ' ' +
+                      std::to_string(notification.severity) + sent(notification.object) +
+                      sent(notification.content["text"]);
+    const Json& info = notification.content["info"];
+    for (std::size_t i = 1; i < info.size(); ++i) { // behind the correlation information
+        all += sent(info[i]["value"].is_null() ? "" : info[i]["value"].get<std::string>());
     }
     return all;
 }
 
-/// Prints what became of the alarm and what to do next.
-int conclude(int exitCode, const std::string& text, const std::string& next) {
-    printLine(text);
-    printLine("Next: " + next);
-    if (!std::cout.flush()) {
-        tell(text);
-    }
-    return exitCode;
-}
-
-/// Gives what the service has to `take`, or returns why it cannot be read. Throws GivenUp.
-std::string readInto(AlarmReader& reader, const std::function<void(Notification&&)>& take) {
-    try {
-        reader.read([] {}, take);
-        return {};
-    } catch (const GivenUp&) {
-        throw;
-    } catch (const CommandError& error) {
-        return error.what();
-    }
-}
-
-/// "alarm 2/17 (major) on "Shelf=1,Port=3", notification 7, after 0.4 ms"
+/// "Arrived: alarm 2/17 (major) on "Shelf=1,Port=3", notification 7, after 0.4 ms"
 std::string arrivalText(const Notification& arrived, const std::string& object, Milliseconds took) {
     std::ostringstream text;
-    text << "alarm " << arrived.classId.majorId << '/' << arrived.classId.minorId << " ("
+    text << "Arrived: alarm " << arrived.classId.majorId << '/' << arrived.classId.minorId << " ("
          << common::nameOf(arrived.severity, common::kSeverityNames) << ") on " << object
          << ", notification " << arrived.id << ", after " << std::fixed << std::setprecision(1)
          << took.count() << " ms";
     return text.str();
 }
 
-/// Calls `operation` on an adapter of the library, as an application would, and looks whether what
-/// is `expected` arrived; `next` leads to the cause when it did not.
+constexpr char kUnknown[] = "Handed over; whether it arrived is unknown: ";
+
+/// A call of the library, which may be left behind.
+struct Attempt {
+    std::function<Milliseconds()> call;
+    Notification expected;
+    std::string object; ///< for people
+    Outcome missing;    ///< when it did not arrive
+    std::atomic<bool> isHandedOver = false;
+
+    /// Inside `await`: looks before and after the call what the service has.
+    Outcome run() {
+        AlarmReader reader(expected.object);
+        std::optional<Notification> arrived;
+        std::string problem;
+        const auto read = [&](const std::function<void(Notification&&)>& take) {
+            try {
+                reader.read([] {}, take);
+            } catch (const CommandError& error) {
+                problem = error.what();
+            }
+        };
+        read([](Notification&&) {});
+        isHandedOver = true;
+        Milliseconds took{};
+        ask("the library", [&] {
+            took = call();
+            return SA_AIS_OK;
+        });
+        if (problem.empty()) {
+            read([&](Notification&& notification) {
+                if (!arrived && likenessOf(notification) == likenessOf(expected)) {
+                    arrived = std::move(notification);
+                }
+            });
+        }
+        return !problem.empty() ? Outcome{kError, kUnknown + problem, "dolqctl doctor"}
+               : arrived ? Outcome{kFine, arrivalText(*arrived, object, took), "dolqctl alarms"}
+                         : missing;
+    }
+};
+
+/// Calls `operation` on an adapter of the library, as an application would, and prints what became
+/// of what is `expected`; `next` leads to the cause when it did not arrive.
 int send(const Arguments& arguments, Notification expected, const std::string& next,
          const std::function<void(FaultManagementI&)>& operation) {
     using namespace ruxa::fm::dolq::v2;
@@ -87,56 +119,48 @@ int send(const Arguments& arguments, Notification expected, const std::string& n
     auto* const getFactory = library.function<FmiFactory*()>(kGetFactory);
     auto* const freeFactory = library.function<void()>("_ZN4ruxa2fm4dolq2v214freeFmiFactoryEv");
 
-    const std::string object = arguments.object.substr(0, kLongestObject);
-    expected.object = object;
-    expected.classId.vendorId = DOLQCTL_VENDOR_ID;
-    const std::string on = nameText(arguments.object);
-    const std::string unknown = "Handed over; whether it arrived is unknown: ";
-    std::string unheard = "Not handed over: "; // when the user gives up
-    Waiting::heedSignals();
-    Waiting waiting;
-    try {
-        AlarmReader reader(waiting, object);
-        std::string problem = readInto(reader, [](Notification&&) {});
-        unheard = unknown;
-        const auto took = std::make_shared<Milliseconds>();
-        waiting.call("the library", [=] {
-            auto adapter = getFactory()->createFaultManagement();
-            const auto start = std::chrono::steady_clock::now();
-            operation(*adapter);
-            *took = std::chrono::steady_clock::now() - start;
-            adapter.reset();
-            freeFactory();
-            return SA_AIS_OK;
-        });
-        std::optional<Notification> arrived;
-        if (problem.empty()) {
-            problem = readInto(reader, [&](Notification&& notification) {
-                if (!arrived && likenessOf(notification) == likenessOf(expected)) {
-                    arrived = std::move(notification);
-                }
-            });
-        }
-        if (!problem.empty()) {
-            return conclude(kError, unknown + problem, "dolqctl doctor");
-        }
-        if (arrived) {
-            return conclude(kFine, "Arrived: " + arrivalText(*arrived, on, *took),
-                            "dolqctl alarms");
-        }
-        return conclude(kFindings,
-                        "Not arrived: so far the service has no notification of it on " + on +
+    const auto attempt = std::make_shared<Attempt>();
+    attempt->call = [=] {
+        auto adapter = getFactory()->createFaultManagement();
+        const auto start = std::chrono::steady_clock::now();
+        operation(*adapter);
+        const Milliseconds took = std::chrono::steady_clock::now() - start;
+        adapter.reset();
+        freeFactory();
+        return took;
+    };
+    attempt->expected = std::move(expected);
+    attempt->expected.object = arguments.object.substr(0, kLongestObject);
+    attempt->expected.classId.vendorId = DOLQCTL_VENDOR_ID;
+    attempt->object = nameText(arguments.object);
+    attempt->missing = {kFindings,
+                        "Not arrived: so far the service has no notification of it on " +
+                            attempt->object +
                             (isTracedHere ? "; the traces above say why"
                                           : "; the library's traces of group 0 say why"),
-                        next);
+                        next};
+    heedSignals();
+    Outcome outcome;
+    int signal = 0;
+    try {
+        outcome = await([attempt] { return attempt->run(); });
     } catch (const GivenUp& error) {
-        conclude(kError, unheard + error.what(), "dolqctl doctor, then dolqctl alarms");
-        if (error.signal != 0) { // the shell sees what ended it
-            std::signal(error.signal, SIG_DFL);
-            ::raise(error.signal);
-        }
-        return kError;
+        outcome = {kError,
+                   (attempt->isHandedOver ? kUnknown : "Not handed over: ") +
+                       std::string(error.what()),
+                   "dolqctl doctor, then dolqctl alarms"};
+        signal = error.signal;
     }
+    printLine(outcome.text);
+    printLine("Next: " + outcome.next);
+    if (!std::cout.flush()) {
+        tell(outcome.text);
+    }
+    if (signal != 0) { // the shell sees what ended it
+        std::signal(signal, SIG_DFL);
+        ::raise(signal);
+    }
+    return outcome.exitCode;
 }
 
 constexpr char kExplanation[] =
@@ -157,10 +181,9 @@ int runRaise(const Arguments& arguments) {
                                           : kExplanation;
     Notification expected;
     expected.severity = common::codeOf(arguments.severity, common::kSeverityNames);
-    expected.text = arguments.text;
-    expected.info.emplace_back();
+    expected.content = {{"text", arguments.text}, {"info", {Json()}}};
     for (const std::string& text : arguments.info) {
-        expected.info.push_back({0, SA_NTF_VALUE_STRING, text});
+        expected.content["info"].push_back({{"value", text}});
     }
     return send(arguments, expected, next, [=](FaultManagementI& alarms) {
         const std::uint32_t severity =
@@ -186,7 +209,9 @@ int runRaise(const Arguments& arguments) {
 }
 
 int runCease(const Arguments& arguments) {
-    return send(arguments, {}, kExplanation, [=](FaultManagementI& alarms) {
+    Notification expected;
+    expected.content = {{"text", ""}, {"info", Json::array()}};
+    return send(arguments, expected, kExplanation, [=](FaultManagementI& alarms) {
         alarms.ceaseAlarm(arguments.object, arguments.faultId, {});
     });
 }

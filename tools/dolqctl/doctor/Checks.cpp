@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <optional>
 #include <regex>
 #include <set>
 
@@ -14,7 +15,6 @@
 #include "Ntf.h"
 #include "Output.h"
 #include "SharedObject.h"
-#include "Waiting.h"
 #include "common/Environment.h"
 #include "common/LoadModuleNames.h"
 
@@ -35,36 +35,27 @@ void checkVariable(Diagnosis& diagnosis, const char* name, const char* without, 
     }
 }
 
-/// A client library built with the stock length of 256 gives the names of a notification less room
-/// than the library takes them to have, which then writes past their memory.
-void checkNames(Diagnosis& diagnosis, const SaNtfNotificationHeaderT& header) {
+/// What can be seen of a notification that the service allocates.
+struct Allocated {
+    std::uintptr_t apart = 0; ///< bytes from one name to the other
+    std::optional<SaTimeT> eventTime;
+};
+
+Allocated allocate() {
+    Ntf ntf;
+    SaNtfAlarmNotificationT alarm{};
+    ntf.ask<decltype(saNtfAlarmNotificationAllocate)>(
+        "saNtfAlarmNotificationAllocate", [&](auto* allocate) {
+            return allocate(ntf.handle(), &alarm, 0, 1, 1, 0, 0, 1, SA_NTF_ALLOC_SYSTEM_LIMIT);
+        });
+    if (alarm.notificationHandle == 0) {
+        throw CommandError("saNtfAlarmNotificationAllocate answers SA_AIS_OK, but gives none");
+    }
+    const SaNtfNotificationHeaderT& header = alarm.notificationHeader;
     const auto one = reinterpret_cast<std::uintptr_t>(header.notificationObject);
     const auto other = reinterpret_cast<std::uintptr_t>(header.notifyingObject);
-    const auto apart = std::max(one, other) - std::min(one, other);
-    const std::string finding = "the two of a notification lie " + std::to_string(apart) +
-                                " bytes apart, and one takes " + std::to_string(sizeof(SaNameT));
-    if (apart < sizeof(SaNameT)) { // they cannot be nearer than one of them is long
-        diagnosis.fail("NTF names", finding, "alarms overrun the memory of programs",
-                       "use a libSaNtf.so.0 that is built with SA_MAX_NAME_LENGTH 600");
-    } else {
-        diagnosis.note("NTF names", "not disproved: " + finding,
-                       "ask who built libSaNtf.so.0: was SA_MAX_NAME_LENGTH 600?");
-    }
-}
-
-/// Without the build option the library sends whatever the service has left in the field.
-void checkEventTime(Diagnosis& diagnosis, const SaTimeT* time) {
-    if (time != nullptr && *time == static_cast<SaTimeT>(SA_TIME_UNKNOWN)) {
-        diagnosis.ok("event time",
-                     "allocated as SA_TIME_UNKNOWN, which is sent with or without the "
-                     "build option RUXA_DOLQ_EVENT_TIME_UNKNOWN");
-    } else {
-        diagnosis.note("event time",
-                       "allocated as " + (time != nullptr ? std::to_string(*time) : "nothing") +
-                           ", which is sent unless the library is built with "
-                           "RUXA_DOLQ_EVENT_TIME_UNKNOWN: that cannot be seen from outside",
-                       "ask who built the library, or trust the time of reception alone");
-    }
+    return {std::max(one, other) - std::min(one, other),
+            header.eventTime != nullptr ? std::optional(*header.eventTime) : std::nullopt};
 }
 
 } // namespace
@@ -163,25 +154,40 @@ bool checkNtfService(Diagnosis& diagnosis) {
     if (!SharedObject(kNtfLibrary).isLoaded()) {
         return true; // `checkParts` says it
     }
-    const char* check = "NTF session";
+    constexpr char kService[] = "NTF service";
+    constexpr char kNames[] = "NTF names";
+    constexpr char kEventTime[] = "event time";
     try {
-        Waiting waiting;
-        Ntf session(waiting);
-        diagnosis.ok(check, "opens");
-        check = "NTF notification";
-        const SaNtfAlarmNotificationT alarm = session.allocateAlarm();
-        if (alarm.notificationHandle == 0) {
-            throw CommandError("the service answers SA_AIS_OK, but gives none");
+        const auto [apart, eventTime] = await(allocate);
+        diagnosis.ok(kService, "opens a session and allocates a notification");
+        const std::string names = "the two of a notification lie " + std::to_string(apart) +
+                                  " bytes apart, and one takes " + std::to_string(sizeof(SaNameT));
+        // A client library built with the stock length of 256 gives names less room than the
+        // library takes them to have, which then writes past their memory.
+        if (apart < sizeof(SaNameT)) { // they cannot be nearer than one of them is long
+            diagnosis.fail(kNames, names, "alarms overrun the memory of programs",
+                           "use a libSaNtf.so.0 that is built with SA_MAX_NAME_LENGTH 600");
+        } else {
+            diagnosis.note(kNames, "not disproved: " + names,
+                           "ask who built libSaNtf.so.0: was SA_MAX_NAME_LENGTH 600?");
         }
-        diagnosis.ok(check, "is allocated");
-        checkNames(diagnosis, alarm.notificationHeader);
-        checkEventTime(diagnosis, alarm.notificationHeader.eventTime);
+        // Without the build option the library sends whatever the service has left in the field.
+        if (eventTime == static_cast<SaTimeT>(SA_TIME_UNKNOWN)) {
+            diagnosis.ok(kEventTime, "allocated as SA_TIME_UNKNOWN, which is sent with or without "
+                                     "the build option RUXA_DOLQ_EVENT_TIME_UNKNOWN");
+        } else {
+            diagnosis.note(kEventTime,
+                           "allocated as " + (eventTime ? std::to_string(*eventTime) : "nothing") +
+                               ", which is sent unless the library is built with "
+                               "RUXA_DOLQ_EVENT_TIME_UNKNOWN: that cannot be seen from outside",
+                           "ask who built the library, or trust the time of reception alone");
+        }
     } catch (const GivenUp& error) {
-        diagnosis.fail(check, error.what(), "programs hang with each alarm",
+        diagnosis.fail(kService, error.what(), "programs hang with each alarm",
                        "start the service, or look into its log");
         return false;
     } catch (const CommandError& error) {
-        diagnosis.fail(check, error.what(), "each alarm is dropped",
+        diagnosis.fail(kService, error.what(), "each alarm is dropped",
                        "start the service, or put the libSaNtf.so.0 of the running one first in "
                        "the loader path");
     }
