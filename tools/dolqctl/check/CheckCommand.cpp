@@ -85,6 +85,13 @@ void addUnmappedFaults(const std::string& path, Report& report) {
     }
 }
 
+const char* severityOf(const Finding& finding) { return finding.isError() ? "error" : "warning"; }
+
+std::string lineOf(const Finding& finding) {
+    return positionText(finding.position) + ": " + severityOf(finding) + ": " + finding.message +
+           " [" + finding.ruleText().name + ']';
+}
+
 } // namespace
 
 int runCheck(const Arguments& arguments) {
@@ -123,25 +130,22 @@ int runCheck(const Arguments& arguments) {
     auto list = nlohmann::ordered_json::array();
     std::set<std::string> lines; // several load modules can have a file
     for (const Finding& each : report.findings) {
-        const auto& [file, line, column] = each.position;
-        const std::string rule = each.ruleText().name;
-        const std::string severity = each.isError() ? "error" : "warning";
-        const auto& [text, isNew] = lines.insert(positionText(each.position) + ": " + severity +
-                                                 ": " + each.message + " [" + rule + ']');
         const auto& allowed = arguments.allowed;
-        if (!isNew || std::find(allowed.begin(), allowed.end(), rule) != allowed.end()) {
+        const std::string rule = each.ruleText().name;
+        if (!lines.insert(lineOf(each)).second ||
+            std::find(allowed.begin(), allowed.end(), rule) != allowed.end()) {
             continue;
         }
         ++(each.isError() ? errors : warnings);
         if (arguments.json) {
-            list.push_back({{"file", file},
-                            {"line", line},
-                            {"column", column},
-                            {"severity", severity},
+            list.push_back({{"file", each.position.file},
+                            {"line", each.position.line},
+                            {"column", each.position.column},
+                            {"severity", severityOf(each)},
                             {"rule", rule},
                             {"message", each.message}});
         } else {
-            printLine(*text);
+            printLine(lineOf(each));
         }
     }
     if (arguments.json) {

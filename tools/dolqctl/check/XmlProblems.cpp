@@ -44,7 +44,7 @@ std::vector<Finding> findXmlProblems(const std::string& file, const std::string&
     while (std::strncmp(begin, kByteOrderMark, 3) == 0) { // TinyXML takes any number of them
         begin += 3;
     }
-    const xmlParserCtxtPtr parser = xmlNewParserCtxt();
+    xmlParserCtxt* const parser = xmlNewParserCtxt();
     if (parser == nullptr) {
         throw std::bad_alloc();
     }
