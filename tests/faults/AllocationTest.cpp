@@ -26,18 +26,19 @@ protected:
     enum class Leaks { None, OfTinyXml }; // which loses what it was building
     enum class Failures { Reported, Hidden };
 
-    /// Lets the first, second, ... allocation of `call` fail, until it completes without a failure.
+    /// Lets the first, second, ... allocation of `call` fail, alone and with all that follow, until
+    /// it completes without a failure.
     /// `prepare` comes before each call; `giveBack` afterwards and ends what the call began, so
     /// that nothing of it may be left. A reported failure reaches the caller.
     static void failEachAllocation(const std::function<void()>& prepare,
                                    const std::function<void()>& call,
                                    const std::function<void()>& giveBack, Leaks leaks = Leaks::None,
                                    Failures failures = Failures::Reported) {
-        const auto callFailingAt = [&](long position) {
+        const auto callFailingAt = [&](long position, bool lasting) {
             prepare();
             bool told = false;
             platform().events.clear();
-            startFailingMalloc(position, false, PlatformCode::isRunning);
+            startFailingMalloc(position, lasting, PlatformCode::isRunning);
             try {
                 call();
             } catch (const std::bad_alloc&) {
@@ -55,13 +56,14 @@ protected:
             return failed;
         };
         constexpr long kNever = 1'000'000'000;
-        callFailingAt(kNever); // makes what stays for good
+        callFailingAt(kNever, false); // makes what stays for good
         const auto files = entriesIn("/proc/self/fd");
         long position = 1;
         for (bool failed = true; failed && !HasFailure(); ++position) {
             SCOPED_TRACE("allocation " + std::to_string(position));
             const long before = liveBlocks();
-            failed = callFailingAt(position);
+            failed = callFailingAt(position, true);
+            EXPECT_EQ(callFailingAt(position, false), failed);
             EXPECT_TRUE(liveBlocks() == before || leaks != Leaks::None);
             EXPECT_EQ(entriesIn("/proc/self/fd"), files);
         }

@@ -444,32 +444,41 @@ TEST_F(NtfRead, AndSendingGoOnInAForkedProcessThatClosedItsDescriptors) {
     EXPECT_EQ(entriesIn("/proc/self/fd"), open);
 }
 
-TEST_F(NtfRead, OneFailedMallocHasItsOwnCodeAndLeavesNothing) {
-    const std::string text(100, 't'); // beyond what a string holds in itself
-    send("object", text);
-    const auto read = [&] {
+TEST_F(NtfRead, AndSendingHaveACodeForOneFailedMallocAndLeaveNothing) {
+    send("object", std::string(100, 't'));
+    const auto sendAndRead = [] {
         SaNtfHandleT session = 0;
         SaVersionT version = {'A', 1, 1};
-        SaNtfAlarmNotificationFilterT filter{};
-        SaNtfReadHandleT reading = 0;
-        SaNtfNotificationsT notification{};
         SaAisErrorT result = saNtfInitialize(&session, nullptr, &version);
-        result = result == SA_AIS_OK ? allocateFilter(session, &filter, 1) : result;
-        result = result == SA_AIS_OK ? begin(filter.notificationFilterHandle, reading) : result;
-        result = result == SA_AIS_OK ? next(reading, notification) : result;
-        saNtfFinalize(session); // which gives back all that is left
+        const auto then = [&result](auto call) { result = result == SA_AIS_OK ? call() : result; };
+        SaNtfAlarmNotificationT alarm{};
+        then([&] { return saNtfAlarmNotificationAllocate(session, &alarm, 0, 0, 1, 0, 0, 0, -1); });
+        void* data = nullptr;
+        SaNtfValueT value{};
+        then([&] { return saNtfPtrValAllocate(alarm.notificationHandle, 100, &data, &value); });
+        then([&] {
+            *alarm.notificationHeader.eventType = SA_NTF_ALARM_NOTIFICATIONS_START;
+            return saNtfNotificationSend(alarm.notificationHandle);
+        });
+        SaNtfAlarmNotificationFilterT filter{};
+        then([&] { return allocateFilter(session, &filter, 1); });
+        SaNtfReadHandleT reading = 0;
+        then([&] { return begin(filter.notificationFilterHandle, reading); });
+        SaNtfNotificationsT read{};
+        then([&] { return next(reading, read); });
+        EXPECT_EQ(saNtfFinalize(session), session != 0 ? SA_AIS_OK : SA_AIS_ERR_BAD_HANDLE);
         return result;
     };
-    EXPECT_EQ(read(), SA_AIS_OK);
+    EXPECT_EQ(sendAndRead(), SA_AIS_OK);
     const long before = liveBlocks();
     int position = 1;
     SaAisErrorT result = SA_AIS_OK;
-    while (withFailingMalloc(position, [&] { result = read(); })) {
+    while (withFailingMalloc(position, [&] { result = sendAndRead(); })) {
         EXPECT_EQ(result, SA_AIS_ERR_NO_MEMORY) << position;
         EXPECT_EQ(liveBlocks(), before) << position;
         ++position;
     }
-    EXPECT_GT(position, 10);
+    EXPECT_GT(position, 30);
 }
 
 /// No call is a place where a thread may end.
