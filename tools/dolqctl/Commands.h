@@ -32,8 +32,6 @@ std::string takeOnVariables(const std::string& pid);
 struct Arguments {
     bool json = false;
 
-    std::string alarm; ///< of `mappings`, as written, e.g. 2/17
-
     // check
     std::vector<std::string> files;
     bool discovered = false; ///< instead of `files`, those of the load module

@@ -106,10 +106,8 @@ void addMappings(CLI::App& program) {
         R"(Exit code 1: not all load modules, files or mappings could be read.
 
 Example:
-  dolqctl mappings --product CXC1370001 --revision R1A --alarm 2/17)");
+  dolqctl mappings --product CXC1370001 --revision R1A)");
     addLoadModule(command);
-    addValue(command, "--alarm", "MAJOR/MINOR", arguments.alarm,
-             "Show only mappings to this alarm, e.g. 2/17");
     addJson(command);
 }
 

@@ -22,19 +22,6 @@ namespace dolqctl {
 
 namespace {
 
-/// `odd`: a pattern that is found in values which do the `harm`.
-void checkVariable(Diagnosis& diagnosis, const char* name, const char* without, const char* odd,
-                   const char* harm, const char* advice) {
-    const std::string value = common::environment(name);
-    if (value.empty()) {
-        diagnosis.fail(name, "not set, or set to nothing", without, "set it");
-    } else if (std::regex_search(value, std::regex(odd))) {
-        diagnosis.warn(name, inQuotes(value), harm, advice);
-    } else {
-        diagnosis.ok(name, value);
-    }
-}
-
 /// What can be seen of a notification that the service allocates.
 struct Allocated {
     std::uintptr_t apart = 0; ///< bytes from one name to the other
@@ -96,20 +83,31 @@ void checkTraces(Diagnosis& diagnosis) {
     }
 }
 
-void checkIdentity(Diagnosis& diagnosis) {
-    for (const char* const name : {common::kProductNumberVariable, common::kRevisionVariable}) {
-        checkVariable(diagnosis, name, "no load module is found, and so no mapping", R"(\s)",
-                      "white space counts", "compare it with the load modules'");
+void checkVariables(Diagnosis& diagnosis) {
+    constexpr char kUnmapped[] = "no load module is found, and so no mapping";
+    constexpr char kUnnamed[] = "alarms that do not name their system and computer are refused";
+    const struct {
+        const char* name;
+        const char* without; ///< what becomes of alarms
+        const char* odd;     ///< a pattern found in values that do the harm
+        const char* harm;
+    } kVariables[] = {{common::kProductNumberVariable, kUnmapped, R"(\s)", "white space counts"},
+                      {common::kRevisionVariable, kUnmapped, R"(\s)", "white space counts"},
+                      {"SYSTEM_UUID", kUnnamed,
+                       "^(?![0-9a-fA-F]{8}(-[0-9a-fA-F]{4}){3}-[0-9a-fA-F]{12}$)",
+                       "systems that have no UUID share their correlation UUIDs"},
+                      {"COMPUTE_NAME", kUnnamed, R"(["\\])",
+                       "no receiver can decode the correlation with a quote or backslash in it"}};
+    for (const auto& [name, without, odd, harm] : kVariables) {
+        const std::string value = common::environment(name);
+        if (value.empty()) {
+            diagnosis.fail(name, "not set, or set to nothing", without, "set it");
+        } else if (std::regex_search(value, std::regex(odd))) {
+            diagnosis.warn(name, inQuotes(value), harm, "correct it");
+        } else {
+            diagnosis.ok(name, value);
+        }
     }
-}
-
-void checkReporter(Diagnosis& diagnosis) {
-    constexpr char kWithout[] = "alarms that do not name their system and computer are refused";
-    checkVariable(diagnosis, "SYSTEM_UUID", kWithout,
-                  "^(?![0-9a-fA-F]{8}(-[0-9a-fA-F]{4}){3}-[0-9a-fA-F]{12}$)",
-                  "systems that have no UUID share their correlation UUIDs", "set a UUID");
-    checkVariable(diagnosis, "COMPUTE_NAME", kWithout, R"(["\\])",
-                  "no receiver can decode the correlation", "take out the quote or backslash");
 }
 
 void checkCorrelationService(Diagnosis& diagnosis) {

@@ -12,8 +12,8 @@ namespace dolqctl {
 
 void checkSettings(Diagnosis& diagnosis);
 void checkTraces(Diagnosis& diagnosis);
-void checkIdentity(Diagnosis& diagnosis);
-void checkReporter(Diagnosis& diagnosis);
+/// Those that say which load module and system a program belongs to.
+void checkVariables(Diagnosis& diagnosis);
 void checkCorrelationService(Diagnosis& diagnosis);
 /// Whether the load module is there, and its mapping files are read.
 void checkLoadModule(Diagnosis& diagnosis, const Discovery& discovery, const Inventory& inventory);

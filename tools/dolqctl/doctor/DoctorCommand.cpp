@@ -27,8 +27,7 @@ int runDoctor(const Arguments& arguments) {
     Diagnosis diagnosis;
     checkSettings(diagnosis);
     checkTraces(diagnosis);
-    checkIdentity(diagnosis);
-    checkReporter(diagnosis);
+    checkVariables(diagnosis);
     checkCorrelationService(diagnosis);
     Discovery discovery;
     try {

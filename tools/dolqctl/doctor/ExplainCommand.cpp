@@ -15,19 +15,6 @@ namespace {
 constexpr char kMapping[] = "mapping";
 constexpr char kDropped[] = "the alarm is dropped";
 
-/// What becomes of a text that is too long.
-void checkObject(Diagnosis& diagnosis, const std::string& object) {
-    constexpr std::size_t kLongest = SA_MAX_NAME_LENGTH - 1;
-    if (object.size() > kLongest) {
-        const std::string sent = object.substr(0, kLongest);
-        diagnosis.warn("object",
-                       "cut to the first " + std::to_string(kLongest) + " of its " +
-                           std::to_string(object.size()) + " bytes, up to " +
-                           inQuotes(sent.substr(sent.rfind(',') + 1)),
-                       "another object is sent", "shorten it");
-    }
-}
-
 /// The mapping that is used, and the mistakes in its element.
 void checkUsed(Diagnosis& diagnosis, const std::vector<Mapping>& history,
                const std::vector<Finding>& findings) {
@@ -50,12 +37,8 @@ void checkUnmapped(Diagnosis& diagnosis, std::uint32_t faultId, const std::strin
     for (auto each = inventory.mappings.lower_bound({faultId, ""});
          each != inventory.mappings.end() && each->first.first == faultId; ++each) {
         const std::string& other = each->first.second;
-        const bool isNear = !moClass.empty() && lookOf(other).folded == lookOf(moClass).folded;
-        others.insert(isNear ? others.begin() : others.end(),
-                      (other.empty() ? "objects without a class" : inQuotes(other)) +
-                          (isNear ? " (at " + positionText(each->second.back().position) +
-                                        "; mind letter case and white space)"
-                                  : ""));
+        others.push_back((other.empty() ? "objects without a class" : inQuotes(other)) + " at " +
+                         positionText(each->second.back().position));
     }
     const std::string odd = lookOf(moClass).beyondAscii;
     diagnosis.fail(kMapping,
@@ -96,8 +79,14 @@ int runExplain(const Arguments& arguments) {
     Diagnosis diagnosis;
     // What fails here stops some alarms, not all.
     checkCorrelationService(diagnosis);
-    checkReporter(diagnosis);
-    checkObject(diagnosis, arguments.object);
+    checkVariables(diagnosis);
+    if (constexpr std::size_t kLongest = SA_MAX_NAME_LENGTH - 1;
+        arguments.object.size() > kLongest) {
+        diagnosis.warn("object",
+                       "cut to the first " + std::to_string(kLongest) + " of its " +
+                           std::to_string(arguments.object.size()) + " bytes",
+                       "another object is sent", "shorten it");
+    }
     if (isMapped) {
         checkLoadModule(diagnosis, discovery, inventory);
         checkUsed(diagnosis, found->second, inventory.findings);

@@ -11,11 +11,11 @@
 
 namespace dolqctl {
 
-namespace {
-
 using Json = nlohmann::ordered_json;
 
-std::vector<std::string> problemsOf(const Discovery& discovery, const Inventory& inventory) {
+int runMappings(const Arguments& arguments) {
+    const Discovery discovery = discover();
+    const Inventory inventory = readMappingFiles(discovery.mappingFiles);
     std::vector<std::string> problems = discovery.problems;
     if (discovery.mappingFiles.empty()) {
         problems.push_back(discovery.whyNoMappingFile());
@@ -25,40 +25,23 @@ std::vector<std::string> problemsOf(const Discovery& discovery, const Inventory&
             problems.push_back(positionText(each.position) + ": " + each.message);
         }
     }
-    return problems;
-}
-
-} // namespace
-
-int runMappings(const Arguments& arguments) {
-    const Discovery discovery = discover();
-    const Inventory inventory = readMappingFiles(discovery.mappingFiles);
-    std::vector<std::string> problems = problemsOf(discovery, inventory);
     Json mappings = Json::array();
     std::vector<std::vector<std::string>> rows = {
         {"FAULT", "CLASS", "ALARM", "MINOR TYPE", "OVERRIDES", "FILE:LINE"}};
     for (const auto& [key, history] : inventory.mappings) {
-        const Mapping& used = history.back();
-        const std::string alarm = alarmText(used.minorType);
-        if (arguments.alarm.empty() || arguments.alarm == alarm) {
-            const std::string other =
-                history.size() > 1 ? alarmText(history[history.size() - 2].minorType) : "";
-            rows.push_back({std::to_string(key.first), key.second, alarm,
-                            std::to_string(used.minorType), other,
-                            positionText({used.position.file, used.position.line, 0})});
-            Json alarms = Json::array(); // what programs get, and what it replaces
-            for (auto each = history.rbegin(); each != history.rend(); ++each) {
-                alarms.push_back({{"alarm", alarmText(each->minorType)},
-                                  {"minorType", each->minorType},
-                                  {"file", each->position.file},
-                                  {"line", each->position.line}});
-            }
-            mappings.push_back({{"faultId", key.first}, {"class", key.second}, {"alarms", alarms}});
+        Json alarms = Json::array(); // what programs get, and what it replaces
+        for (auto each = history.rbegin(); each != history.rend(); ++each) {
+            alarms.push_back({{"alarm", alarmText(each->minorType)},
+                              {"minorType", each->minorType},
+                              {"file", each->position.file},
+                              {"line", each->position.line}});
         }
-    }
-    if (mappings.empty() && !inventory.mappings.empty()) {
-        problems.push_back("no fault is mapped to the alarm " + inQuotes(arguments.alarm) +
-                           ": give its major and minor id, as in 2/17");
+        const Mapping& used = history.back();
+        rows.push_back({std::to_string(key.first), key.second, alarmText(used.minorType),
+                        std::to_string(used.minorType),
+                        history.size() > 1 ? alarmText(history.rbegin()[1].minorType) : "",
+                        positionText({used.position.file, used.position.line, 0})});
+        mappings.push_back({{"faultId", key.first}, {"class", key.second}, {"alarms", alarms}});
     }
     if (arguments.json) {
         printJson({{"productNumber", discovery.identity.productNumber},

@@ -1,15 +1,15 @@
 // The running program that `--pid` names.
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <map>
+#include <set>
 #include <sstream>
 #include <system_error>
+#include <utility>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -32,47 +32,32 @@ bool isRead(const std::string& name) {
            name.rfind("RUXA_", 0) == 0 || name == "SYSTEM_UUID" || name == "COMPUTE_NAME";
 }
 
-/// By soname, which files a process has mapped as the library and the parts of its platform:
-/// device, inode and path.
-std::map<std::string, std::string> mappedParts(const std::string& process) {
-    std::map<std::string, std::string> parts;
+/// The files that a process has mapped as `soname`: device, inode and path.
+std::set<std::string> mapped(const std::string& process, const std::string& soname) {
+    std::set<std::string> files;
     std::ifstream maps("/proc/" + process + "/maps");
     for (std::string line; std::getline(maps, line);) {
-        int file = 0; // behind addresses, permissions and offset
-        std::sscanf(line.c_str(), "%*s %*s %*s %n", &file);
-        const std::string name = line.substr(line.rfind('/') + 1);
-        for (const auto& part : kParts) {
-            const std::string soname = part.soname; // the file may have more numbers
-            if (name.rfind(soname.substr(0, soname.rfind('.')), 0) == 0) {
-                parts.emplace(soname, line.substr(static_cast<std::size_t>(file)));
-            }
+        // The file's name may have more numbers.
+        if (line.find('/' + soname.substr(0, soname.rfind('.'))) != line.npos) {
+            int file = 0; // behind addresses, permissions and offset
+            std::sscanf(line.c_str(), "%*s %*s %*s %n", &file);
+            files.insert(line.substr(static_cast<std::size_t>(file)));
         }
     }
-    return parts;
-}
-
-bool isSame(const std::string& one, const std::string& other) {
-    struct stat first {};
-    struct stat second {};
-    return ::stat(one.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 &&
-           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+    return files;
 }
 
 double secondsOf(const timespec& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
-struct State {
-    char letter = '?';
-    double start = 0; ///< in seconds of this system's time
-};
-
-State stateOf(const std::string& folder) {
+/// The letter of its state, and when it was started, in seconds of this system's time.
+std::pair<char, double> stateOf(const std::string& pid) {
     std::string text;
-    std::getline(std::ifstream(folder + "stat"), text, '\0');
+    std::getline(std::ifstream("/proc/" + pid + "/stat"), text, '\0');
     std::istringstream fields(text.substr(text.rfind(')') + 1)); // behind the name
-    State state;
-    fields >> state.letter;
+    char state = '?';
+    fields >> state;
     constexpr int kBetween = 18; // fields
     for (int i = 0; i < kBetween; ++i) {
         fields >> text;
@@ -83,9 +68,8 @@ State stateOf(const std::string& folder) {
     timespec sinceBoot{};
     clock_gettime(CLOCK_REALTIME, &now);
     clock_gettime(CLOCK_BOOTTIME, &sinceBoot);
-    state.start = secondsOf(now) - secondsOf(sinceBoot) +
-                  (ticks + 1) / static_cast<double>(sysconf(_SC_CLK_TCK));
-    return state;
+    return {state, secondsOf(now) - secondsOf(sinceBoot) +
+                       (ticks + 1) / static_cast<double>(sysconf(_SC_CLK_TCK))};
 }
 
 /// The mapping files, and the manifests that the embedded handler reads.
@@ -110,16 +94,17 @@ std::string takeOnVariables(const std::string& pid) {
         throw CommandError("the variables of process " + pid +
                            " cannot be read: " + std::strerror(errno));
     }
-    if (mappedParts(pid).count(kDolqLibrary) == 0) {
+    if (mapped(pid, kDolqLibrary).empty()) {
         throw CommandError("process " + pid + " has not loaded " + kDolqLibrary +
                            ": it raises no alarms through it");
     }
-    std::vector<std::string> own;
-    for (char** each = environ; *each != nullptr; ++each) {
-        own.push_back(std::string(*each).substr(0, std::strcspn(*each, "=")));
-    }
-    for (const std::string& name : own) {
-        isRead(name) ? unsetenv(name.c_str()) : 0;
+    for (char** each = environ; *each != nullptr;) {
+        const std::string name(*each, std::strcspn(*each, "="));
+        if (isRead(name)) {
+            unsetenv(name.c_str()); // the next one takes its place
+        } else {
+            ++each;
+        }
     }
     for (std::string text; std::getline(variables, text, '\0');) {
         const std::string name = text.substr(0, text.find('='));
@@ -140,13 +125,13 @@ void checkProgram(Diagnosis& diagnosis, const std::string& pid, const Discovery&
     }
     constexpr char kCheck[] = "program";
     constexpr char kMeaning[] = "what is found here may not hold for it";
-    const std::string folder = "/proc/" + pid + '/';
-    const State state = stateOf(folder);
+    const std::filesystem::path folder = "/proc/" + pid;
+    const auto [state, start] = stateOf(pid);
     const auto fail = [&](const std::string& finding, const std::string& advice) {
         diagnosis.fail(kCheck, finding, kMeaning, advice);
     };
     struct stat status {};
-    if (::stat(folder.c_str(), &status) != 0 || std::strchr("ZX?", state.letter) != nullptr) {
+    if (::stat(folder.c_str(), &status) != 0 || std::strchr("ZX?", state) != nullptr) {
         fail("it has ended", "find out why");
         return;
     }
@@ -155,30 +140,31 @@ void checkProgram(Diagnosis& diagnosis, const std::string& pid, const Discovery&
                        "run dolqctl as that user");
     }
     for (const std::string& file : filesOf(discovery)) {
-        if (::stat(file.c_str(), &status) == 0 && secondsOf(status.st_ctim) > state.start) {
+        if (::stat(file.c_str(), &status) == 0 && secondsOf(status.st_ctim) > start) {
             fail(file + " has changed since it was started", "start it anew");
         }
     }
+    std::error_code ignored;
     for (const char* const name : {kManifestFolder, "RUXA_NTF_LOG"}) {
         const std::string value = common::environment(name);
-        if (!value.empty() && value.front() != '/' && !isSame(folder + "cwd", ".")) {
+        if (!value.empty() && value.front() != '/' &&
+            !std::filesystem::equivalent(folder / "cwd", ".", ignored)) {
             fail(name + (" counts from its folder: " + value), "run dolqctl in that folder");
         }
     }
-    std::map<std::string, std::string> own = mappedParts("self");
-    for (const auto& [soname, file] : mappedParts(pid)) {
-        const std::string id = file.substr(0, file.find('/'));
-        if (own[soname].substr(0, id.size()) != id) {
-            fail("it has " + file.substr(id.size()) + ", this command another " + soname,
-                 "run dolqctl with the program's loader path (LD_LIBRARY_PATH)");
+    for (const auto& [part, soname] : kParts) {
+        for (const std::string& file : mapped(pid, soname)) {
+            if (mapped("self", soname).count(file) == 0) {
+                fail("it has " + file.substr(file.find('/')) + ", this command another " + soname,
+                     "run dolqctl with the program's loader path (LD_LIBRARY_PATH)");
+            }
         }
     }
-    std::error_code ignored;
-    if (std::filesystem::read_symlink(folder + "root", ignored) != "/" ||
-        !isSame(folder + "ns/mnt", "/proc/self/ns/mnt")) {
+    if (std::filesystem::read_symlink(folder / "root", ignored) != "/" ||
+        !std::filesystem::equivalent(folder / "ns/mnt", "/proc/self/ns/mnt", ignored)) {
         fail("it has another root folder or mount namespace, and other files", "run dolqctl there");
     }
-    if (std::strchr("Tt", state.letter) != nullptr) {
+    if (std::strchr("Tt", state) != nullptr) {
         diagnosis.fail(kCheck, "it is stopped", "it sends nothing",
                        "let it go on: kill -CONT " + pid);
     }
