@@ -31,15 +31,14 @@ Finding::Finding(FilePosition at, Rule ofRule, const std::vector<std::string>& t
 }
 
 bool Finding::isAbout(std::uint32_t faultId, const std::string& moClass) const {
-    if (element == nullptr) {
+    const char* number = element != nullptr ? element->faultId.c_str() : "";
+    number += std::strcspn(number, "-0123456789");
+    if (*number == '\0' ||
+        static_cast<std::uint32_t>(std::strtoll(number, nullptr, 10)) != faultId) {
         return false;
     }
-    const char* number = element->faultId.c_str();
-    number += std::strcspn(number, "-0123456789");
     const std::wstring classes = L',' + lookOf(element->classes).folded + L',';
-    return *number != '\0' &&
-           static_cast<std::uint32_t>(std::strtoll(number, nullptr, 10)) == faultId &&
-           (moClass.empty() || classes.find(L',' + lookOf(moClass).folded + L',') != classes.npos);
+    return moClass.empty() || classes.find(L',' + lookOf(moClass).folded + L',') != classes.npos;
 }
 
 Look lookOf(const std::string& text) {

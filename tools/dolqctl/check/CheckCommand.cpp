@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -33,28 +34,52 @@ void refuseWrongRules(const std::vector<std::string>& allowed) {
     }
 }
 
-/// What is read, each load module's files by a checker of its own.
-struct Report {
-    std::map<LoadModule, MappingFileChecker> checkers;
-    std::vector<std::string> files; ///< each once
-    std::vector<Finding> findings;
-};
+/// The files of a load module are read on top of each other.
+using Checkers = std::map<LoadModule, MappingFileChecker>;
 
-/// Reads a file of `loadModule` on top of those before it; with `orManifest` also those it names.
-void read(Report& report, const LoadModule& loadModule, const std::string& file, bool orManifest) {
-    if (std::find(report.files.begin(), report.files.end(), file) == report.files.end()) {
-        report.files.push_back(file);
+/// Adds the classes that differ in letter case alone from another, and those that occur once,
+/// beside a similar one that occurs often.
+void addSimilarClasses(const Mappings& mappings, std::vector<Finding>& findings) {
+    constexpr std::size_t kOften = 10;
+    struct Use {
+        std::string moClass;
+        FilePosition first;
+        std::size_t count;
+    };
+    std::map<std::string, Use> uses; // by letters: digits make other names
+    for (const auto& [fault, history] : mappings) {
+        std::string letters = fault.second;
+        letters.erase(std::remove_if(letters.begin(), letters.end(),
+                                     [](unsigned char c) { return std::isdigit(c) != 0; }),
+                      letters.end());
+        const Use first{fault.second, history.front().position, 0};
+        uses.try_emplace(letters, first).first->second.count += history.size();
     }
-    std::vector<LoadModuleFile> named;
-    const auto findings = report.checkers[loadModule].read(file, orManifest ? &named : nullptr);
-    report.findings.insert(report.findings.end(), findings.begin(), findings.end());
-    for (const auto& [module, path] : named) {
-        read(report, module, path, false);
+    std::map<std::string, const Use*> often;
+    for (const auto& [letters, use] : uses) {
+        if (use.count >= kOften) {
+            often.emplace(letters, &use);
+        }
+    }
+    std::map<std::wstring, const Use*> spellings;
+    for (const auto& [letters, use] : uses) {
+        const Use* other = spellings.try_emplace(lookOf(letters).folded, &use).first->second;
+        const std::size_t most = letters.size() == 4 ? 1 : 2; // letters that differ
+        const bool isRare = use.count == 1 && letters.size() >= 4;
+        for (auto each = often.begin(); isRare && other == &use && each != often.end(); ++each) {
+            other = distance(letters, each->first) <= most ? each->second : other;
+        }
+        if (other != &use) {
+            findings.push_back({use.first,
+                                Rule::SimilarClass,
+                                {use.moClass, other->moClass, positionText(other->first)}});
+        }
     }
 }
 
 /// Adds the faults and classes declared in `path`, a line each, that no load module's files map.
-void addUnmappedFaults(const std::string& path, Report& report) {
+void addUnmappedFaults(const std::string& path, const Checkers& checkers,
+                       std::vector<Finding>& findings) {
     static const std::regex form("(0|[1-9][0-9]{0,9}|0x[0-9a-fA-F]{1,8})\t([^\\s,=]*)");
     std::string content;
     if (const int error = common::readRegularFile(path, content.max_size(), content)) {
@@ -76,10 +101,10 @@ void addUnmappedFaults(const std::string& path, Report& report) {
         }
         const std::pair fault(static_cast<std::uint32_t>(std::stoull(fields[1], nullptr, 0)),
                               fields.str(2));
-        if (std::none_of(report.checkers.begin(), report.checkers.end(), [&](const auto& each) {
-                return each.second.mappings().count(fault) > 0;
+        if (std::none_of(checkers.begin(), checkers.end(), [&](const auto& each) {
+                return each.second.inventory().mappings.count(fault) > 0;
             })) {
-            report.findings.push_back(
+            findings.push_back(
                 {position, Rule::UnmappedFault, {std::to_string(fault.first), fault.second}});
         }
     }
@@ -111,25 +136,39 @@ int runCheck(const Arguments& arguments) {
     } else if (paths.empty()) {
         throw CommandError("name a mapping FILE or give --discovered");
     }
-    Report report;
+    Checkers checkers;
+    std::vector<std::string> files; // each once
+    const auto read = [&](const LoadModule& loadModule, const std::string& file,
+                          std::vector<LoadModuleFile>* named) {
+        if (std::find(files.begin(), files.end(), file) == files.end()) {
+            files.push_back(file);
+        }
+        checkers[loadModule].read(file, named);
+    };
     bool isMissing = false;
     for (const std::string& path : paths) {
         std::error_code error;
         isMissing = isMissing || (path != "-" && !std::filesystem::exists(path, error) && !error);
-        read(report, {}, path, !arguments.discovered);
+        std::vector<LoadModuleFile> named;
+        read({}, path, arguments.discovered ? nullptr : &named);
+        for (const auto& [loadModule, file] : named) {
+            read(loadModule, file, nullptr);
+        }
     }
-    for (const auto& [loadModule, checker] : report.checkers) {
-        const std::vector<Finding> similar = checker.findSimilarClasses();
-        report.findings.insert(report.findings.end(), similar.begin(), similar.end());
+    std::vector<Finding> findings;
+    for (const auto& [loadModule, checker] : checkers) {
+        const auto& [mappings, those] = checker.inventory();
+        findings.insert(findings.end(), those.begin(), those.end());
+        addSimilarClasses(mappings, findings);
     }
     if (!arguments.faults.empty()) {
-        addUnmappedFaults(arguments.faults, report);
+        addUnmappedFaults(arguments.faults, checkers, findings);
     }
     std::size_t errors = 0;
     std::size_t warnings = 0;
     auto list = nlohmann::ordered_json::array();
     std::set<std::string> lines; // several load modules can have a file
-    for (const Finding& each : report.findings) {
+    for (const Finding& each : findings) {
         const auto& allowed = arguments.allowed;
         const std::string rule = each.ruleText().name;
         if (!lines.insert(lineOf(each)).second ||
@@ -149,13 +188,11 @@ int runCheck(const Arguments& arguments) {
         }
     }
     if (arguments.json) {
-        printJson({{"files", report.files},
-                   {"errors", errors},
-                   {"warnings", warnings},
-                   {"findings", list}});
+        printJson(
+            {{"files", files}, {"errors", errors}, {"warnings", warnings}, {"findings", list}});
     } else {
         printLine(counted(errors, "error") + ", " + counted(warnings, "warning") + " in " +
-                  counted(report.files.size(), "file"));
+                  counted(files.size(), "file"));
     }
     const bool isFine = isComplete && errors == 0 && (!arguments.strict || warnings == 0);
     return isMissing && !arguments.discovered ? kError : isFine ? kFine : kFindings;

@@ -1,7 +1,6 @@
 #include "check/MappingFileChecker.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -33,13 +32,6 @@ std::string keptStandardInput() {
     return path;
 }
 
-std::string withoutDigits(std::string text) {
-    text.erase(std::remove_if(text.begin(), text.end(),
-                              [](unsigned char c) { return std::isdigit(c) != 0; }),
-               text.end());
-    return text;
-}
-
 /// Whether a blank stands between two other characters of one class.
 bool hasInnerBlank(const std::string& list) {
     for (std::size_t next = 0, at = list.find(' '); at != list.npos; at = list.find(' ', next)) {
@@ -66,32 +58,27 @@ std::string textOf(const TiXmlElement& element, const char* name) {
     return value != nullptr ? value : "";
 }
 
-std::vector<Finding> MappingFileChecker::read(const std::string& name,
-                                              std::vector<LoadModuleFile>* manifestFiles) {
+void MappingFileChecker::read(const std::string& name, std::vector<LoadModuleFile>* manifestFiles) {
+    std::vector<Finding>& findings = m_inventory.findings;
+    const auto before = static_cast<std::ptrdiff_t>(findings.size());
     const std::string path = name == "-" ? keptStandardInput() : name;
     std::string text;
     const int error = common::readRegularFile(path, text.max_size(), text);
-    if (error == 0) {
-        m_problems = findXmlProblems(name, text);
-    } else {
-        m_problems = {{{name},
-                       Rule::NotWellFormed,
-                       {error == EINVAL ? "it is no regular file" : std::strerror(error)}}};
-    }
+    const char* const why = error == EINVAL ? "it is no regular file" : std::strerror(error);
+    m_problems = error == 0 ? findXmlProblems(name, text)
+                            : std::vector<Finding>{{{name}, Rule::NotWellFormed, {why}}};
     m_file = name;
     m_manifestFiles = manifestFiles;
     m_mapsNothing = true;
     const bool isRead = dolq::xmlconf::readMappingFile(path, *this);
-    m_element.reset();
     if (isRead && m_mapsNothing) {
-        add({{name}, Rule::NoMapping, {}});
+        findings.push_back({{name}, Rule::NoMapping, {}});
     }
-    m_findings.insert(m_findings.end(), m_problems.begin(), m_problems.end());
-    std::stable_sort(m_findings.begin(), m_findings.end(), [](const auto& one, const auto& other) {
-        return std::tie(one.position.line, one.position.column) <
-               std::tie(other.position.line, other.position.column);
+    findings.insert(findings.end(), m_problems.begin(), m_problems.end());
+    std::stable_sort(findings.begin() + before, findings.end(), [](const auto& a, const auto& b) {
+        return std::tie(a.position.line, a.position.column) <
+               std::tie(b.position.line, b.position.column);
     });
-    return std::exchange(m_findings, {});
 }
 
 FilePosition MappingFileChecker::positionOf(const TiXmlBase& part) const {
@@ -100,7 +87,7 @@ FilePosition MappingFileChecker::positionOf(const TiXmlBase& part) const {
 
 void MappingFileChecker::add(Finding finding) {
     finding.element = m_element;
-    m_findings.push_back(std::move(finding));
+    m_inventory.findings.push_back(std::move(finding));
 }
 
 void MappingFileChecker::add(Rule rule, const TiXmlBase& part,
@@ -151,15 +138,16 @@ void MappingFileChecker::addUnreadAttributes(const TiXmlElement& element,
 }
 
 void MappingFileChecker::onNotLoaded(const TiXmlDocument& document) {
+    FilePosition position{m_file, document.ErrorRow(), document.ErrorCol()};
+    std::string why = document.Error()
+                          ? document.ErrorDesc()
+                          : "it has no element, too many levels, or too many attributes";
     if (!m_problems.empty()) {
-        add({m_problems.back().position, Rule::NotLoaded, {m_problems.back().message}});
+        position = m_problems.back().position;
+        why = m_problems.back().message;
         m_problems.pop_back();
-    } else {
-        add({{m_file, document.ErrorRow(), document.ErrorCol()},
-             Rule::NotLoaded,
-             {document.Error() ? document.ErrorDesc()
-                               : "it has no element, too many levels, or too many attributes"}});
     }
+    m_inventory.findings.push_back({position, Rule::NotLoaded, {why}});
 }
 
 void MappingFileChecker::onRoot(const TiXmlElement& root) {
@@ -227,9 +215,21 @@ void MappingFileChecker::onMappingWithoutClass(const TiXmlElement& element, std:
 
 void MappingFileChecker::onMapping(const TiXmlElement& element, std::uint32_t faultId,
                                    std::uint32_t minorType, const std::string& moClass) {
-    if (!record({faultId, moClass}, {minorType, positionOf(element)})) {
-        return;
+    m_mapsNothing = false;
+    const FilePosition position = positionOf(element);
+    std::vector<Mapping>& history = m_inventory.mappings[{faultId, moClass}];
+    if (!history.empty()) {
+        const auto& [earlier, place] = history.back();
+        if (positionText(place) == positionText(position)) {
+            return; // again in one list
+        }
+        const bool isLost = place.file == m_file && earlier != minorType;
+        add({position,
+             isLost ? Rule::Duplicate : Rule::Override,
+             {std::to_string(faultId), moClass, alarmText(minorType), alarmText(earlier),
+              positionText(place)}});
     }
+    history.push_back({minorType, position});
     if (moClass.empty()) {
         add(Rule::MissingClass, element);
         return;
@@ -238,70 +238,18 @@ void MappingFileChecker::onMapping(const TiXmlElement& element, std::uint32_t fa
     if (moClass.find_first_of("\t\n\v\f\r=;|/\\+*?\"'`<>()[]{}^$!&") != std::string::npos) {
         add(Rule::ClassCharacter, list, {moClass});
     }
-    const Look look = lookOf(moClass);
-    if (!look.beyondAscii.empty()) {
+    if (const Look look = lookOf(moClass); !look.beyondAscii.empty()) {
         add(look.misleads ? Rule::Misleading : Rule::BeyondAscii, list,
             {moClass, look.beyondAscii});
     }
-    if (!look.misleads) {
-        const Use first{moClass, positionOf(list), 0};
-        ++m_uses.try_emplace(withoutDigits(moClass), first).first->second.count;
-    }
-}
-
-/// False for one that the same element has given already.
-bool MappingFileChecker::record(const Mappings::key_type& fault, const Mapping& mapping) {
-    m_mapsNothing = false;
-    std::vector<Mapping>& history = m_mappings[fault];
-    if (!history.empty()) {
-        const auto& [minorType, position] = history.back();
-        if (positionText(position) == positionText(mapping.position)) {
-            return false;
-        }
-        const bool isLost = position.file == m_file && minorType != mapping.minorType;
-        add({mapping.position,
-             isLost ? Rule::Duplicate : Rule::Override,
-             {std::to_string(fault.first), fault.second, alarmText(mapping.minorType),
-              alarmText(minorType), positionText(position)}});
-    }
-    history.push_back(mapping);
-    return true;
-}
-
-std::vector<Finding> MappingFileChecker::findSimilarClasses() const {
-    constexpr std::size_t kOften = 10;
-    std::vector<std::pair<std::string, Use>> often;
-    for (const auto& each : m_uses) {
-        if (each.second.count >= kOften) {
-            often.push_back(each);
-        }
-    }
-    std::map<std::wstring, const Use*> spellings;
-    std::vector<Finding> findings;
-    for (const auto& [letters, use] : m_uses) {
-        const Use* other = spellings.try_emplace(lookOf(letters).folded, &use).first->second;
-        const std::size_t most = letters.size() == 4 ? 1 : 2; // letters that differ
-        const bool isRare = use.count == 1 && letters.size() >= 4 && letters.size() <= 100;
-        for (auto each = often.begin(); isRare && other == &use && each != often.end(); ++each) {
-            other = distance(letters, each->first) <= most ? &each->second : other;
-        }
-        if (other != &use) {
-            findings.push_back({use.first,
-                                Rule::SimilarClass,
-                                {use.name, other->name, positionText(other->first)}});
-        }
-    }
-    return findings;
 }
 
 Inventory readMappingFiles(const std::vector<std::string>& paths) {
     MappingFileChecker checker;
-    std::vector<Finding> findings;
     for (const std::string& path : paths) {
-        const std::vector<Finding> those = checker.read(path);
-        findings.insert(findings.end(), those.begin(), those.end());
+        checker.read(path);
     }
-    return {checker.mappings(), findings};
+    return checker.inventory();
 }
 
 } // namespace dolqctl

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,17 +27,12 @@ std::vector<Finding> findXmlProblems(const std::string& file, const std::string&
 /// what the reader skips, or takes for something else than what is written.
 class MappingFileChecker final : public dolq::xmlconf::MappingFileObserverI {
 public:
-    /// Reads the file `name`, or with "-" the standard input, and returns what is wrong in it, by
-    /// position. With `manifestFiles`, a file is a manifest if its root says so: an error is one
-    /// that the embedded load-module handler refuses, or a mapping file that the library does not
-    /// find in it; those that are there are added to `manifestFiles`, and not read.
-    std::vector<Finding> read(const std::string& name,
-                              std::vector<LoadModuleFile>* manifestFiles = nullptr);
-
-    /// What has been read.
-    const Mappings& mappings() const { return m_mappings; }
-    /// Classes in it that are probably misspelt.
-    std::vector<Finding> findSimilarClasses() const;
+    /// Reads the file `name`, or with "-" the standard input, on top of those before it. With
+    /// `manifestFiles`, a file is a manifest if its root says so: an error is one that the embedded
+    /// load-module handler refuses, or a mapping file that the library does not find in it; those
+    /// that are there are added to `manifestFiles`, and not read.
+    void read(const std::string& name, std::vector<LoadModuleFile>* manifestFiles = nullptr);
+    const Inventory& inventory() const { return m_inventory; }
 
     void onNotLoaded(const TiXmlDocument& document) override;
     void onNoRoot() override { onNotLoaded({}); }
@@ -65,21 +58,12 @@ private:
     void beginElement(const TiXmlElement& element);
     void checkMapping(const TiXmlElement& element);
     std::optional<std::uint32_t> checkNumber(const TiXmlElement& element, const char* name);
-    bool record(const Mappings::key_type& fault, const Mapping& mapping);
 
     // Of manifests (ManifestChecker.cpp).
     void checkManifest(const TiXmlElement& root);
     void checkFile(const TiXmlElement& file, const LoadModule& loadModule);
 
-    /// How classes occur that differ in digits alone.
-    struct Use {
-        std::string name; ///< of the first
-        FilePosition first;
-        std::size_t count;
-    };
-
-    Mappings m_mappings;
-    std::map<std::string, Use> m_uses; ///< by class without digits
+    Inventory m_inventory;
 
     // Of the file that is read:
     std::string m_file;
@@ -87,7 +71,6 @@ private:
     std::vector<Finding> m_problems;
     bool m_mapsNothing = true;
     std::shared_ptr<const MappingElement> m_element; ///< what the next findings are about, or null
-    std::vector<Finding> m_findings;
 };
 
 const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name);
