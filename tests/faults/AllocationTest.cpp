@@ -4,7 +4,6 @@
 #include <numeric>
 #include <random>
 
-#include "LibraryTest.h"
 #include "Operations.h"
 #include "mapping/MappingTable.h"
 #include "support/FailingMalloc.h"

@@ -1,14 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include "ruxa/fm/fmi/v1/FaultManagementI.h"
-
-using ruxa::fm::fmi::v1::FaultManagementI;
-using Texts = std::vector<std::string>;
-using Events = std::vector<std::uint32_t>;
+#include "LibraryTest.h"
 
 // Every raise of the client interface, in the order of its declaration, and what it traces and
 // sends. The texts are so long that each copy of them takes memory.

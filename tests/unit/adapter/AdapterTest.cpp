@@ -1,6 +1,5 @@
 #include <locale>
 
-#include "LibraryTest.h"
 #include "Operations.h"
 
 namespace {
