@@ -14,24 +14,24 @@ void MappingFileChecker::checkFile(const TiXmlElement& file, const LoadModule& l
     const std::string tag = textOf(file, "tag");
     const std::string path = textOf(file, "path");
     if (tag.empty() || path.empty()) {
-        add(Rule::NotLoaded, file, {"'tag' or 'path' is missing or empty"});
+        add(Rule::NotLoaded, file, file, {"'tag' or 'path' is missing or empty"});
         return;
     }
     const auto place = std::filesystem::path(m_file).parent_path() / path;
     std::error_code error;
     if (!std::filesystem::is_regular_file(place, error)) {
-        add(Rule::MissingFile, *findAttribute(file, "path"), {path});
+        add(Rule::MissingFile, file, *findAttribute(file, "path"), {path});
     } else if (tag == common::kMappingFileTag) {
         m_manifestFiles->emplace_back(loadModule, place.string());
     }
     if (tag != common::kMappingFileTag && isMisspelt(tag, common::kMappingFileTag)) {
-        add(Rule::MisspeltTag, *findAttribute(file, "tag"), {tag});
+        add(Rule::MisspeltTag, file, *findAttribute(file, "tag"), {tag});
     }
 }
 
 void MappingFileChecker::checkManifest(const TiXmlElement& root) {
     if (root.ValueStr() != "loadModules") {
-        add(Rule::NotLoaded, root, {"the root is not 'loadModules'"});
+        add(Rule::NotLoaded, root, root, {"the root is not 'loadModules'"});
     }
     addUnread(root, "loadModule", true);
     for (const auto* each = root.FirstChildElement("loadModule"); each != nullptr;
@@ -39,7 +39,7 @@ void MappingFileChecker::checkManifest(const TiXmlElement& root) {
         addUnread(*each, "file", true);
         addUnreadAttributes(*each, {"productNumber", "revision", "name"});
         if (each->Attribute("productNumber") == nullptr || each->Attribute("revision") == nullptr) {
-            add(Rule::NotLoaded, *each, {"'productNumber' or 'revision' is missing"});
+            add(Rule::NotLoaded, *each, *each, {"'productNumber' or 'revision' is missing"});
         }
         for (const auto* file = each->FirstChildElement("file"); file != nullptr;
              file = file->NextSiblingElement("file")) {

@@ -85,19 +85,16 @@ FilePosition MappingFileChecker::positionOf(const TiXmlBase& part) const {
     return {m_file, part.Row(), part.Column()};
 }
 
-void MappingFileChecker::add(Finding finding) {
-    finding.element = m_element;
-    m_inventory.findings.push_back(std::move(finding));
-}
-
-void MappingFileChecker::add(Rule rule, const TiXmlBase& part,
+/// Adds what is wrong at the `place` of the element.
+void MappingFileChecker::add(Rule rule, const TiXmlElement& element, const TiXmlBase& place,
                              const std::vector<std::string>& texts) {
-    add({positionOf(part), rule, texts});
-}
-
-void MappingFileChecker::beginElement(const TiXmlElement& element) {
-    m_element = std::make_shared<const MappingElement>(
-        MappingElement{positionOf(element), textOf(element, kFaultId), textOf(element, kMoClass)});
+    const FilePosition position = positionOf(element);
+    if (m_element == nullptr || positionText(m_element->position) != positionText(position)) {
+        m_element = std::make_shared<const MappingElement>(
+            MappingElement{position, textOf(element, kFaultId), textOf(element, kMoClass)});
+    }
+    m_inventory.findings.push_back({positionOf(place), rule, texts});
+    m_inventory.findings.back().element = m_element;
 }
 
 /// Adds text, and elements of another name than `read`, for which the file may be refused. The
@@ -106,16 +103,16 @@ void MappingFileChecker::addUnread(const TiXmlElement& element, const std::strin
                                    bool isRefused) {
     for (const auto* node = element.FirstChild(); node != nullptr; node = node->NextSibling()) {
         const TiXmlElement* const child = node->ToElement();
-        beginElement(child != nullptr ? *child : element);
         if (node->ToText() != nullptr) {
             const bool isLost = node->ValueStr().find('=') != std::string::npos;
-            add(isLost ? Rule::LostMapping : Rule::Unread, *node, {inQuotes(node->ValueStr())});
+            add(isLost ? Rule::LostMapping : Rule::Unread, element, *node,
+                {inQuotes(node->ValueStr())});
         } else if (child != nullptr && child->ValueStr() != read) {
             const bool isLost = child->Attribute(kFaultId) != nullptr || child->Attribute("path");
             add(isRefused ? Rule::NotLoaded
                 : isLost  ? Rule::LostMapping
                           : Rule::Unread,
-                *child, {'<' + child->ValueStr() + '>'});
+                *child, *child, {'<' + child->ValueStr() + '>'});
             addUnread(*child);
         }
     }
@@ -130,9 +127,9 @@ void MappingFileChecker::addUnreadAttributes(const TiXmlElement& element,
                    (isMisspelt(name, other) || other.find(name) != other.npos);
         });
         if (meant != known.end()) {
-            add(Rule::LostAttribute, *each, {name, *meant});
+            add(Rule::LostAttribute, element, *each, {name, *meant});
         } else if (std::find(known.begin(), known.end(), name) == known.end()) {
-            add(Rule::UnreadAttribute, *each, {name});
+            add(Rule::UnreadAttribute, element, *each, {name});
         }
     }
 }
@@ -163,13 +160,13 @@ void MappingFileChecker::onRoot(const TiXmlElement& root) {
 
 void MappingFileChecker::checkMapping(const TiXmlElement& element) {
     addUnread(element);
-    beginElement(element);
     addUnreadAttributes(element, {kFaultId, kMinorType, kMoClass});
     const std::optional<std::uint32_t> faultId = checkNumber(element, kFaultId);
     const std::optional<std::uint32_t> minorType = checkNumber(element, kMinorType);
     if (minorType && (dolq::majorIdOf(*minorType) == 0 || dolq::minorIdOf(*minorType) == 0)) {
         const bool isFaultId = dolq::majorIdOf(*minorType) == 0 && faultId.value_or(0) > 0xFFFF;
-        add(isFaultId ? Rule::SwappedIds : Rule::ZeroId, *findAttribute(element, kMinorType),
+        add(isFaultId ? Rule::SwappedIds : Rule::ZeroId, element,
+            *findAttribute(element, kMinorType),
             {std::to_string(*minorType), alarmText(*minorType)});
     }
     const TiXmlAttribute* const list = findAttribute(element, kMoClass);
@@ -177,9 +174,9 @@ void MappingFileChecker::checkMapping(const TiXmlElement& element) {
         return;
     }
     if (list->ValueStr().find_first_not_of(' ') == std::string::npos) {
-        add(Rule::NoClass, *list, {list->ValueStr()});
+        add(Rule::NoClass, element, *list, {list->ValueStr()});
     } else if (hasInnerBlank(list->ValueStr())) {
-        add(Rule::BlankInClass, *list, {list->ValueStr()});
+        add(Rule::BlankInClass, element, *list, {list->ValueStr()});
     }
 }
 
@@ -188,7 +185,7 @@ std::optional<std::uint32_t> MappingFileChecker::checkNumber(const TiXmlElement&
                                                              const char* name) {
     int number = 0;
     if (element.QueryIntAttribute(name, &number) != TIXML_SUCCESS) { // as the reader asks
-        add(Rule::NoNumber, element, {name});
+        add(Rule::NoNumber, element, element, {name});
         return std::nullopt;
     }
     const TiXmlAttribute& attribute = *findAttribute(element, name);
@@ -197,11 +194,11 @@ std::optional<std::uint32_t> MappingFileChecker::checkNumber(const TiXmlElement&
     char* rest = nullptr;
     const long long meant = std::strtoll(value.c_str(), &rest, 10);
     if (rest[std::strspn(rest, " \t\n\v\f\r")] != '\0' || (meant != number && meant != stored)) {
-        add(Rule::OtherNumber, attribute, {name, value, std::to_string(stored)});
+        add(Rule::OtherNumber, element, attribute, {name, value, std::to_string(stored)});
         return std::nullopt;
     }
     if (number < 0) {
-        add(Rule::NegativeNumber, attribute,
+        add(Rule::NegativeNumber, element, attribute,
             {name, value, std::to_string(stored), std::to_string(number)});
     }
     return stored;
@@ -224,22 +221,21 @@ void MappingFileChecker::onMapping(const TiXmlElement& element, std::uint32_t fa
             return; // again in one list
         }
         const bool isLost = place.file == m_file && earlier != minorType;
-        add({position,
-             isLost ? Rule::Duplicate : Rule::Override,
-             {std::to_string(faultId), moClass, alarmText(minorType), alarmText(earlier),
-              positionText(place)}});
+        add(isLost ? Rule::Duplicate : Rule::Override, element, element,
+            {std::to_string(faultId), moClass, alarmText(minorType), alarmText(earlier),
+             positionText(place)});
     }
     history.push_back({minorType, position});
     if (moClass.empty()) {
-        add(Rule::MissingClass, element);
+        add(Rule::MissingClass, element, element);
         return;
     }
     const TiXmlAttribute& list = *findAttribute(element, kMoClass);
     if (moClass.find_first_of("\t\n\v\f\r=;|/\\+*?\"'`<>()[]{}^$!&") != std::string::npos) {
-        add(Rule::ClassCharacter, list, {moClass});
+        add(Rule::ClassCharacter, element, list, {moClass});
     }
     if (const Look look = lookOf(moClass); !look.beyondAscii.empty()) {
-        add(look.misleads ? Rule::Misleading : Rule::BeyondAscii, list,
+        add(look.misleads ? Rule::Misleading : Rule::BeyondAscii, element, list,
             {moClass, look.beyondAscii});
     }
 }

@@ -49,13 +49,12 @@ public:
 
 private:
     FilePosition positionOf(const TiXmlBase& part) const;
-    void add(Finding finding);
-    void add(Rule rule, const TiXmlBase& part, const std::vector<std::string>& texts = {});
+    void add(Rule rule, const TiXmlElement& element, const TiXmlBase& place,
+             const std::vector<std::string>& texts = {});
     void addUnread(const TiXmlElement& element, const std::string& read = {},
                    bool isRefused = false);
     void addUnreadAttributes(const TiXmlElement& element, const std::vector<std::string>& known);
 
-    void beginElement(const TiXmlElement& element);
     void checkMapping(const TiXmlElement& element);
     std::optional<std::uint32_t> checkNumber(const TiXmlElement& element, const char* name);
 
@@ -70,7 +69,7 @@ private:
     std::vector<LoadModuleFile>* m_manifestFiles = nullptr;
     std::vector<Finding> m_problems;
     bool m_mapsNothing = true;
-    std::shared_ptr<const MappingElement> m_element; ///< what the next findings are about, or null
+    std::shared_ptr<const MappingElement> m_element; ///< of the latest finding, or null
 };
 
 const TiXmlAttribute* findAttribute(const TiXmlElement& element, const char* name);
