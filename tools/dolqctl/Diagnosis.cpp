@@ -12,20 +12,9 @@ namespace dolqctl {
 
 namespace {
 
-using Status = Observation::Status;
-
 constexpr const char* kNames[] = {"ok", "note", "warning", "failed"}; // of each status
 
-const char* nameOf(Status status) { return kNames[static_cast<std::size_t>(status)]; }
-
-void print(const Observation& observation) {
-    const auto& [check, status, finding, meaning, advice] = observation;
-    std::cout << std::left << std::setw(9) << nameOf(status);
-    printLine(check + ": " + finding + (meaning.empty() ? "" : ": " + meaning));
-    if (!advice.empty()) {
-        printLine("         -> " + advice);
-    }
-}
+const char* nameOf(const Observation& each) { return kNames[static_cast<int>(each.status)]; }
 
 } // namespace
 
@@ -42,7 +31,7 @@ void Diagnosis::print(const Arguments& arguments, const std::string& verdict) co
             {"source", arguments.source}, {"verdict", verdict}, {"failures", failures()}};
         for (const Observation& each : m_observations) {
             document["checks"].push_back({{"check", each.check},
-                                          {"status", nameOf(each.status)},
+                                          {"status", nameOf(each)},
                                           {"finding", each.finding},
                                           {"meaning", each.meaning},
                                           {"advice", each.advice}});
@@ -55,7 +44,7 @@ void Diagnosis::print(const Arguments& arguments, const std::string& verdict) co
     }
     std::vector<std::string> inOrder;
     for (const Observation& each : m_observations) {
-        if (each.status == Status::Ok) {
+        if (each.status == Observation::Status::Ok) {
             inOrder.push_back(each.check);
         }
     }
@@ -63,8 +52,13 @@ void Diagnosis::print(const Arguments& arguments, const std::string& verdict) co
         printLine(counted(inOrder.size(), "check") + " in order: " + joined(inOrder));
     }
     for (const Observation& each : m_observations) {
-        if (arguments.all || each.status != Status::Ok) {
-            dolqctl::print(each);
+        if (arguments.all || each.status != Observation::Status::Ok) {
+            std::cout << std::left << std::setw(9) << nameOf(each);
+            printLine(each.check + ": " + each.finding + (each.meaning.empty() ? "" : ": ") +
+                      each.meaning);
+            if (!each.advice.empty()) {
+                printLine("         -> " + each.advice);
+            }
         }
     }
     printLine();

@@ -1,6 +1,6 @@
 #include "Discovery.h"
 
-#include <algorithm>
+#include <map>
 
 #include <Velk.h>
 
@@ -42,9 +42,8 @@ Discovery discover() {
     auto* const getLoadModules = handler.function<decltype(Velk_get_lms)>("Velk_get_lms");
     auto* const freeBuffers = handler.function<decltype(Velk_free_buffers)>("Velk_free_buffers");
     Discovery discovery;
-    const Identity& identity =
-        discovery.identity = {common::environment(common::kProductNumberVariable),
-                              common::environment(common::kRevisionVariable)};
+    discovery.identity = {common::environment(common::kProductNumberVariable),
+                          common::environment(common::kRevisionVariable)};
     for (std::string category : common::kLoadModuleCategories) {
         Velk_lm_list list{};
         if (const int error = getLoadModules(nullptr, category.data(), &list); error != VELK_OK) {
@@ -56,10 +55,8 @@ Discovery discover() {
         for (std::size_t i = 0; i < list.count; ++i) {
             const Velk_lm& module = list.lms[i];
             const Identity found{orEmpty(module.productNumber), orEmpty(module.revision)};
-            discovery.loadModules.push_back(found);
-            if (found.productNumber == identity.productNumber &&
-                found.revision == identity.revision) {
-                discovery.isFound = true;
+            discovery.loadModules.insert(quoted(found));
+            if (quoted(found) == quoted(discovery.identity)) {
                 addFiles(module, discovery);
             }
         }
@@ -72,26 +69,23 @@ std::string Discovery::whyNoMappingFile() const {
     if (!mappingFiles.empty()) {
         return {};
     }
-    if (isFound) {
-        return "the load module " + quoted(identity) + " has no file tagged '" +
-               common::kMappingFileTag + '\'';
+    const std::string wanted = "load module " + quoted(identity);
+    if (loadModules.count(quoted(identity)) > 0) {
+        return "the " + wanted + " has no file tagged '" + common::kMappingFileTag + '\'';
     }
-    std::vector<std::string> others;
-    for (const Identity& each : loadModules) {
-        if (std::find(others.begin(), others.end(), quoted(each)) == others.end()) {
-            others.push_back(quoted(each));
+    std::multimap<std::size_t, std::string> nearest;
+    for (const std::string& each : loadModules) {
+        nearest.emplace(distance(each, quoted(identity)), each);
+    }
+    std::vector<std::string> named;
+    for (const auto& [difference, each] : nearest) {
+        if (named.size() < kMostNamed) {
+            named.push_back(each);
         }
     }
-    const auto difference = [&](const std::string& other) {
-        return distance(other, quoted(identity));
-    };
-    std::stable_sort(others.begin(), others.end(), [&](const auto& one, const auto& other) {
-        return difference(one) < difference(other);
-    });
-    const std::size_t unnamed = others.size() - std::min(others.size(), kMostNamed);
-    others.resize(others.size() - unnamed);
-    return "there is no load module " + quoted(identity) +
-           (others.empty() ? ", nor any other" : ", but " + joined(others)) +
+    const std::size_t unnamed = nearest.size() - named.size();
+    return "there is no " + wanted +
+           (named.empty() ? ", nor any other" : ", but " + joined(named)) +
            (unnamed == 0 ? "" : " and " + counted(unnamed, "other"));
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,8 +18,7 @@ std::string quoted(const Identity& identity);
 /// The node's load modules as the load-module handler gives them, in the library's order.
 struct Discovery {
     Identity identity;                     ///< of the load module that the environment names
-    bool isFound = false;                  ///< there is one
-    std::vector<Identity> loadModules;     ///< all of them
+    std::set<std::string> loadModules;     ///< all of them, `quoted`
     std::vector<std::string> mappingFiles; ///< of the one looked for, in reading order
     std::vector<std::string> problems;     ///< why load modules or mapping files are missing
 

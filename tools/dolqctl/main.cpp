@@ -139,10 +139,7 @@ Example, in the source or in the folder of the installed documents:
 void addExplain(CLI::App& program) {
     CLI::App& command = addCommand(
         program, "explain", "Say whether a fault raises an alarm, or why not", runExplain,
-        R"(The last line says whether a raise would be sent. A cease has the same needs,
-except for a system, a computer and an event. Opens a session with the
-notification service, as 'doctor' does, and sends nothing. Exit code 0: a raise
-would be sent, without a "but".
+        R"(Sends nothing. Exit code 0: a raise would be sent, without a "but".
 
 Example:
   dolqctl explain --product CXC1370001 --revision R1A \
@@ -152,13 +149,8 @@ Example:
 }
 
 void addRaise(CLI::App& program) {
-    CLI::App& command = addCommand(
-        program, "raise", "Raise an alarm through the library", runRaise,
-        R"(With one event or none the alarm is a primary one, with several a secondary one.
-Shows the traces of groups 0 (failures) and 4 (calls) unless RUXA_TRACE_GROUPS
-chooses others.
-
-Example:
+    CLI::App& command = addCommand(program, "raise", "Raise an alarm through the library", runRaise,
+                                   R"(Example:
   dolqctl raise --object managedElement=1,Board=3 --fault 4101 \
       --severity major --text 'Temperature too high' --event-id 4711)");
     addFault(command);
@@ -192,17 +184,8 @@ Example:
 }
 
 void addAlarms(CLI::App& program) {
-    CLI::App& command = addCommand(
-        program, "alarms", "List the active alarms", runAlarms,
-        R"(All notifications with the same object and notification class are one alarm. The
-latest raise gives its severity and texts; a cease ends it. AGE is the time for
-which it has been or was active. Times are local; one before 2000 or in the
-future is shown as "-", and --since keeps it. --since takes 90s, 10m, 6h or 2d.
-ALARM includes the vendor id where it is not the library's: 18568:3/1. The
-embedded service reads the log RUXA_NTF_LOG, else ruxa/notifications.jsonl in
-XDG_STATE_HOME or ~/.local/state.
-
-Examples:
+    CLI::App& command = addCommand(program, "alarms", "List the active alarms", runAlarms,
+                                   R"(Examples:
   dolqctl alarms --severity major --object managedElement=1 --since 2h
   watch -n 1 dolqctl alarms)");
     command.add_flag("--history", arguments.history, "Show ceased alarms too, the latest first");
@@ -216,7 +199,7 @@ Examples:
     const std::map<std::string, std::uint32_t> units = {
         {"s", 1}, {"m", 60}, {"h", 60 * 60}, {"d", 24 * 60 * 60}};
     addValue(command, "--since", "AGO", arguments.since,
-             "Show only those changed since, e.g. 90s or 2d ago")
+             "Show only those changed since, e.g. 90s, 10m, 6h or 2d")
         ->transform(
             CLI::AsNumberWithUnit(units, CLI::AsNumberWithUnit::UNIT_REQUIRED).description(""))
         ->transform(CLI::Validator(refusalOf, "")); // is made first
@@ -225,11 +208,9 @@ Examples:
 }
 
 void addDoctor(CLI::App& program) {
-    CLI::App& command = addCommand(
-        program, "doctor", "Check what a program needs for its alarms", runDoctor,
-        R"(Opens a session with the notification service and allocates a notification, but
-sends none. What is not in order comes last; a note says what cannot be known
-from here. Exit code 1: a check failed; 2: the service did not answer.
+    CLI::App& command =
+        addCommand(program, "doctor", "Check what a program needs for its alarms", runDoctor,
+                   R"(Sends nothing. Exit code 1: a check failed; 2: the service did not answer.
 
 Example:
   ZBN_NO=CXC1370001 ZBN_REV=R1A dolqctl doctor)");

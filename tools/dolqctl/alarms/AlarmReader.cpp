@@ -17,6 +17,7 @@ using Clock = std::chrono::steady_clock;
 using Json = nlohmann::ordered_json;
 
 constexpr int kSessions = 4;
+constexpr std::size_t kLongestFilter = 255;
 constexpr std::chrono::seconds kTimeout{5};
 constexpr char kReadNext[] = "saNtfNotificationReadNext";
 
@@ -31,30 +32,29 @@ std::string textOf(const void* text, std::size_t size) {
     return first == nullptr ? "" : std::string(first, ::strnlen(first, size));
 }
 
-/// A value with the number that the sender gave it; null for other types than string.
-Json toJson(const SaNtfAlarmNotificationT& alarm, SaUint16T id, std::uint32_t type,
-            const SaNtfValueT& value, decltype(saNtfPtrValGet)* getPtrVal) {
+/// Built member by member, which is faster.
+Json contentOf(const SaNtfAlarmNotificationT& alarm, decltype(saNtfPtrValGet)* getPtrVal) {
     constexpr const char* kTypes[] = {"uint8",    "int8",   "uint16",    "int16",  "uint32",
                                       "int32",    "float",  "uint64",    "int64",  "double",
                                       "ldapName", "string", "ipAddress", "binary", "array"};
-    void* data = nullptr;
-    SaUint16T size = 0;
-    const bool isText = type == SA_NTF_VALUE_STRING &&
-                        getPtrVal(alarm.notificationHandle, &value, &data, &size) == SA_AIS_OK;
-    Json json; // member by member, which is faster
-    json["id"] = id;
-    json["type"] = common::nameOf(type, kTypes);
-    json["value"] = isText ? Json(textOf(data, size)) : Json();
-    return json;
-}
-
-Json contentOf(const SaNtfAlarmNotificationT& alarm, decltype(saNtfPtrValGet)* getPtrVal) {
     constexpr const char* kTrends[] = {"moreSevere", "noChange", "lessSevere"};
+    // `id` is the sender's number for it; only texts have a value here.
+    const auto toJson = [&](SaUint16T id, std::uint32_t type, const SaNtfValueT& value) {
+        void* data = nullptr;
+        SaUint16T size = 0;
+        const bool isText = type == SA_NTF_VALUE_STRING &&
+                            getPtrVal(alarm.notificationHandle, &value, &data, &size) == SA_AIS_OK;
+        Json json;
+        json["id"] = id;
+        json["type"] = common::nameOf(type, kTypes);
+        json["value"] = isText ? Json(textOf(data, size)) : Json();
+        return json;
+    };
     const auto list = [&](SaUint16T count, const auto* elements) {
         Json values = Json::array();
         for (SaUint16T i = 0; i < count; ++i) {
             const auto& [id, type, value] = elements[i];
-            values.push_back(toJson(alarm, id, type, value, getPtrVal));
+            values.push_back(toJson(id, type, value));
         }
         return values;
     };
@@ -66,7 +66,7 @@ Json contentOf(const SaNtfAlarmNotificationT& alarm, decltype(saNtfPtrValGet)* g
     Json problems = Json::array();
     for (SaUint16T i = 0; i < alarm.numSpecificProblems; ++i) {
         const auto& [id, classId, type, value] = alarm.specificProblems[i];
-        problems.push_back(toJson(alarm, id, type, value, getPtrVal));
+        problems.push_back(toJson(id, type, value));
     }
     const SaNtfThresholdInformationT& threshold = *alarm.thresholdInformation;
     Json json;
@@ -79,21 +79,12 @@ Json contentOf(const SaNtfAlarmNotificationT& alarm, decltype(saNtfPtrValGet)* g
                                        common::kEventTypeNames);
     json["probableCause"] = *alarm.probableCause;
     json["trend"] = common::nameOf(*alarm.trend, kTrends);
-    json["threshold"] = toJson(alarm, threshold.thresholdId, threshold.thresholdValueType,
-                               threshold.thresholdValue, getPtrVal);
+    json["threshold"] =
+        toJson(threshold.thresholdId, threshold.thresholdValueType, threshold.thresholdValue);
     json["specificProblems"] = std::move(problems);
     json["monitoredAttributes"] = list(alarm.numMonitoredAttributes, alarm.monitoredAttributes);
     json["correlatedNotifications"] = std::move(correlated);
     return json;
-}
-
-/// What the service can be asked for: it matches a name that occurs anywhere in another. ASCII,
-/// since a service may replace bytes that are not UTF-8; short enough for one with shorter names.
-std::string filterOf(const std::string& object) {
-    constexpr std::size_t kMost = 255;
-    const auto isBeyond = [](char c) { return static_cast<unsigned char>(c) > 0x7F; };
-    const auto end = std::find_if(object.begin(), object.end(), isBeyond);
-    return std::string(object.begin(), end).substr(0, kMost);
 }
 
 } // namespace
@@ -129,7 +120,11 @@ void AlarmReader::readOnce(const std::function<void(Notification&&)>& take) {
     auto* const readNext = ntf.function<decltype(saNtfNotificationReadNext)>(kReadNext);
     auto* const getPtrVal = ntf.function<decltype(saNtfPtrValGet)>("saNtfPtrValGet");
     auto* const free = ntf.function<decltype(saNtfNotificationFree)>("saNtfNotificationFree");
-    const std::string name = filterOf(m_object);
+    // ASCII, since a service may replace bytes that are not UTF-8; short enough for one with
+    // shorter names. It matches a name that occurs anywhere in another.
+    const auto isBeyond = [](char c) { return static_cast<unsigned char>(c) > 0x7F; };
+    const auto end = std::find_if(m_object.begin(), m_object.end(), isBeyond);
+    const std::string name = std::string(m_object.begin(), end).substr(0, kLongestFilter);
     SaNtfAlarmNotificationFilterT filter{};
     ntf.ask<decltype(saNtfAlarmNotificationFilterAllocate)>(
         "saNtfAlarmNotificationFilterAllocate", [&](auto* allocate) {
@@ -159,8 +154,8 @@ void AlarmReader::readOnce(const std::function<void(Notification&&)>& take) {
         const bool isLate = answer == SA_AIS_ERR_TRY_AGAIN && Clock::now() - start >= kTimeout;
         return isLate ? SA_AIS_ERR_TIMEOUT : answer;
     };
-    SaAisErrorT end = SA_AIS_OK;
-    while ((end = ask(kReadNext, next)) == SA_AIS_OK) {
+    SaAisErrorT result = SA_AIS_OK;
+    while ((result = ask(kReadNext, next)) == SA_AIS_OK) {
         const SaNtfAlarmNotificationT& alarm = notification.notification.alarmNotification;
         const SaNtfNotificationHeaderT& header = alarm.notificationHeader;
         Notification record{*header.notificationId,
@@ -175,11 +170,11 @@ void AlarmReader::readOnce(const std::function<void(Notification&&)>& take) {
         }
         free(alarm.notificationHandle);
     }
-    if (end != SA_AIS_ERR_NOT_EXIST) {
-        throw NtfError(kReadNext, end);
+    if (result != SA_AIS_ERR_NOT_EXIST) {
+        throw NtfError(kReadNext, result);
     }
-    if (before == SA_AIS_ERR_TRY_AGAIN) { // it may be that of the list of a service that restarted
-        throw NtfError(std::string(kReadNext) + ", right after \"try again\",", end);
+    if (before == SA_AIS_ERR_TRY_AGAIN) { // the end may be that of a service that has restarted
+        throw NtfError(std::string(kReadNext) + ", right after \"try again\",", result);
     }
 }
 

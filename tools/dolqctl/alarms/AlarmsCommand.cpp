@@ -145,18 +145,14 @@ void printList(const std::vector<Alarm>& alarms) {
     printTable(std::move(rows));
 }
 
-/// "(uint32) (id 7)" for a value.
+/// For people: of a value "Warm", or its type, "(uint32)", and the sender's number for it if any.
 std::string fieldText(const Json& field) {
-    if (field.is_object() && field.contains("type")) {
-        const Json& id = field["id"];
-        return (field["value"].is_null() ? '(' + field["type"].get<std::string>() + ')'
-                                         : fieldText(field["value"])) +
-               (id == 0 ? "" : " (id " + id.dump() + ')');
+    if (!field.is_object() || !field.contains("type")) {
+        return field.is_string() ? field.get<std::string>() : field.dump();
     }
-    const std::string text = field.is_string() ? field.get<std::string>()
-                             : field.is_null() ? ""
-                                               : field.dump();
-    return text.empty() ? "-" : text;
+    const Json& value = field["value"];
+    return (value.is_null() ? '(' + fieldText(field["type"]) + ')' : fieldText(value)) +
+           (field["id"] == 0 ? "" : " (id " + field["id"].dump() + ')');
 }
 
 void printLong(const std::vector<Alarm>& alarms) {

@@ -28,7 +28,6 @@ namespace dolqctl {
 namespace {
 
 using ruxa::fm::fmi::v1::FaultManagementI;
-using Json = nlohmann::ordered_json;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
 /// What became of a call, and what to do next.
@@ -38,21 +37,13 @@ struct Outcome {
     std::string next;
 };
 
-/// What tells it from others on its object, as every service gives it back: none replaces or cuts
-/// anything in here.
+/// What tells it from others, as every service gives it back: none replaces or cuts anything here.
 std::string likenessOf(const Notification& notification) {
     constexpr std::size_t kSurelySent = 1000; // bytes of a text
-    const auto sent = [](const std::string& text) {
-        return common::jsonString(text).substr(0, kSurelySent);
-    };
-    std::string all = std::to_string(notification.classId.vendorId) + ' ' +
-                      std::to_string(notification.severity) + sent(notification.object) +
-                      sent(notification.content["text"]);
-    const Json& info = notification.content["info"];
-    for (std::size_t i = 1; i < info.size(); ++i) { // behind the correlation information
-        all += sent(info[i]["value"].is_null() ? "" : info[i]["value"].get<std::string>());
-    }
-    return all;
+    return std::to_string(notification.classId.vendorId) + ' ' +
+           std::to_string(notification.severity) + common::jsonString(notification.object) +
+           common::jsonString(notification.content["text"].get<std::string>())
+               .substr(0, kSurelySent);
 }
 
 /// "Arrived: alarm 2/17 (major) on "Shelf=1,Port=3", notification 7, after 0.4 ms"
@@ -108,8 +99,8 @@ struct Attempt {
 };
 
 /// Calls `operation` on an adapter of the library, as an application would, and prints what became
-/// of what is `expected`; `next` leads to the cause when it did not arrive.
-int send(const Arguments& arguments, Notification expected, const std::string& next,
+/// of the alarm; `next` leads to the cause when it did not arrive.
+int send(const Arguments& arguments, std::uint32_t severity, const std::string& next,
          const std::function<void(FaultManagementI&)>& operation) {
     using namespace ruxa::fm::dolq::v2;
     const bool isTracedHere =
@@ -129,9 +120,10 @@ int send(const Arguments& arguments, Notification expected, const std::string& n
         freeFactory();
         return took;
     };
-    attempt->expected = std::move(expected);
     attempt->expected.object = arguments.object.substr(0, kLongestObject);
     attempt->expected.classId.vendorId = DOLQCTL_VENDOR_ID;
+    attempt->expected.severity = severity;
+    attempt->expected.content["text"] = arguments.text;
     attempt->object = nameText(arguments.object);
     attempt->missing = {kFindings,
                         "Not arrived: so far the service has no notification of it on " +
@@ -179,39 +171,33 @@ int runRaise(const Arguments& arguments) {
                                  ? "give both --system-uuid and --compute-name, or neither"
                              : isUncaused ? "give an --event-id other than 0"
                                           : kExplanation;
-    Notification expected;
-    expected.severity = common::codeOf(arguments.severity, common::kSeverityNames);
-    expected.content = {{"text", arguments.text}, {"info", {Json()}}};
-    for (const std::string& text : arguments.info) {
-        expected.content["info"].push_back({{"value", text}});
-    }
-    return send(arguments, expected, next, [=](FaultManagementI& alarms) {
-        const std::uint32_t severity =
-            common::codeOf(arguments.severity, common::kClientSeverityNames);
-        const std::uint32_t group =
-            common::codeOf(arguments.programGroup, common::kProgramGroupNames);
-        const auto raiseFor = [&](const auto& events) {
-            using Event = typename std::decay_t<decltype(events)>::value_type;
-            if (events.size() > 1) {
-                alarms.raiseSecondaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
-                                           arguments.info, severity, arguments.systemUuid,
-                                           arguments.computeName, events, group);
-            } else {
-                alarms.raisePrimaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
-                                         arguments.info, severity,
-                                         events.empty() ? Event() : events.front(),
-                                         arguments.systemUuid, arguments.computeName, group);
-            }
-        };
-        arguments.eventUuids.empty() ? raiseFor(arguments.eventIds)
-                                     : raiseFor(arguments.eventUuids);
-    });
+    return send(arguments, common::codeOf(arguments.severity, common::kSeverityNames), next,
+                [=](FaultManagementI& alarms) {
+                    const std::uint32_t severity =
+                        common::codeOf(arguments.severity, common::kClientSeverityNames);
+                    const std::uint32_t group =
+                        common::codeOf(arguments.programGroup, common::kProgramGroupNames);
+                    const auto raiseFor = [&](const auto& events) {
+                        using Event = typename std::decay_t<decltype(events)>::value_type;
+                        if (events.size() > 1) {
+                            alarms.raiseSecondaryAlarm(arguments.object, arguments.faultId, {},
+                                                       arguments.text, arguments.info, severity,
+                                                       arguments.systemUuid, arguments.computeName,
+                                                       events, group);
+                        } else {
+                            alarms.raisePrimaryAlarm(
+                                arguments.object, arguments.faultId, {}, arguments.text,
+                                arguments.info, severity, events.empty() ? Event() : events.front(),
+                                arguments.systemUuid, arguments.computeName, group);
+                        }
+                    };
+                    arguments.eventUuids.empty() ? raiseFor(arguments.eventIds)
+                                                 : raiseFor(arguments.eventUuids);
+                });
 }
 
 int runCease(const Arguments& arguments) {
-    Notification expected;
-    expected.content = {{"text", ""}, {"info", Json::array()}};
-    return send(arguments, expected, kExplanation, [=](FaultManagementI& alarms) {
+    return send(arguments, SA_NTF_SEVERITY_CLEARED, kExplanation, [=](FaultManagementI& alarms) {
         alarms.ceaseAlarm(arguments.object, arguments.faultId, {});
     });
 }
