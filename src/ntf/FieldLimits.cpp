@@ -24,12 +24,15 @@ bool continuesCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0U)
 } // namespace
 
 std::uint16_t sentSize(const std::string& text) {
-    std::size_t length = std::min(text.size(), kLongestText); // a whole text ends before a NUL
-    while (length > kLongestText - kLongestUtf8Tail && continuesCharacter(text[length])) {
-        --length;
-    }
-    if (continuesCharacter(text[length])) {
-        length = kLongestText; // no first byte in reach: not UTF-8, and cut anywhere
+    std::size_t length = text.size();
+    if (length > kLongestText) {
+        length = kLongestText;
+        while (length > kLongestText - kLongestUtf8Tail && continuesCharacter(text[length])) {
+            --length;
+        }
+        if (continuesCharacter(text[length])) {
+            length = kLongestText; // no first byte in reach: not UTF-8, and cut anywhere
+        }
     }
     return static_cast<std::uint16_t>(length + 1);
 }
