@@ -116,9 +116,7 @@ void addCheck(CLI::App& program) {
         addCommand(program, "check", "Find mistakes in mapping files and manifests", runCheck,
                    R"(Each finding is FILE:LINE:COLUMN: SEVERITY: MESSAGE [RULE]. An error
 means that a mapping is lost or is not what is written; a warning, that it is
-probably unintended. Later files override earlier ones, as within a load module.
-The mapping files that a manifest names are checked too, those of each load
-module apart.
+probably unintended.
 
 Example, in the source or in the folder of the installed documents:
   dolqctl check --allow override examples/loadmodules/alarm-client/*.xml)");
