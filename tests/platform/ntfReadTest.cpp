@@ -213,7 +213,7 @@ TEST_F(NtfRead, IsOfTheLogAsItWas) {
     std::ofstream(m_log) << line.append(65536 - line.size(), ' ') << '\n'; // behind a piece
     line.erase(line.find_last_not_of(' ') + 1);
     std::ofstream(m_log, std::ios::app)
-        << "\nnot ours\n"
+        << "not ours\n\n"
         << line.substr(0, line.size() - 1) << '\n'
         << line.replace(line.find("Code\":5"), 7, "Code\":6") << '\n';
     send("second", std::string(65534, '\x1B')); // a line of several pieces
