@@ -2,17 +2,22 @@
 
 #include <memory>
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include "FakePlatform.h"
 #include "Fuzzing.h"
 #include "ruxa/fm/dolq/v1/FmiFactory.h"
 #include "ruxa/fm/dolq/v2/FmiFactory.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const InputFile file(data, size);
+    const int file = memfd_create("input", MFD_CLOEXEC);
+    require(write(file, data, size) == static_cast<ssize_t>(size), "a file in memory");
+    const std::string path = "/proc/self/fd/" + std::to_string(file);
     setenv("ZBN_NO", "CXC1", 1);
     setenv("ZBN_REV", "R1A", 1);
     resetPlatform();
-    platform().loadModules["local"] = {{"CXC1", "R1A", {{"alarm_mapping", file.path()}}}};
+    platform().loadModules["local"] = {{"CXC1", "R1A", {{"alarm_mapping", path}}}};
     {
         using ruxa::fm::fmi::v1::FaultManagementI;
         const std::unique_ptr<FaultManagementI> client(
@@ -27,5 +32,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ruxa::fm::dolq::v1::freeFmiFactory();
     ruxa::fm::dolq::v2::freeFmiFactory();
     require(platform().holdsNothing(), "all is given back");
+    close(file);
     return 0;
 }

@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <new>
+#include <string>
+
+#include <sys/mman.h>
 
 #include "Fuzzing.h"
 #include "common/XmlDocument.h"
