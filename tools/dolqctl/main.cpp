@@ -160,16 +160,19 @@ void addRaise(CLI::App& program) {
              "An entry of additional information; repeatable");
     addValue(command, "--program-group", "NAME", arguments.programGroup, "Program group")
         ->check(oneOf(common::kProgramGroupNames));
-    CLI::Option* const eventIds = addValue(command, "--event-id", "ID", arguments.eventIds,
-                                           "The event that caused it; repeatable")
-                                      ->check(refusalOf);
+    CLI::Option* const eventIds =
+        addValue(command, "--event-id", "ID", arguments.eventIds,
+                 "The event that caused it; repeatable")
+            ->check(refusalOf)
+            ->check([](const std::string& id) { return id == "0" ? "0 is no event" : ""; });
     addValue(command, "--uuid", "UUID", arguments.eventUuids,
              "Correlation UUID of such an event; repeatable")
         ->excludes(eventIds);
-    addValue(command, "--system-uuid", "UUID", arguments.systemUuid,
-             "The reporting system, in place of SYSTEM_UUID");
-    addValue(command, "--compute-name", "NAME", arguments.computeName,
-             "The reporting computer, in place of COMPUTE_NAME");
+    CLI::Option* const system = addValue(command, "--system-uuid", "UUID", arguments.systemUuid,
+                                         "The reporting system, in place of SYSTEM_UUID");
+    system->needs(addValue(command, "--compute-name", "NAME", arguments.computeName,
+                           "The reporting computer, in place of COMPUTE_NAME")
+                      ->needs(system));
 }
 
 void addCease(CLI::App& program) {

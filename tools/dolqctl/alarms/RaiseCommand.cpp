@@ -1,6 +1,5 @@
 // `raise` and `cease`: through the library, as an application would. What arrived is what the
 // notification service gives afterwards and did not give before.
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -8,11 +7,10 @@
 #include <functional>
 #include <iomanip>
 #include <iostream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <sstream>
-#include <type_traits>
+#include <vector>
 
 #include <ruxa/fm/dolq/v2/FmiFactory.h>
 
@@ -99,9 +97,8 @@ struct Attempt {
 };
 
 /// Calls `operation` on an adapter of the library, as an application would, and prints what became
-/// of the alarm; `next` leads to the cause when it did not arrive.
-int send(const Arguments& arguments, std::uint32_t severity, const std::string& next,
-         const std::function<void(FaultManagementI&)>& operation) {
+/// of the alarm.
+int send(const Arguments& arguments, const std::function<void(FaultManagementI&)>& operation) {
     using namespace ruxa::fm::dolq::v2;
     const bool isTracedHere =
         std::getenv("RUXA_TRACE_GROUPS") == nullptr && std::getenv("RUXA_TRACE_SINK") == nullptr;
@@ -122,7 +119,9 @@ int send(const Arguments& arguments, std::uint32_t severity, const std::string& 
     };
     attempt->expected.object = arguments.object.substr(0, kLongestObject);
     attempt->expected.classId.vendorId = DOLQCTL_VENDOR_ID;
-    attempt->expected.severity = severity;
+    if (!arguments.severity.empty()) { // otherwise it is a cease
+        attempt->expected.severity = common::codeOf(arguments.severity, common::kSeverityNames);
+    }
     attempt->expected.content["text"] = arguments.text;
     attempt->object = nameText(arguments.object);
     attempt->missing = {kFindings,
@@ -130,7 +129,9 @@ int send(const Arguments& arguments, std::uint32_t severity, const std::string& 
                             attempt->object +
                             (isTracedHere ? "; the traces above say why"
                                           : "; the library's traces of group 0 say why"),
-                        next};
+                        "dolqctl explain with the same --object, --fault, --product and "
+                        "--revision; if that finds nothing, look up the traces' errorCode in "
+                        "troubleshooting.md"};
     heedSignals();
     Outcome outcome;
     int signal = 0;
@@ -155,49 +156,33 @@ int send(const Arguments& arguments, std::uint32_t severity, const std::string& 
     return outcome.exitCode;
 }
 
-constexpr char kExplanation[] =
-    "dolqctl explain with the same --object, --fault, --product and --revision; if that finds "
-    "nothing, look up the traces' errorCode in troubleshooting.md";
+template <typename Event>
+void raise(FaultManagementI& alarms, const Arguments& arguments, const std::vector<Event>& events) {
+    const auto severity = common::codeOf(arguments.severity, common::kClientSeverityNames);
+    const auto group = common::codeOf(arguments.programGroup, common::kProgramGroupNames);
+    if (events.size() > 1) {
+        alarms.raiseSecondaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
+                                   arguments.info, severity, arguments.systemUuid,
+                                   arguments.computeName, events, group);
+    } else {
+        alarms.raisePrimaryAlarm(arguments.object, arguments.faultId, {}, arguments.text,
+                                 arguments.info, severity,
+                                 events.empty() ? Event() : events.front(), arguments.systemUuid,
+                                 arguments.computeName, group);
+    }
+}
 
 } // namespace
 
 int runRaise(const Arguments& arguments) {
-    const bool hasSystem = !arguments.systemUuid.empty();
-    const bool hasComputer = !arguments.computeName.empty();
-    const auto& ids = arguments.eventIds;
-    const bool isUncaused =
-        ids.size() > 1 && std::all_of(ids.begin(), ids.end(), [](auto id) { return id == 0; });
-    const std::string next = hasSystem != hasComputer
-                                 ? "give both --system-uuid and --compute-name, or neither"
-                             : isUncaused ? "give an --event-id other than 0"
-                                          : kExplanation;
-    return send(arguments, common::codeOf(arguments.severity, common::kSeverityNames), next,
-                [=](FaultManagementI& alarms) {
-                    const std::uint32_t severity =
-                        common::codeOf(arguments.severity, common::kClientSeverityNames);
-                    const std::uint32_t group =
-                        common::codeOf(arguments.programGroup, common::kProgramGroupNames);
-                    const auto raiseFor = [&](const auto& events) {
-                        using Event = typename std::decay_t<decltype(events)>::value_type;
-                        if (events.size() > 1) {
-                            alarms.raiseSecondaryAlarm(arguments.object, arguments.faultId, {},
-                                                       arguments.text, arguments.info, severity,
-                                                       arguments.systemUuid, arguments.computeName,
-                                                       events, group);
-                        } else {
-                            alarms.raisePrimaryAlarm(
-                                arguments.object, arguments.faultId, {}, arguments.text,
-                                arguments.info, severity, events.empty() ? Event() : events.front(),
-                                arguments.systemUuid, arguments.computeName, group);
-                        }
-                    };
-                    arguments.eventUuids.empty() ? raiseFor(arguments.eventIds)
-                                                 : raiseFor(arguments.eventUuids);
-                });
+    return send(arguments, [=](FaultManagementI& alarms) {
+        arguments.eventUuids.empty() ? raise(alarms, arguments, arguments.eventIds)
+                                     : raise(alarms, arguments, arguments.eventUuids);
+    });
 }
 
 int runCease(const Arguments& arguments) {
-    return send(arguments, SA_NTF_SEVERITY_CLEARED, kExplanation, [=](FaultManagementI& alarms) {
+    return send(arguments, [=](FaultManagementI& alarms) {
         alarms.ceaseAlarm(arguments.object, arguments.faultId, {});
     });
 }

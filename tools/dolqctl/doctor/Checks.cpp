@@ -144,7 +144,8 @@ void checkLoadModule(Diagnosis& diagnosis, const Discovery& discovery, const Inv
                        "correct ZBN_NO and ZBN_REV, or what the load-module handler reads");
     } else {
         diagnosis.ok("load module", quoted(discovery.identity) + ", with " +
-                                        counted(discovery.mappingFiles.size(), "mapping file"));
+                                        counted(inventory.mappings.size(), "mapping") + " in " +
+                                        counted(discovery.mappingFiles.size(), "file"));
     }
 }
 

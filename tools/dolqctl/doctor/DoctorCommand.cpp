@@ -1,27 +1,10 @@
+#include <algorithm>
+
 #include "Commands.h"
 #include "Output.h"
 #include "doctor/Checks.h"
 
 namespace dolqctl {
-
-namespace {
-
-/// How many errors there are in files that are used all the same.
-void checkMappings(Diagnosis& diagnosis, const Inventory& inventory) {
-    std::size_t errors = 0;
-    for (const Finding& each : inventory.findings) {
-        errors += each.isError() && !each.costsTheFile() ? 1 : 0;
-    }
-    if (errors > 0) {
-        diagnosis.warn("mappings", counted(errors, "error"),
-                       "alarms are lost, or are others than what is written",
-                       "see 'dolqctl check --discovered'");
-    } else {
-        diagnosis.ok("mappings", counted(inventory.mappings.size(), "mapping"));
-    }
-}
-
-} // namespace
 
 int runDoctor(const Arguments& arguments) {
     Diagnosis diagnosis;
@@ -33,7 +16,16 @@ int runDoctor(const Arguments& arguments) {
     try {
         discovery = discover();
         const Inventory inventory = readMappingFiles(discovery.mappingFiles);
-        checkMappings(diagnosis, inventory);
+        const auto isWrong = [](const Finding& finding) {
+            return finding.isError() && !finding.costsTheFile();
+        };
+        const auto wrong =
+            std::count_if(inventory.findings.begin(), inventory.findings.end(), isWrong);
+        if (wrong > 0) {
+            diagnosis.warn("mappings", counted(static_cast<std::size_t>(wrong), "error"),
+                           "alarms are lost, or are others than what is written",
+                           "see 'dolqctl check --discovered'");
+        }
         checkLoadModule(diagnosis, discovery, inventory);
     } catch (const CommandError&) {
         // `checkParts` says why the load-module handler cannot be asked
