@@ -8,6 +8,7 @@ import hashlib
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -97,6 +98,48 @@ class Examples(unittest.TestCase):
                                            strict=True):
             with self.subTest(command=command):
                 self.assertEqual(steady(printed.replace(folder, "/home/me")), steady(shown))
+
+
+class Schemas(unittest.TestCase):
+    def refused(self, text):
+        """The lines that the schema of the text's root element refuses."""
+        schema = "load-modules.xsd" if "<loadModules" in text else "alarm-mapping.xsd"
+        command = ["xmllint", "--noout", "--nonet", "--schema", REPOSITORY / "schema" / schema, "-"]
+        told = subprocess.run(command, input=text, text=True, check=False, stderr=subprocess.PIPE).stderr
+        return sorted({int(line) for line in re.findall(r"^-:(\d+): element", told, re.MULTILINE)})
+
+    @unittest.skipUnless(shutil.which("xmllint"), "not installed: xmllint")
+    def test_accept_examples_and_refuse_each_mistake(self):
+        examples = [text for page in ("README.md", "docs/mapping-files.md") for language, text in blocks(page)
+                    if language == "xml"]
+        self.assertGreaterEqual(len(examples), 2)
+        files = [*REPOSITORY.glob("examples/loadmodules/*.xml"),
+                 *REPOSITORY.glob("examples/loadmodules/alarm-client/*.xml"),
+                 REPOSITORY / "tests/second-platform/mappings.xml"]
+        self.assertGreaterEqual(len(files), 7)
+        examples += map(read, files)
+        for text in examples:
+            self.assertEqual(self.refused(text), [], text)
+        # Each line holds one mistake, but for the first and the last.
+        self.assertEqual(self.refused("""\
+<alarmMappings> <mapping faultid="2147483647" minor_type_id="-2147483648"/>
+<mapping faultid="1" minor_type_id="2147483648"/>
+<mapping faultid="0x10" minor_type_id="2"/>
+<mapping minor_type_id="2"/>
+<mapping faultid="2"/>
+<mapping faultid="3" minor_type_id="2" managed_object_class="A B"/>
+<mapping faultid="3" minor_type_id="2" managed_object_class="A,,B"/>
+<mapping faultid="3" minor_type_id="2" managed_objct_class="A"/>
+<mapping faultid="4" minor_type_id="2" managed_object_class="A"/> <mapping faultid="4" minor_type_id="3" managed_object_class="A"/>
+<maping faultid="5" minor_type_id="2"/>
+</alarmMappings>"""), list(range(2, 11)))
+        self.assertEqual(self.refused("""\
+<loadModules> <loadModule productNumber="" revision=""/>
+<loadModule productNumber="P"/>
+<loadModule productNumber="P" revision="R"> <file tag="t" path=""/> </loadModule>
+<loadModule productNumber="P" revision="R"> <file tag="t"/> </loadModule>
+<loadmodule productNumber="P" revision="R"/>
+</loadModules>"""), list(range(2, 6)))
 
 
 # The statements that trace, apart from the definitions of the macros.
