@@ -53,7 +53,7 @@ void addSimilarClasses(const Mappings& mappings, std::vector<Finding>& findings)
                                      [](unsigned char c) { return std::isdigit(c) != 0; }),
                       letters.end());
         const Use first{fault.second, history.front().position, 0};
-        uses.try_emplace(letters, first).first->second.count += history.size();
+        ++uses.try_emplace(letters, first).first->second.count;
     }
     std::map<std::string, const Use*> often;
     for (const auto& [letters, use] : uses) {
