@@ -127,7 +127,7 @@ const Cut kCuts[] = {
     {"WholeCharacter", std::string(kLongest - 3, 'x') + "\xE2\x82\xAC" + "x", kLongest},
     {"SplitInThree", std::string(kLongest - 2, 'x') + "\xE2\x82\xAC", kLongest - 2},
     {"SplitInFour", std::string(kLongest - 3, 'x') + "\xF0\x9F\x9A\xA8", kLongest - 3},
-    {"NotUtf8", std::string(kLongest + 9, '\x80'), kLongest},
+    {"NotUtf8", std::string(kLongest - 4, 'x') + "\xF0\x80\x80\x80\x80", kLongest},
     {"NulInside", std::string("a\0b", 3), 3},
     {"FormatDirectives", "%s%n\xFF", 5},
 };
