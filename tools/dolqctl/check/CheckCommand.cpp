@@ -41,38 +41,36 @@ using Checkers = std::map<LoadModule, MappingFileChecker>;
 /// beside a similar one that occurs often.
 void addSimilarClasses(const Mappings& mappings, std::vector<Finding>& findings) {
     constexpr std::size_t kOften = 10;
-    struct Use {
-        std::string moClass;
-        FilePosition first;
-        std::size_t count;
-    };
-    std::map<std::string, Use> uses; // by letters: digits make other names
-    for (const auto& [fault, history] : mappings) {
-        std::string letters = fault.second;
+    using Uses = std::vector<const Mappings::value_type*>;
+    std::map<std::string, Uses> byLetters; // digits make other names
+    for (const auto& each : mappings) {
+        std::string letters = each.first.second;
         letters.erase(std::remove_if(letters.begin(), letters.end(),
                                      [](unsigned char c) { return std::isdigit(c) != 0; }),
                       letters.end());
-        const Use first{fault.second, history.front().position, 0};
-        ++uses.try_emplace(letters, first).first->second.count;
+        byLetters[letters].push_back(&each);
     }
-    std::map<std::string, const Use*> often;
-    for (const auto& [letters, use] : uses) {
-        if (use.count >= kOften) {
-            often.emplace(letters, &use);
+    std::map<std::string, const Uses*> often;
+    for (const auto& [letters, uses] : byLetters) {
+        if (uses.size() >= kOften) {
+            often.emplace(letters, &uses);
         }
     }
-    std::map<std::wstring, const Use*> spellings;
-    for (const auto& [letters, use] : uses) {
-        const Use* other = spellings.try_emplace(lookOf(letters).folded, &use).first->second;
+    std::map<std::wstring, const Uses*> spellings;
+    for (const auto& [letters, uses] : byLetters) {
+        const Uses* other = spellings.try_emplace(lookOf(letters).folded, &uses).first->second;
         const std::size_t most = letters.size() == 4 ? 1 : 2; // letters that differ
-        const bool isRare = use.count == 1 && letters.size() >= 4;
-        for (auto each = often.begin(); isRare && other == &use && each != often.end(); ++each) {
+        const bool isRare = uses.size() == 1 && letters.size() >= 4;
+        for (auto each = often.begin(); isRare && other == &uses && each != often.end(); ++each) {
             other = distance(letters, each->first) <= most ? each->second : other;
         }
-        if (other != &use) {
-            findings.push_back({use.first,
-                                Rule::SimilarClass,
-                                {use.moClass, other->moClass, positionText(other->first)}});
+        if (other != &uses) {
+            const auto& [fault, history] = *uses.front();
+            const auto& [similar, place] = *other->front();
+            findings.push_back(
+                {history.front().position,
+                 Rule::SimilarClass,
+                 {fault.second, similar.second, positionText(place.front().position)}});
         }
     }
 }
