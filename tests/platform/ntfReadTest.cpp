@@ -454,8 +454,13 @@ TEST_F(NtfRead, AndSendingHaveACodeForOneFailedMallocAndLeaveNothing) {
         SaNtfAlarmNotificationT alarm{};
         then([&] { return saNtfAlarmNotificationAllocate(session, &alarm, 0, 0, 1, 0, 0, 0, -1); });
         void* data = nullptr;
-        SaNtfValueT value{};
-        then([&] { return saNtfPtrValAllocate(alarm.notificationHandle, 100, &data, &value); });
+        SaNtfValueT* value = nullptr;
+        then([&] {
+            value = &alarm.notificationHeader.additionalInfo[0].infoValue;
+            return saNtfPtrValAllocate(alarm.notificationHandle, 100, &data, value);
+        });
+        SaUint16T size = 0;
+        then([&] { return saNtfPtrValGet(alarm.notificationHandle, value, &data, &size); });
         then([&] {
             *alarm.notificationHeader.eventType = SA_NTF_ALARM_NOTIFICATIONS_START;
             return saNtfNotificationSend(alarm.notificationHandle);
@@ -464,8 +469,10 @@ TEST_F(NtfRead, AndSendingHaveACodeForOneFailedMallocAndLeaveNothing) {
         then([&] { return allocateFilter(session, &filter, 1); });
         SaNtfReadHandleT reading = 0;
         then([&] { return begin(filter.notificationFilterHandle, reading); });
+        then([&] { return saNtfNotificationFilterFree(filter.notificationFilterHandle); });
         SaNtfNotificationsT read{};
         then([&] { return next(reading, read); });
+        then([&] { return saNtfNotificationReadFinalize(reading); });
         EXPECT_EQ(saNtfFinalize(session), session != 0 ? SA_AIS_OK : SA_AIS_ERR_BAD_HANDLE);
         return result;
     };
