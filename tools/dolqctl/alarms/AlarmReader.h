@@ -12,6 +12,7 @@
 namespace dolqctl {
 
 /// An alarm notification as the service gives it. Texts are the sender's bytes.
+// NOLINTNEXTLINE(bugprone-exception-escape): without memory a document ends the process
 struct Notification {
     SaNtfIdentifierT id = 0;
     std::int64_t eventTimeNs = 0; ///< since 1970, UTC; garbage where nobody sets it

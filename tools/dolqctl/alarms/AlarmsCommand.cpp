@@ -35,6 +35,7 @@ Time known(std::int64_t timeNs) {
 
 /// One alarm from its first raise to its cease: the notifications of one notification object and
 /// one notification class.
+// NOLINTNEXTLINE(bugprone-exception-escape): without memory a document ends the process
 struct Alarm {
     Notification raised; ///< what the latest raise said
     Time firstTime, lastTime, endTime;

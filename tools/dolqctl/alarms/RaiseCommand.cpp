@@ -57,6 +57,7 @@ std::string arrivalText(const Notification& arrived, const std::string& object, 
 constexpr char kUnknown[] = "Handed over; whether it arrived is unknown: ";
 
 /// A call of the library, which may be left behind.
+// NOLINTNEXTLINE(bugprone-exception-escape): without memory a document ends the process
 struct Attempt {
     std::function<Milliseconds()> call;
     Notification expected;
