@@ -28,7 +28,7 @@ struct Received {
     SaNtfEventTypeT eventType = SA_NTF_ALARM_EQUIPMENT;
     SaNameT object{};
     SaNameT notifyingObject{};
-    SaNtfClassIdT classId{0, 3, 1};
+    SaNtfClassIdT classId{0, 1, 1};
     SaTimeT eventTime = 0;
     SaNtfIdentifierT id = 0;
     SaNtfIdentifierT correlated[2] = {41, 42};

@@ -98,6 +98,11 @@ std::string nameText(const std::string& object) {
                      " of the " + std::to_string(size) + " bytes given)";
 }
 
+std::string classText(const SaNtfClassIdT& id) {
+    return (id.vendorId == DOLQCTL_VENDOR_ID ? "" : std::to_string(id.vendorId) + ':') +
+           std::to_string(id.majorId) + '/' + std::to_string(id.minorId);
+}
+
 void AlarmReader::read(const std::function<void()>& begin,
                        const std::function<void(Notification&&)>& take) {
     const auto given = m_given;

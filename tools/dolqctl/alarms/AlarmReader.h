@@ -26,6 +26,8 @@ struct Notification {
 constexpr std::size_t kLongestObject = SA_MAX_NAME_LENGTH - 1;
 /// That, of `object`, in quotes, and that it is cut.
 std::string nameText(const std::string& object);
+/// "2/17", "18568:3/1" of another vendor than the library's.
+std::string classText(const SaNtfClassIdT& id);
 
 /// Reads the alarm notifications that the service has, in the order in which it received them.
 /// Inside `await`.

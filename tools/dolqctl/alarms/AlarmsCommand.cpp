@@ -50,12 +50,6 @@ struct AlarmList {
     Time since; ///< the first one's
 };
 
-/// "2/17", "18568:3/1" of another vendor than the library's.
-std::string classText(const SaNtfClassIdT& id) {
-    return (id.vendorId == DOLQCTL_VENDOR_ID ? "" : std::to_string(id.vendorId) + ':') +
-           std::to_string(id.majorId) + '/' + std::to_string(id.minorId);
-}
-
 /// Those that are active and, `withCeased`, the others.
 AlarmList readAlarms(const std::string& object, bool withCeased) {
     AlarmList list;

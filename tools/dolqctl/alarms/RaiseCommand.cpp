@@ -15,8 +15,12 @@
 #include <ruxa/fm/dolq/v2/FmiFactory.h>
 
 #include "Commands.h"
+#include "Discovery.h"
+#include "MappingFiles.h"
 #include "Ntf.h"
 #include "Output.h"
+#include "adapter/MinorType.h"
+#include "adapter/MoClass.h"
 #include "alarms/AlarmReader.h"
 #include "common/AlarmNames.h"
 #include "common/Escape.h"
@@ -38,8 +42,8 @@ struct Outcome {
 /// What tells it from others, as every service gives it back: none replaces or cuts anything here.
 std::string likenessOf(const Notification& notification) {
     constexpr std::size_t kSurelySent = 1000; // bytes of a text
-    return std::to_string(notification.classId.vendorId) + ' ' +
-           std::to_string(notification.severity) + common::jsonString(notification.object) +
+    return classText(notification.classId) + ' ' + std::to_string(notification.severity) +
+           common::jsonString(notification.object) +
            common::jsonString(notification.content["text"].get<std::string>())
                .substr(0, kSurelySent);
 }
@@ -47,7 +51,7 @@ std::string likenessOf(const Notification& notification) {
 /// "Arrived: alarm 2/17 (major) on "Shelf=1,Port=3", notification 7, after 0.4 ms"
 std::string arrivalText(const Notification& arrived, const std::string& object, Milliseconds took) {
     std::ostringstream text;
-    text << "Arrived: alarm " << arrived.classId.majorId << '/' << arrived.classId.minorId << " ("
+    text << "Arrived: alarm " << classText(arrived.classId) << " ("
          << common::nameOf(arrived.severity, common::kSeverityNames) << ") on " << object
          << ", notification " << arrived.id << ", after " << std::fixed << std::setprecision(1)
          << took.count() << " ms";
@@ -119,7 +123,14 @@ int send(const Arguments& arguments, const std::function<void(FaultManagementI&)
         return took;
     };
     attempt->expected.object = arguments.object.substr(0, kLongestObject);
-    attempt->expected.classId.vendorId = DOLQCTL_VENDOR_ID;
+    const Mappings mappings = readMappingFiles(discover().mappingFiles).mappings;
+    const std::string moClass = dolq::parseMoClass(arguments.object).name;
+    if (const auto used = mappings.find({arguments.faultId, moClass}); used != mappings.end()) {
+        const std::uint32_t minorType = used->second.back().minorType;
+        attempt->expected.classId = {DOLQCTL_VENDOR_ID,
+                                     static_cast<SaUint16T>(dolq::majorIdOf(minorType)),
+                                     static_cast<SaUint16T>(dolq::minorIdOf(minorType))};
+    }
     if (!arguments.severity.empty()) { // otherwise it is a cease
         attempt->expected.severity = common::codeOf(arguments.severity, common::kSeverityNames);
     }
