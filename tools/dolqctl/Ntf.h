@@ -40,10 +40,16 @@ void checkPatience();
 template <typename Work> auto await(Work work) {
     std::packaged_task<decltype(work())()> task(std::move(work));
     auto result = task.get_future();
-    std::thread(std::move(task)).detach();
-    while (result.wait_for(std::chrono::milliseconds(100)) == std::future_status::timeout) {
-        checkPatience();
+    std::thread thread(std::move(task));
+    try {
+        while (result.wait_for(std::chrono::milliseconds(100)) == std::future_status::timeout) {
+            checkPatience();
+        }
+    } catch (const GivenUp&) {
+        thread.detach();
+        throw;
     }
+    thread.join(); // so that what `work` throws has one owner
     return result.get();
 }
 
