@@ -1,5 +1,6 @@
 // `alarms`: what the notifications of the service amount to.
 #include <algorithm>
+#include <cstdlib>
 #include <ctime>
 #include <iomanip>
 #include <optional>
@@ -218,12 +219,12 @@ int runAlarms(const Arguments& arguments) {
               (leavingOut.empty() ? ""
                                   : "; " + joined(leavingOut, " and ") + " left out " +
                                         std::to_string(found - alarms.size())));
+    if (list.notifications == 0 && object.empty() && std::getenv("RUXA_NTF_LOG") == nullptr) {
+        printLine("A cluster's service forgets alarms when it restarts; the embedded one reads the "
+                  "log of this user.");
+    }
     printLine("The service gave " + counted(list.notifications, "notification") + of +
               (list.since ? " since " + timeText(list.since) : ""));
-    if (list.notifications == 0 && object.empty()) {
-        printLine("A cluster's service forgets them when it restarts; the embedded one reads the "
-                  "log of RUXA_NTF_LOG, or of this user.");
-    }
     return kFine;
 }
 

@@ -95,7 +95,9 @@ struct Attempt {
                 }
             });
         }
-        return !problem.empty() ? Outcome{kError, kUnknown + problem, "dolqctl doctor"}
+        return !problem.empty() ? Outcome{kError, kUnknown + problem,
+                                          "dolqctl doctor; if that finds nothing, the service's "
+                                          "messages above and its own log"}
                : arrived ? Outcome{kFine, arrivalText(*arrived, object, took), "dolqctl alarms"}
                          : missing;
     }

@@ -204,6 +204,16 @@ void checkParts(Diagnosis& diagnosis) {
                            "install it, or correct the loader path");
         }
     }
+    SharedObject service(kNtfLibrary);
+    for (const char* const name :
+         {"saNtfAlarmNotificationFilterAllocate", "saNtfNotificationReadInitialize",
+          "saNtfNotificationReadNext", "saNtfPtrValGet"}) {
+        if (service.isLoaded() && !service.has(name)) {
+            diagnosis.warn("NTF reading", service.error(), "alarms are sent, but not listed",
+                           "use a libSaNtf.so.0 with the consumer's interface");
+            break;
+        }
+    }
 }
 
 } // namespace dolqctl
